@@ -1,0 +1,63 @@
+// An abstract tree of user-interface elements, from which standin/uia makes UI Automation client objects. The scripted
+// desktop and the tree of real windows each implement it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/uia.h"
+
+namespace standin::uia {
+
+using Text = std::basic_string<WCHAR>;
+using TextView = std::basic_string_view<WCHAR>;
+
+// Names one element for as long as it exists; 0 is none.
+using Node = std::uintptr_t;
+
+// What an element answers for one property. `result` below zero makes the whole read fail.
+struct PropertyValue {
+  HRESULT result = S_OK;
+  VARTYPE type = VT_EMPTY;  // VT_EMPTY: not supported; VT_I4: number; VT_BSTR: text; VT_BSTR with isNull: a null string
+  LONG number = 0;
+  Text text;
+  bool isNull = false;
+};
+
+class Tree {
+ public:
+  virtual ~Tree() = default;
+
+  virtual Node Root() = 0;
+  virtual bool Exists(Node node) = 0;
+  virtual Node Parent(Node node) = 0;
+  // In the order in which a search returns them.
+  virtual std::vector<Node> Children(Node node) = 0;
+  virtual Node At(POINT point) = 0;
+  // 0 for a handle that names no window.
+  virtual Node OfWindow(HWND window) = 0;
+  // 0 for an element without a window of its own.
+  virtual HWND WindowOf(Node node) = 0;
+  virtual PropertyValue Property(Node node, PROPERTYID property) = 0;
+  virtual HRESULT Rectangle(Node node, RECT* rect) = 0;
+  virtual HRESULT ClickablePoint(Node node, POINT* point, BOOL* gotClickable) = 0;
+
+  // ---- What a scripted desktop adds; real windows keep these as they are ----
+
+  // Called at the entry of every client method with its name ("IUIAutomation::ElementFromPoint"); a negative result
+  // makes the method fail with it, without any output.
+  virtual HRESULT Enter(const char* method);
+  // Told of every client object made and destroyed, so that a leak can be named.
+  virtual void Made(const void* object, const char* interfaceName);
+  virtual void Destroyed(const void* object);
+  // A string that the client frees with SysFreeString; null when memory is out.
+  virtual BSTR NewString(TextView text);
+};
+
+// Makes the IUIAutomation object over `tree`, which outlives it. E_NOINTERFACE for any other `iid` than that of
+// IUIAutomation and IUnknown.
+HRESULT MakeAutomation(Tree& tree, REFIID iid, void** object);
+
+}  // namespace standin::uia
