@@ -26,6 +26,13 @@ struct PropertyValue {
   bool isNull = false;
 };
 
+// Asked of Tree::Property beside the platform's own ids; of these only `result` counts, and a tree that knows nothing
+// of them answers a default PropertyValue.
+inline constexpr PROPERTYID kNativeWindowHandle = 30020;  // below zero: the window handle cannot be read
+inline constexpr PROPERTYID kHandedOutByArrays = -1;      // below zero: arrays count the element but do not hand it out
+inline constexpr PROPERTYID kReadableFromCache = -2;      // below zero: what a search cached of it cannot be read
+
+// An element can go at any time: a member asked about a node that is no more answers 0, nothing or a failure.
 class Tree {
  public:
   virtual ~Tree() = default;
