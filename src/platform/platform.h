@@ -1,5 +1,5 @@
-// The only door to the operating system. On Windows the platform's own headers; elsewhere the same declarations, limited
-// to what is called. The rules are in docs/platform.md.
+// The only door to the operating system. On Windows the platform's own headers; elsewhere the same declarations,
+// limited to what is called. The rules are in docs/platform.md.
 #pragma once
 
 #ifdef _WIN32

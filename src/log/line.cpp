@@ -1,0 +1,62 @@
+#include "log/line.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+void Line::Add(std::string_view text) noexcept {
+  const std::size_t length = std::min(text.size(), Reserve(text.size()));
+  std::memcpy(bytes_ + size_, text.data(), length);
+  size_ += length;
+}
+
+void Line::Add(WideView text) noexcept {
+  constexpr char kDigits[] = "0123456789abcdef";
+  constexpr std::size_t kLongestUnit = 6;
+  // Most texts are plain: one byte a unit is asked for at first, and more only where it is needed.
+  Reserve(text.size());
+  for (const WCHAR unit : text) {
+    if (Reserve(kLongestUnit) < kLongestUnit) {
+      return;
+    }
+    if (unit <= 0xFF) {
+      bytes_[size_++] = static_cast<char>(unit);
+      continue;
+    }
+    bytes_[size_++] = '\\';
+    bytes_[size_++] = 'u';
+    for (int bits = 12; bits >= 0; bits -= 4) {
+      bytes_[size_++] = kDigits[(unit >> bits) & 0xF];
+    }
+  }
+}
+
+void Line::Add(Padded number) noexcept {
+  char digits[32];
+  const auto end = std::to_chars(digits, digits + sizeof digits, number.value, number.base).ptr;
+  for (auto length = end - digits; length < number.width; ++length) {
+    Add(std::string_view("0"));
+  }
+  Add(std::string_view(digits, static_cast<std::size_t>(end - digits)));
+}
+
+void Line::End() noexcept {
+  constexpr std::string_view kEnd = "\r\n";
+  if (Reserve(kEnd.size()) < kEnd.size()) {
+    size_ = capacity_ - kEnd.size();
+  }
+  Add(kEnd);
+}
+
+std::size_t Line::Reserve(std::size_t more) noexcept {
+  if (more > capacity_ - size_) {
+    const std::size_t grown = std::max(size_ + more, capacity_ * 2);
+    if (std::unique_ptr<char[]> larger{new (std::nothrow) char[grown]}) {
+      std::memcpy(larger.get(), bytes_, size_);
+      onHeap_ = std::move(larger);
+      bytes_ = onHeap_.get();
+      capacity_ = grown;
+    }
+  }
+  return capacity_ - size_;
+}

@@ -1,0 +1,34 @@
+// UTF-16 texts of hosts and platform: bounded views of them, and a search that stays linear on any text.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "platform/platform.h"
+
+using WideText = std::basic_string<WCHAR>;
+using WideView = std::basic_string_view<WCHAR>;
+
+// The text up to its terminator; empty for null.
+WideView ViewOf(const WCHAR* text);
+
+// The text in a fixed field: up to its terminator, or the whole field when it has none.
+WideView ViewWithin(const WCHAR* field, std::size_t size);
+
+template <std::size_t Size>
+WideView ViewWithin(const WCHAR (&field)[Size]) {
+  return ViewWithin(field, Size);
+}
+
+// Copies as much of `text` as fits before a terminator, and the terminator.
+void CopyCut(WCHAR* field, std::size_t size, WideView text);
+
+template <std::size_t Size>
+void CopyCut(WCHAR (&field)[Size], WideView text) {
+  CopyCut(field, Size, text);
+}
+
+// Whether `part` occurs in `text`; an empty part always does. Takes time linear in both and no memory: fields of other
+// programs can be large and repetitive, and a poll must not become slow on them.
+bool Contains(WideView text, WideView part);
