@@ -76,7 +76,7 @@ bool HasEnded(const KernelHandle& thread) noexcept {
 void WaitUntilEntered(std::uint32_t turn) noexcept {
   const DWORD start = GetTickCount();
   while (g_enteredTurn != turn && GetTickCount() - start < kStopWaitMilliseconds) {
-    SwitchToThread();
+    Sleep(0);
   }
 }
 
