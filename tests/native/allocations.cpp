@@ -1,0 +1,81 @@
+#include "tests/native/allocations.h"
+
+#include <cstdlib>
+#include <new>
+
+#include "standin/desktop/desktop.h"
+
+namespace tests::allocations {
+namespace {
+
+thread_local bool t_counting = false;
+thread_local std::size_t t_count = 0;
+thread_local std::size_t t_untilFailure = 0;
+
+// Whether this allocation is the one that fails.
+bool Passes() {
+  if (!t_counting || standin::InsidePlatformCall()) {
+    return true;
+  }
+  ++t_count;
+  return t_untilFailure == 0 || --t_untilFailure != 0;
+}
+
+}  // namespace
+
+void StartCounting() {
+  t_count = 0;
+  t_counting = true;
+}
+
+std::size_t StopCounting() {
+  t_counting = false;
+  return t_count;
+}
+
+void FailNth(std::size_t n) {
+  t_untilFailure = n;
+  t_counting = true;
+}
+
+void StopFailing() {
+  t_untilFailure = 0;
+  t_counting = false;
+}
+
+}  // namespace tests::allocations
+
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return tests::allocations::Passes() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+}
+
+void* operator new(std::size_t size) {
+  if (void* block = operator new(size, std::nothrow)) {
+    return block;
+  }
+  throw std::bad_alloc();
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+  return operator new(size, tag);
+}
+
+void* operator new[](std::size_t size) {
+  return operator new(size);
+}
+
+void operator delete(void* block) noexcept {
+  std::free(block);
+}
+
+void operator delete(void* block, std::size_t /*size*/) noexcept {
+  std::free(block);
+}
+
+void operator delete[](void* block) noexcept {
+  std::free(block);
+}
+
+void operator delete[](void* block, std::size_t /*size*/) noexcept {
+  std::free(block);
+}
