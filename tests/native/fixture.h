@@ -5,11 +5,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <regex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "korvane/korvane.h"
@@ -89,6 +92,48 @@ class DesktopTest : public ::testing::Test {
   std::size_t read_ = 0;
 };
 
+// The platform calls that `action` makes, in order, without those that only stamp and write the log.
+template <class Action>
+Lines CallsOf(Action&& action) {
+  const std::size_t before = TheDesktop().Gate().Sequence().size();
+  action();
+  Lines calls = TheDesktop().Gate().Sequence();
+  calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(before));
+  std::erase_if(calls, [](const std::string& call) {
+    return call == "WriteFile" || call == "GetLocalTime" || call.starts_with("QueryPerformance");
+  });
+  return calls;
+}
+
+// The lines that one operation wrote.
+inline Lines Starting(const Lines& lines, std::string_view prefix) {
+  Lines some;
+  std::copy_if(lines.begin(), lines.end(), std::back_inserter(some),
+               [prefix](const std::string& line) { return line.starts_with(prefix); });
+  return some;
+}
+
+// Leaves the cancelled flag set and no monitor behind.
+inline void CancelByEscape() {
+  startCancelMonitor();
+  TheDesktop().HoldEscape(5, 30);
+  delay(80);
+  stopCancelMonitor();
+  ASSERT_EQ(isCancelled(), 1);
+}
+
+// A window of another program, from (100, 100) to (500, 400).
+inline HWND AddDialog(std::u16string_view className = u"Dialog") {
+  return TheDesktop().AddWindow(
+      {.className = standin::Text(className), .title = u"Orders", .rect = {100, 100, 500, 400}});
+}
+
+inline HWND AddControl(HWND parent, std::u16string_view className, int id, RECT rect = {120, 120, 320, 150},
+                       standin::Behaviour behaviour = standin::Behaviour::Edit) {
+  return TheDesktop().AddWindow(
+      {.className = standin::Text(className), .rect = rect, .parent = parent, .controlId = id, .behaviour = behaviour});
+}
+
 // How a handle reads in the log.
 inline std::string Decimal(HWND window) {
   return std::to_string(reinterpret_cast<std::uintptr_t>(window));
@@ -127,5 +172,59 @@ inline void AddLevel(TargetRecord& record, int controlType, std::u16string_view 
   className.copy(record.classNames[level], KORVANE_CLASS_NAME_SIZE - 1);
   record.childIndices[level] = index;
 }
+
+// ---- Measuring a call ----
+
+// How far the desktop's clock moves while `action` runs, in milliseconds.
+template <class Action>
+double Elapsed(Action&& action) {
+  const double start = TheDesktop().Now();
+  action();
+  return TheDesktop().Now() - start;
+}
+
+// The platform calls that `action` makes, in order, without those of the log.
+template <class Action>
+Lines CallsDuring(Action&& action) {
+  const std::size_t before = TheDesktop().Gate().Sequence().size();
+  action();
+  Lines calls = TheDesktop().Gate().Sequence();
+  calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(before));
+  std::erase_if(calls, [](const std::string& call) { return call == "GetLocalTime" || call == "WriteFile"; });
+  return calls;
+}
+
+inline Lines WithPrefix(const Lines& lines, std::string_view prefix) {
+  Lines found;
+  for (const std::string& line : lines) {
+    if (line.starts_with(prefix)) {
+      found.push_back(line.substr(prefix.size()));
+    }
+  }
+  return found;
+}
+
+// A dialog with one edit, whose AutomationId is "7", and an automation context.
+class FieldTest : public DesktopTest {
+ protected:
+  void SetUp() override {
+    DesktopTest::SetUp();
+    auto& desktop = TheDesktop();
+    window_ = desktop.AddWindow({.className = u"Dialog", .title = u"Orders", .rect = {100, 100, 500, 400}});
+    edit_ = desktop.AddWindow({.className = u"Edit",
+                               .rect = {120, 120, 320, 150},
+                               .parent = window_,
+                               .controlId = 7,
+                               .behaviour = standin::Behaviour::Edit});
+    field_ = desktop.ElementOf(edit_);
+    initializeAutomation();
+    ForgetLog();
+  }
+
+  const TargetRecord target_ = RecordById(u"7");
+  HWND window_ = nullptr;
+  HWND edit_ = nullptr;
+  standin::Element field_ = 0;
+};
 
 }  // namespace tests
