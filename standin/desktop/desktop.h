@@ -33,8 +33,8 @@ enum class Behaviour {
 };
 
 struct WindowSpec {
-  Text className{};
-  Text title{};           // of an Edit: its text
+  Text className;
+  Text title;             // of an Edit: its text
   RECT rect{};            // screen pixels
   HWND parent = nullptr;  // null: top-level
   HWND owner = nullptr;   // of a top-level window
@@ -47,9 +47,9 @@ struct WindowSpec {
 };
 
 struct ElementSpec {  // an element without a window
-  Text className{};
-  Text name{};
-  Text automationId{};
+  Text className;
+  Text name;
+  Text automationId;
   CONTROLTYPEID controlType = 50007;
   RECT rect{};
 };
@@ -73,27 +73,31 @@ struct KeyMessage {  // as a window received it
 
 // ---- The call gate ----
 
+// Whether the calling thread is inside a platform function or UI Automation method right now.
+bool InsidePlatformCall();
+
 // Every platform function and UI Automation method passes the gate under its name: "OpenClipboard",
-// "IUIAutomation::ElementFromPoint".
+// "IUIAutomation::ElementFromPoint". A failing call does nothing and answers as that function does when it fails; one
+// that gives something back still counts as having given it back. Functions that have no way to fail only count.
 class CallGate {
  public:
   std::uint64_t Count() const;                       // all calls since Reset
   std::uint64_t Count(std::string_view name) const;  // of one function
-  std::vector<std::string> Names() const;            // in order of their first call
-  std::vector<std::string> Sequence() const;         // every call in order (kept up to a million)
+  std::vector<std::string> Sequence() const;         // every call in order, while tracing is on
 
   void FailNth(std::uint64_t n);      // the nth call from now, of any function, 1-based
   void FailFromNth(std::uint64_t n);  // the nth and every later one
   void FailPair(std::uint64_t first, std::uint64_t second);
   void FailNth(std::string_view name, std::uint64_t n);
   void FailFromNth(std::string_view name, std::uint64_t n);
-  void FailWith(std::string_view name, HRESULT result);  // what a failing COM call returns; E_FAIL unless told
+  // What the named call answers when it fails; E_FAIL unless told. For calls that answer an HRESULT.
+  void FailWith(std::string_view name, HRESULT result);
   void StopFailing();
-  std::uint64_t Injected() const;  // failures that were injected since the last Fail… call
+  std::uint64_t Injected() const;  // failures since the last Fail… call
 
-  // Time that one call of a cross-process function (UI Automation, SendMessageW) takes, on the desktop's clock.
+  // Time that one cross-process call takes on the desktop's clock, in milliseconds.
   void SetCrossProcessCost(double milliseconds);
-  std::uint64_t CrossProcessCalls() const;  // UI Automation calls on other processes' elements, SendMessageW
+  std::uint64_t CrossProcessCalls() const;  // UI Automation calls that leave the process, SendMessageW
 
  private:
   friend class Desktop;
@@ -155,6 +159,8 @@ class Desktop {
   void RefuseThreadAttach(bool refuse);
   // A window made here by the calling thread itself (the host's own).
   HWND AddHostWindow(const WindowSpec& window);
+  void FailWindowRect(HWND window);  // GetWindowRect fails for it though it exists
+  void RefuseText(HWND edit);        // WM_SETTEXT and EM_REPLACESEL answer 0 and change nothing
 
   // --- Elements ---
   Element ElementOf(HWND window) const;
@@ -182,6 +188,12 @@ class Desktop {
   std::vector<KeyMessage> KeyMessages() const;
   void SetKey(WCHAR character, SHORT key);  // what VkKeyScanW answers; the US layout otherwise
 
+  void DelayPaste(double milliseconds);  // a pasted text shows so much later
+
+  // --- Object model ---
+  void InitializeComMultithreaded();  // the calling thread is in the other threading model already
+  void UninitializeCom();             // takes that back
+
   // --- Clipboard ---
   void HoldClipboard(double milliseconds);  // another program keeps it open so long; negative: until ReleaseClipboard
   void ReleaseClipboard();
@@ -206,8 +218,9 @@ class Desktop {
 
   // --- What happened ---
   CallGate& Gate();
-  const std::vector<TraceEntry>& Trace() const;
+  std::vector<TraceEntry> Trace() const;
   void ClearTrace();
+  void SetTracing(bool on);  // traces, sequences and records of input; on after Reset
 
   // --- Ledger ---
   // One line for each thing handed out and not given back: references by interface, BSTRs, VARIANTs, task and global
@@ -218,10 +231,13 @@ class Desktop {
   std::vector<std::string> Misuses() const;
 
   struct State;
-  State& Internals();
+  State& Internals() {
+    return *state_;
+  }
 
  private:
   std::unique_ptr<State> state_;
+  CallGate gate_;
 };
 
 Desktop& TheDesktop();
