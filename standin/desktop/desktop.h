@@ -33,8 +33,8 @@ enum class Behaviour {
 };
 
 struct WindowSpec {
-  Text className;
-  Text title;             // of an Edit: its text
+  Text className{};
+  Text title{};           // of an Edit: its text
   RECT rect{};            // screen pixels
   HWND parent = nullptr;  // null: top-level
   HWND owner = nullptr;   // of a top-level window
@@ -47,9 +47,9 @@ struct WindowSpec {
 };
 
 struct ElementSpec {  // an element without a window
-  Text className;
-  Text name;
-  Text automationId;
+  Text className{};
+  Text name{};
+  Text automationId{};
   CONTROLTYPEID controlType = 50007;
   RECT rect{};
 };
