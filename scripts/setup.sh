@@ -1,0 +1,110 @@
+#!/bin/bash
+# Installs what is missing to build and test, and nothing that is there already.
+#
+#   scripts/setup.sh [native] [checks] [windows] [fuzz]     # all but fuzz unless told
+#
+# or sourced, for `setup native` and the like, which return 1 and say why in SETUP_PROBLEM when something stays missing.
+
+# What each purpose needs: a Debian package and the command or file that shows it is there.
+setup_needs() {
+  case "$1" in
+    native)
+      echo cmake cmake
+      echo ninja-build ninja
+      echo g++ g++
+      echo googletest /usr/src/googletest/CMakeLists.txt
+      echo python3 python3
+      ;;
+    windows)
+      setup_needs native
+      echo g++-mingw-w64-x86-64-posix x86_64-w64-mingw32-g++-posix
+      echo wine wine
+      echo wine64 /usr/lib/wine/wine64
+      echo xvfb Xvfb
+      echo xauth xauth
+      echo openbox openbox
+      echo x11-utils xprop
+      echo imagemagick import
+      ;;
+    checks)
+      setup_needs native
+      echo clang clang
+      echo clang-format clang-format-14
+      echo libwine-dev /usr/include/wine/wine/windows/uiautomationclient.h
+      ;;
+    lint)
+      setup_needs native
+      echo clang-tidy clang-tidy-14
+      ;;
+    fuzz)
+      setup_needs native
+      echo clang clang++
+      echo libclang-rt-14-dev /usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a
+      ;;
+    *)
+      echo "setup: no such purpose: $1" >&2
+      return 1
+      ;;
+  esac
+}
+
+setup_missing() {
+  local package shown
+  setup_needs "$1" | sort -u | while read -r package shown; do
+    [ -e "$shown" ] || command -v "$shown" >/dev/null || echo "$package"
+  done
+}
+
+setup_as_root() {
+  if [ "$(id -u)" = 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null && sudo -n true 2>/dev/null; then
+    sudo "$@"
+  else
+    return 127
+  fi
+}
+
+setup() {
+  local purpose=$1 missing output
+  SETUP_PROBLEM=""
+  missing="$(setup_missing "$purpose" | tr '\n' ' ')"
+  missing="${missing% }"
+  [ -n "$missing" ] || return 0
+
+  if ! command -v apt-get >/dev/null || ! setup_as_root true; then
+    SETUP_PROBLEM="not installed: $missing (as root: apt-get install $missing)"
+    echo "setup: $purpose: $SETUP_PROBLEM" >&2
+    return 1
+  fi
+  echo "setup: $purpose: installing $missing"
+  output="$(mktemp)"
+  # The package lists may be old or absent: they are fetched only when there is something to install.
+  setup_as_root apt-get -qq update >"$output" 2>&1
+  # shellcheck disable=SC2086
+  setup_as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends $missing \
+    >>"$output" 2>&1 </dev/null
+  missing="$(setup_missing "$purpose" | tr '\n' ' ')"
+  missing="${missing% }"
+  if [ -n "$missing" ]; then
+    tail -n 15 "$output" >&2
+    SETUP_PROBLEM="cannot install: $missing"
+    echo "setup: $purpose: $SETUP_PROBLEM" >&2
+    rm -f "$output"
+    return 1
+  fi
+  rm -f "$output"
+}
+
+if [ "${BASH_SOURCE[0]}" = "$0" ]; then
+  [ $# -gt 0 ] || set -- native checks windows
+  failed=0
+  for purpose in "$@"; do
+    if setup "$purpose"; then
+      echo "setup: $purpose: everything is there"
+    else
+      failed=1
+    fi
+  done
+  exit $failed
+fi
