@@ -111,8 +111,9 @@ HRESULT Call::Failure() const {
   return result == state_.failureResults.end() ? E_FAIL : result->second;
 }
 
-// A client method's own call is over before its work, which the tree does for it under the mutex call by call.
+// A client method counts as inside until it leaves, though the tree does its work under the mutex bit by bit.
 HRESULT Desktop::State::Enter(const char* method) {
+  ++t_callDepth;
   static std::unordered_map<const char*, std::unique_ptr<CallSite>> sites;
   CallSite* site = nullptr;
   {
@@ -125,6 +126,10 @@ HRESULT Desktop::State::Enter(const char* method) {
   }
   const Call call(*site);
   return call.Fails() ? call.Failure() : S_OK;
+}
+
+void Desktop::State::Leave() {
+  --t_callDepth;
 }
 
 // ---- The gate ----

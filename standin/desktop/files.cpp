@@ -178,23 +178,16 @@ int WideCharToMultiByte(UINT /*codePage*/, DWORD /*flags*/, const WCHAR* text, i
 }
 
 HRESULT SHGetKnownFolderPath(REFKNOWNFOLDERID /*folder*/, DWORD /*flags*/, HANDLE /*token*/, WCHAR** path) {
-  static CallSite callSite("SHGetKnownFolderPath");
-  std::string folder;
-  {
-    const Call call(callSite);
-    *path = nullptr;
-    if (call.Fails() || !call->localAppData) {
-      return call.Failure();
-    }
-    folder = *call->localAppData;
+  STANDIN_CALL(SHGetKnownFolderPath);
+  *path = nullptr;
+  if (call.Fails() || !call->localAppData) {
+    return call.Failure();
   }
-  const std::u16string wide = std::filesystem::path(folder).u16string();
-  Desktop::State& state = TheState();
-  const std::lock_guard guard(state.mutex);
-  const std::size_t size = (wide.size() + 1) * sizeof(WCHAR);
+  const std::u16string folder = std::filesystem::path(*call->localAppData).u16string();
+  const std::size_t size = (folder.size() + 1) * sizeof(WCHAR);
   *path = static_cast<WCHAR*>(std::malloc(size));
-  std::memcpy(*path, wide.c_str(), size);
-  state.Give(*path, "task memory");
+  std::memcpy(*path, folder.c_str(), size);
+  call->Give(*path, "task memory");
   return S_OK;
 }
 

@@ -152,6 +152,7 @@ struct Desktop::State final : uia::Tree {
   HRESULT Rectangle(uia::Node node, RECT* rect) override;
   HRESULT ClickablePoint(uia::Node node, POINT* point, BOOL* gotClickable) override;
   HRESULT Enter(const char* method) override;
+  void Leave() override;
   void Made(const void* object, const char* interfaceName) override;
   void Destroyed(const void* object) override;
   BSTR NewString(uia::TextView text) override;

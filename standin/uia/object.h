@@ -10,8 +10,6 @@
 
 namespace standin::uia {
 
-inline constexpr HRESULT kElementNotAvailable = static_cast<HRESULT>(0x80040201);
-
 // A client object with one reference, its maker's. Conditions, elements and requests that a client passes in are taken
 // to be objects of this kind, as a client of one server can have no others.
 template <class Interface>
@@ -58,8 +56,9 @@ class Object : public Interface {
   // Runs the body of one client method after the tree has let it in.
   template <class Body>
   HRESULT Call(const char* method, Body body) noexcept try {
+    const Visit visit(tree_);
     const HRESULT entered = tree_.Enter(method);
-    return FAILED(entered) ? entered : body();
+    return entered != S_OK ? entered : body();
   } catch (const std::bad_alloc&) {
     return E_OUTOFMEMORY;
   } catch (...) {
@@ -76,6 +75,16 @@ class Object : public Interface {
   }
 
  private:
+  struct Visit {
+    explicit Visit(Tree& visited) : tree(visited) {}
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
+    ~Visit() {
+      tree.Leave();
+    }
+    Tree& tree;
+  };
+
   const IID iid_;
   std::atomic<ULONG> references_{1};
 };

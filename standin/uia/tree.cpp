@@ -6,6 +6,8 @@ HRESULT Tree::Enter(const char*) {
   return S_OK;
 }
 
+void Tree::Leave() {}
+
 void Tree::Made(const void*, const char*) {}
 
 void Tree::Destroyed(const void*) {}

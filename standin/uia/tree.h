@@ -32,6 +32,9 @@ inline constexpr PROPERTYID kNativeWindowHandle = 30020;  // below zero: the win
 inline constexpr PROPERTYID kHandedOutByArrays = -1;      // below zero: arrays count the element but do not hand it out
 inline constexpr PROPERTYID kReadableFromCache = -2;      // below zero: what a search cached of it cannot be read
 
+// What every method answers for an element that is no more.
+inline constexpr HRESULT kElementNotAvailable = static_cast<HRESULT>(0x80040201);
+
 // An element can go at any time: a member asked about a node that is no more answers 0, nothing or a failure.
 class Tree {
  public:
@@ -53,9 +56,11 @@ class Tree {
 
   // ---- What a scripted desktop adds; real windows keep these as they are ----
 
-  // Called at the entry of every client method with its name ("IUIAutomation::ElementFromPoint"); a negative result
-  // makes the method fail with it, without any output.
+  // Called at the entry of every client method with its name ("IUIAutomation::ElementFromPoint"); any other
+  // result than S_OK is the method's answer, without any output: a failure, or a success that hands out nothing.
   virtual HRESULT Enter(const char* method);
+  // Called at the end of every client method, also of one that was not let in.
+  virtual void Leave();
   // Told of every client object made and destroyed, so that a leak can be named.
   virtual void Made(const void* object, const char* interfaceName);
   virtual void Destroyed(const void* object);

@@ -11,6 +11,7 @@ namespace {
 thread_local bool t_counting = false;
 thread_local std::size_t t_count = 0;
 thread_local std::size_t t_untilFailure = 0;
+thread_local bool t_failsOn = false;
 
 // Whether this allocation is the one that fails.
 bool Passes() {
@@ -18,7 +19,11 @@ bool Passes() {
     return true;
   }
   ++t_count;
-  return t_untilFailure == 0 || --t_untilFailure != 0;
+  if (t_untilFailure == 0 || --t_untilFailure != 0) {
+    return true;
+  }
+  t_untilFailure = t_failsOn ? 1 : 0;
+  return false;
 }
 
 }  // namespace
@@ -38,8 +43,14 @@ void FailNth(std::size_t n) {
   t_counting = true;
 }
 
+void FailFromNth(std::size_t n) {
+  FailNth(n);
+  t_failsOn = true;
+}
+
 void StopFailing() {
   t_untilFailure = 0;
+  t_failsOn = false;
   t_counting = false;
 }
 

@@ -13,6 +13,8 @@ std::size_t StopCounting();
 
 // Makes the nth allocation from now fail, 1-based.
 void FailNth(std::size_t n);
+// And every later one.
+void FailFromNth(std::size_t n);
 void StopFailing();
 
 }  // namespace tests::allocations

@@ -116,7 +116,10 @@ const std::vector<Scenario>& Scenarios() {
       {"captureTargetAtCursor",
        [](Form&) {
          TargetRecord r;
-         return captureTargetAtCursor(&r);
+         ::testing::internal::CaptureStdout();
+         const int code = captureTargetAtCursor(&r);
+         ::testing::internal::GetCapturedStdout();
+         return code;
        },
        {0, -1},
        {-1}},
@@ -325,8 +328,9 @@ class FaultSweepTest : public DesktopTest {
   Form Prepare(const Scenario& scenario) {
     cleanupAutomation();
     clearElementCache();
+    ClearCancelled();
     Form form = BuildForm();
-    OpenLog();
+    StartNewLog();
     scenario.arrange(form);
     ForgetLog();
     return form;

@@ -42,10 +42,7 @@ class DesktopTest : public ::testing::Test {
     TheDesktop().Gate().StopFailing();
     cleanupAutomation();
     clearElementCache();
-    if (isCancelled() != 0) {
-      startCancelMonitor();
-      stopCancelMonitor();
-    }
+    ClearCancelled();
     EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
     EXPECT_THAT(TheDesktop().Misuses(), IsEmpty());
     std::filesystem::remove_all(folder_);
@@ -75,6 +72,20 @@ class DesktopTest : public ::testing::Test {
       lines.push_back(WithoutStamp(all.substr(read_, end - read_)));
     }
     return lines;
+  }
+
+  static void ClearCancelled() {
+    if (isCancelled() != 0) {
+      startCancelMonitor();
+      stopCancelMonitor();
+    }
+  }
+
+  // A log of its own for the next of many runs in one test.
+  void StartNewLog() {
+    std::filesystem::remove(LogPath());
+    read_ = 0;
+    OpenLog();
   }
 
   void ForgetLog() {
