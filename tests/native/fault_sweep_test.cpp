@@ -116,10 +116,7 @@ const std::vector<Scenario>& Scenarios() {
       {"captureTargetAtCursor",
        [](Form&) {
          TargetRecord r;
-         ::testing::internal::CaptureStdout();
-         const int code = captureTargetAtCursor(&r);
-         ::testing::internal::GetCapturedStdout();
-         return code;
+         return captureTargetAtCursor(&r);
        },
        {0, -1},
        {-1}},
@@ -323,6 +320,18 @@ class FaultSweepTest : public DesktopTest {
     int injected = 0;
   };
 
+  // The call alone, with its console trace kept away and the faults set only around it.
+  static int Run(
+      const Scenario& scenario, Form& form, const std::function<void()>& inject = [] {}) {
+    ::testing::internal::CaptureStdout();
+    inject();
+    const int code = scenario.call(form);
+    TheDesktop().Gate().StopFailing();
+    allocations::StopFailing();
+    ::testing::internal::GetCapturedStdout();
+    return code;
+  }
+
   // A fresh desktop and library, ready for the scenario's call. The context is made by the call itself unless the
   // scenario needs one before.
   Form Prepare(const Scenario& scenario) {
@@ -353,10 +362,7 @@ class FaultSweepTest : public DesktopTest {
               bool lineMayMiss) {
     SCOPED_TRACE(std::string(scenario.name) + ", " + what);
     Form form = Prepare(scenario);
-    inject();
-    const int code = scenario.call(form);
-    TheDesktop().Gate().StopFailing();
-    allocations::StopFailing();
+    const int code = Run(scenario, form, inject);
 
     EXPECT_TRUE(scenario.codes.contains(code)) << "undocumented code " << code;
     const Lines log = Log();
@@ -368,7 +374,7 @@ class FaultSweepTest : public DesktopTest {
     EXPECT_THAT(TheDesktop().Misuses(), IsEmpty());
 
     Form again = Prepare(scenario);
-    EXPECT_EQ(scenario.call(again), scenario.expected) << "the next call";
+    EXPECT_EQ(Run(scenario, again), scenario.expected) << "the next call";
     cleanupAutomation();
     EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
     return code;
@@ -378,7 +384,7 @@ class FaultSweepTest : public DesktopTest {
   Lines CallsOf(const Scenario& scenario) {
     Form form = Prepare(scenario);
     const std::size_t before = TheDesktop().Gate().Sequence().size();
-    EXPECT_EQ(scenario.call(form), scenario.expected) << scenario.name;
+    EXPECT_EQ(Run(scenario, form), scenario.expected) << scenario.name;
     const Lines all = TheDesktop().Gate().Sequence();
     return {all.begin() + static_cast<std::ptrdiff_t>(before), all.end()};
   }
@@ -428,9 +434,12 @@ TEST_F(FaultSweepTest, EveryAllocationFailsOnce) {
   int sites = 0;
   for (const Scenario& scenario : Scenarios()) {
     Form form = Prepare(scenario);
+    std::size_t count = 0;
+    ::testing::internal::CaptureStdout();
     allocations::StartCounting();
     scenario.call(form);
-    const std::size_t count = allocations::StopCounting();
+    count = allocations::StopCounting();
+    ::testing::internal::GetCapturedStdout();
     for (std::size_t i = 1; i <= count && !HasFailure(); ++i, ++sites) {
       Scenario withMemoryCode = scenario;
       withMemoryCode.codes.insert({KORVANE_FAILED, KORVANE_NOT_FOUND});

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "korvane/korvane.h"
+#include "platform/owners.h"
 #include "standin/desktop/desktop.h"
 
 namespace tests {
@@ -127,6 +128,16 @@ inline Lines Starting(const Lines& lines, std::string_view prefix) {
   std::copy_if(lines.begin(), lines.end(), std::back_inserter(some),
                [prefix](const std::string& line) { return line.starts_with(prefix); });
   return some;
+}
+
+// The AutomationId of an element that was found, or "none".
+inline std::string IdOf(const ElementPtr& element) {
+  Bstr id;
+  if (!element || FAILED(element->get_CurrentAutomationId(id.Receive()))) {
+    return "none";
+  }
+  const std::u16string_view text = id ? id.Get() : u"";
+  return {text.begin(), text.end()};
 }
 
 // Leaves the cancelled flag set and no monitor behind.
