@@ -165,6 +165,8 @@ class Desktop {
   // --- Elements ---
   Element ElementOf(HWND window) const;
   Element RootElement() const;
+  RECT RectOf(Element element) const;
+  std::vector<Element> ChildrenOf(Element element) const;
   void SetProperty(Element element, PROPERTYID property, TextView text);
   void SetNullString(Element element, PROPERTYID property);                          // succeeds with a null string
   void SetUnsupported(Element element, PROPERTYID property);                         // succeeds without a string

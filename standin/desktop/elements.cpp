@@ -223,6 +223,16 @@ Element Desktop::RootElement() const {
   return kRootElement;
 }
 
+RECT Desktop::RectOf(Element element) const {
+  const std::lock_guard guard(state_->mutex);
+  return state_->Find(element)->rect;
+}
+
+std::vector<Element> Desktop::ChildrenOf(Element element) const {
+  const std::lock_guard guard(state_->mutex);
+  return state_->Find(element)->children;
+}
+
 void Desktop::SetProperty(Element element, PROPERTYID property, TextView text) {
   const std::lock_guard guard(state_->mutex);
   state_->Find(element)->overrides[property] = {PropertyOverride::Kind::String, Text(text), S_OK};

@@ -1,0 +1,125 @@
+#!/bin/bash
+# A desktop for Windows programs on this machine: an X server and a window manager of its own, and a Wine prefix in
+# build/wine-prefix that is made once and used again.
+#
+#   source scripts/wine_env.sh
+#   wine_start                              # X server, window manager, prefix
+#   register_uia_server build/…/standin_hwnd.dll
+#   in_wine program.exe argument …          # runs a Windows program and returns its exit code
+#   screenshot build/form.png
+#
+# or, for one command: scripts/wine_env.sh [--uia-server DLL] COMMAND …
+#
+# Everything started here ends with the shell that sourced it, and only that.
+
+WINE_ENV_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+export WINEPREFIX="${KORVANE_WINE_PREFIX:-$WINE_ENV_ROOT/build/wine-prefix}"
+export WINEDEBUG="${WINEDEBUG:--all}"
+export WINEDLLOVERRIDES="mscoree,mshtml=d"
+export WINEARCH=win64
+WINE_ENV_UIA_CLSID='{FF48DBA4-60EF-4201-AA87-54103EEF594E}'
+WINE_ENV_SCREEN=1280x960x24
+WINE_ENV_PIDS=()
+
+wine_env_say() {
+  printf 'wine_env: %s\n' "$*" >&2
+}
+
+wine_env_fail() {
+  wine_env_say "$*"
+  return 1
+}
+
+# Xvfb chooses a free display itself and writes its number when it is ready.
+wine_env_start_display() {
+  local number_file number=""
+  number_file="$(mktemp)"
+  Xvfb -displayfd 7 -screen 0 "$WINE_ENV_SCREEN" -nolisten tcp -noreset 7>"$number_file" >/dev/null 2>&1 &
+  WINE_ENV_PIDS+=($!)
+  for _ in $(seq 100); do
+    number="$(cat "$number_file")"
+    [ -n "$number" ] && break
+    sleep 0.1
+  done
+  rm -f "$number_file"
+  [ -n "$number" ] || wine_env_fail "Xvfb did not start" || return 1
+  export DISPLAY=":$number"
+  openbox >/dev/null 2>&1 &
+  WINE_ENV_PIDS+=($!)
+  for _ in $(seq 100); do
+    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
+    sleep 0.1
+  done
+  wine_env_say "display $DISPLAY with openbox"
+}
+
+wine_env_make_prefix() {
+  if [ -f "$WINEPREFIX/korvane-ready" ]; then
+    wine_env_say "using the prefix $WINEPREFIX"
+    return 0
+  fi
+  wine_env_say "making a prefix in $WINEPREFIX"
+  mkdir -p "$WINEPREFIX"
+  wineboot -i >/dev/null 2>&1 </dev/null || wine_env_fail "wineboot failed" || return 1
+  wineserver -w
+  touch "$WINEPREFIX/korvane-ready"
+}
+
+wine_start() {
+  local program
+  for program in wine wineserver Xvfb openbox xprop; do
+    command -v "$program" >/dev/null || wine_env_fail "$program is not installed" || return 1
+  done
+  trap wine_stop EXIT
+  trap 'exit 130' INT
+  trap 'exit 143' TERM HUP
+  wine_env_start_display && wine_env_make_prefix
+}
+
+wine_stop() {
+  local pid
+  [ ${#WINE_ENV_PIDS[@]} -gt 0 ] || return 0
+  # Only the server of this prefix, with the programs that run in it.
+  wineserver -k >/dev/null 2>&1 && wineserver -w >/dev/null 2>&1
+  for pid in "${WINE_ENV_PIDS[@]}"; do
+    kill "$pid" 2>/dev/null
+    wait "$pid" 2>/dev/null
+  done
+  WINE_ENV_PIDS=()
+  wine_env_say "display and Wine server stopped"
+}
+
+# Output goes through files: some Windows programs cannot write to a pipe.
+in_wine() {
+  local output status
+  output="$(mktemp)"
+  wine "$@" >"$output" 2>&1 </dev/null
+  status=$?
+  tr -d '\r' <"$output"
+  rm -f "$output"
+  return $status
+}
+
+# Makes CoCreateInstance of the UI Automation client object load the given DLL, in every program of the prefix.
+register_uia_server() {
+  local path key="HKLM\\Software\\Classes\\CLSID\\$WINE_ENV_UIA_CLSID\\InprocServer32"
+  [ -f "$1" ] || wine_env_fail "no such file: $1" || return 1
+  path="$(winepath -w "$(realpath "$1")" 2>/dev/null)"
+  in_wine reg add "$key" /ve /d "$path" /f >/dev/null &&
+    in_wine reg add "$key" /v ThreadingModel /d Both /f >/dev/null ||
+    wine_env_fail "cannot enter $path in the registry" || return 1
+  wine_env_say "UI Automation is served by $path"
+}
+
+screenshot() {
+  import -window root "$1"
+}
+
+if [ "${BASH_SOURCE[0]}" = "$0" ]; then
+  wine_start || exit 1
+  if [ "$1" = --uia-server ]; then
+    register_uia_server "$2" || exit 1
+    shift 2
+  fi
+  in_wine "$@"
+fi

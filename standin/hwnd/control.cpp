@@ -1,0 +1,191 @@
+#include "standin/hwnd/control.h"
+
+#include <algorithm>
+
+namespace standin::hwnd {
+namespace {
+
+constexpr UINT kAnswerMilliseconds = 1000;
+constexpr int kLongestClassName = 256;
+
+std::optional<LONG_PTR> Ask(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  DWORD_PTR answer = 0;
+  if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_ABORTIFHUNG, kAnswerMilliseconds, &answer) == 0) {
+    return std::nullopt;
+  }
+  return static_cast<LONG_PTR>(answer);
+}
+
+bool IsClass(const uia::Text& className, const WCHAR* wanted) {
+  return CompareStringOrdinal(className.c_str(), -1, wanted, -1, TRUE) == CSTR_EQUAL;
+}
+
+LONG_PTR StyleOf(HWND window) {
+  return GetWindowLongPtrW(window, GWL_STYLE);
+}
+
+struct Children {
+  HWND parent;
+  std::vector<HWND> windows;
+};
+
+// No exception may pass through the system's enumeration: memory that runs out ends it early.
+BOOL CALLBACK AddChild(HWND window, LPARAM parameter) noexcept try {
+  auto& children = *reinterpret_cast<Children*>(parameter);
+  if (ParentOf(window) == children.parent) {
+    children.windows.push_back(window);
+  }
+  return TRUE;
+} catch (...) {
+  return FALSE;
+}
+
+BOOL CALLBACK AddVisible(HWND window, LPARAM parameter) noexcept {
+  return IsWindowVisible(window) ? AddChild(window, parameter) : TRUE;
+}
+
+RECT ScreenRect() {
+  const int left = GetSystemMetrics(SM_XVIRTUALSCREEN);
+  const int top = GetSystemMetrics(SM_YVIRTUALSCREEN);
+  return {left, top, left + GetSystemMetrics(SM_CXVIRTUALSCREEN), top + GetSystemMetrics(SM_CYVIRTUALSCREEN)};
+}
+
+// The client area in screen pixels; empty when the window has gone.
+RECT ClientRectOf(HWND window) {
+  RECT rect{};
+  GetClientRect(window, &rect);
+  MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&rect), 2);
+  return rect;
+}
+
+}  // namespace
+
+HWND ParentOf(HWND window) {
+  return GetAncestor(window, GA_PARENT);
+}
+
+bool IsTopLevel(HWND window) {
+  return ParentOf(window) == GetDesktopWindow();
+}
+
+CONTROLTYPEID ControlTypeOf(HWND window) {
+  if (IsTopLevel(window)) {
+    return UIA_WindowControlTypeId;
+  }
+  const uia::Text className = ClassNameOf(window);
+  if (IsClass(className, L"Edit")) {
+    return kEditType;
+  }
+  if (IsClass(className, L"Button")) {
+    return (StyleOf(window) & BS_TYPEMASK) == BS_GROUPBOX ? kGroupType : kButtonType;
+  }
+  if (IsClass(className, L"Static")) {
+    return kTextType;
+  }
+  return IsClass(className, L"ListBox") ? kListType : kPaneType;
+}
+
+uia::Text ClassNameOf(HWND window) {
+  WCHAR name[kLongestClassName + 1] = {};
+  const int length = GetClassNameW(window, name, static_cast<int>(std::size(name)));
+  return uia::Text(name, static_cast<std::size_t>(length));
+}
+
+uia::Text AutomationIdOf(HWND window) {
+  if ((StyleOf(window) & WS_CHILD) == 0) {
+    return {};
+  }
+  const int id = GetDlgCtrlID(window);
+  return id == 0 ? uia::Text() : std::to_wstring(id);
+}
+
+uia::Text TitleOf(HWND window) {
+  uia::Text title(256, L'\0');
+  for (;;) {
+    const auto length =
+        static_cast<std::size_t>(InternalGetWindowText(window, title.data(), static_cast<int>(title.size())));
+    if (length + 1 < title.size()) {
+      title.resize(length);
+      return title;
+    }
+    title.resize(title.size() * 2);
+  }
+}
+
+std::optional<uia::Text> TextOf(HWND window) {
+  const std::optional<LONG_PTR> length = Ask(window, WM_GETTEXTLENGTH, 0, 0);
+  if (!length || *length < 0) {
+    return std::nullopt;
+  }
+  uia::Text text(static_cast<std::size_t>(*length) + 1, L'\0');
+  const std::optional<LONG_PTR> copied = Ask(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
+  if (!copied || *copied < 0) {
+    return std::nullopt;
+  }
+  text.resize(std::min(text.size() - 1, static_cast<std::size_t>(*copied)));
+  return text;
+}
+
+std::vector<HWND> ChildrenOf(HWND window) {
+  Children children{window, {}};
+  const auto parameter = reinterpret_cast<LPARAM>(&children);
+  if (window == GetDesktopWindow()) {
+    EnumWindows(AddVisible, parameter);
+  } else {
+    EnumChildWindows(window, AddChild, parameter);
+  }
+  return std::move(children.windows);
+}
+
+std::optional<RECT> VisibleRect(HWND window) {
+  RECT visible{};
+  if (!IsWindowVisible(window) || !GetWindowRect(window, &visible)) {
+    return std::nullopt;
+  }
+  const HWND desktop = GetDesktopWindow();
+  for (HWND above = ParentOf(window); above != nullptr && above != desktop; above = ParentOf(above)) {
+    const RECT inside = ClientRectOf(above);
+    if (!IntersectRect(&visible, &visible, &inside)) {
+      return std::nullopt;
+    }
+  }
+  const RECT screen = ScreenRect();
+  if (!IntersectRect(&visible, &visible, &screen)) {
+    return std::nullopt;
+  }
+  return visible;
+}
+
+int RowCount(HWND list) {
+  const std::optional<LONG_PTR> count = Ask(list, LB_GETCOUNT, 0, 0);
+  return count && *count > 0 ? static_cast<int>(*count) : 0;
+}
+
+std::optional<uia::Text> RowText(HWND list, int row) {
+  const auto index = static_cast<WPARAM>(row);
+  const std::optional<LONG_PTR> length = Ask(list, LB_GETTEXTLEN, index, 0);
+  if (!length || *length < 0) {
+    return std::nullopt;
+  }
+  // A row that grows in between would overrun the buffer: leave it room.
+  uia::Text text(static_cast<std::size_t>(*length) + 256, L'\0');
+  const std::optional<LONG_PTR> copied = Ask(list, LB_GETTEXT, index, reinterpret_cast<LPARAM>(text.data()));
+  if (!copied || *copied < 0) {
+    return std::nullopt;
+  }
+  text.resize(std::min(text.size(), static_cast<std::size_t>(*copied)));
+  return text;
+}
+
+std::optional<RECT> RowRect(HWND list, int row) {
+  RECT rect{};
+  const std::optional<LONG_PTR> answer =
+      Ask(list, LB_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&rect));
+  if (!answer || *answer == LB_ERR) {
+    return std::nullopt;
+  }
+  MapWindowPoints(list, nullptr, reinterpret_cast<POINT*>(&rect), 2);
+  return rect;
+}
+
+}  // namespace standin::hwnd
