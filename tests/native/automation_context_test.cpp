@@ -1,0 +1,163 @@
+// The automation context: creating it, what is shared between threading models, and the order in which it ends.
+#include "automation/automation_context.h"
+
+#include "log/diagnostic_log.h"
+#include "tests/native/fixture.h"
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved);
+
+namespace tests {
+namespace {
+
+using ::testing::Contains;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class AutomationContextTest : public DesktopTest {};
+
+TEST_F(AutomationContextTest, IsCreatedOnce) {
+  EXPECT_THAT(CallsOf([] { EXPECT_EQ(initializeAutomation(), 0); }),
+              ElementsAre("CoInitializeEx", "GetCurrentThreadId", "CoCreateInstance"));
+  EXPECT_THAT(CallsOf([] {
+                EXPECT_EQ(initializeAutomation(), 0);
+                EXPECT_EQ(setTargetWindow(nullptr), 0);
+              }),
+              IsEmpty());
+  EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(AutomationContextTest, ReportsWhatCannotBeCreatedAndTriesAgain) {
+  const struct {
+    const char* call;
+    const char* details;
+    std::uint64_t uninitialized;
+  } cases[] = {
+      {"CoInitializeEx", "COM initialization failed", 0},
+      {"CoCreateInstance", "UI Automation creation failed", 1},
+  };
+  auto& gate = TheDesktop().Gate();
+  for (const auto& c : cases) {
+    const auto before = gate.Count("CoUninitialize");
+    gate.FailNth(c.call, 1);
+    EXPECT_EQ(initializeAutomation(), -3);
+    EXPECT_EQ(gate.Count("CoUninitialize") - before, c.uninitialized);
+    EXPECT_FALSE(CurrentAutomation());
+    EXPECT_EQ(Log(), Lines{std::string("ERROR InitializeAutomation Code:-3 Details:") + c.details});
+    EXPECT_EQ(initializeAutomation(), 0);
+    cleanupAutomation();
+    OpenLog();
+  }
+}
+
+TEST_F(AutomationContextTest, LeavesAnInitialisationOfTheHostAlone) {
+  // The call that joins the host's own initialisation (S_FALSE) is one that the library does not balance.
+  ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
+  EXPECT_EQ(initializeAutomation(), 0);
+  EXPECT_THAT(CallsOf(cleanupAutomation), Not(Contains("CoUninitialize")));
+  CoUninitialize();
+  CoUninitialize();
+  EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+
+  TheDesktop().InitializeComMultithreaded();
+  EXPECT_EQ(initializeAutomation(), 0);
+  EXPECT_TRUE(CurrentAutomation());
+  EXPECT_THAT(CallsOf(cleanupAutomation), Not(Contains("CoUninitialize")));
+  TheDesktop().UninitializeCom();
+}
+
+TEST_F(AutomationContextTest, TheTargetWindowIsStoredWhateverTheResult) {
+  const HWND window = AddDialog();
+  EXPECT_EQ(setTargetWindow(window), 0);
+  EXPECT_EQ(ChooseWindow(nullptr), window);
+  EXPECT_EQ(setTargetWindow(nullptr), 0);
+  EXPECT_EQ(ChooseWindow(nullptr), nullptr);
+  cleanupAutomation();
+  TheDesktop().Gate().FailNth("CoCreateInstance", 1);
+  EXPECT_EQ(setTargetWindow(window), -3);
+  EXPECT_EQ(ChooseWindow(nullptr), window);
+  const HWND other = AddDialog();
+  EXPECT_EQ(ChooseWindow(other), other);
+}
+
+TEST_F(AutomationContextTest, EndsInOrder) {
+  ASSERT_EQ(setTargetWindow(AddDialog()), 0);
+  startCancelMonitor();
+  Lines atMonitorEnd;
+  Lines atLogEnd;
+  TheDesktop().AfterCall("CloseHandle", 1, [&] { atMonitorEnd = TheDesktop().Outstanding(); });
+  TheDesktop().AfterCall("CloseHandle", 2, [&] { atLogEnd = TheDesktop().Outstanding(); });
+  Lines calls = CallsOf(cleanupAutomation);
+  std::erase_if(calls, [](const std::string& call) { return call == "Sleep" || call == "GetAsyncKeyState"; });
+  EXPECT_THAT(calls, ElementsAre("WaitForSingleObject", "CloseHandle", "CloseHandle", "CoUninitialize"));
+  EXPECT_THAT(atMonitorEnd, Contains(HasSubstr("IUIAutomation")));
+  EXPECT_THAT(atLogEnd, ElementsAre(HasSubstr("COM")));
+  EXPECT_EQ(ChooseWindow(nullptr), nullptr);
+  EXPECT_FALSE(LogIsOpen());
+  EXPECT_THAT(CallsOf(cleanupAutomation), IsEmpty());
+}
+
+TEST_F(AutomationContextTest, ACaptureAfterACleanupMakesANewContext) {
+  AddDialog();
+  initializeAutomation();
+  cleanupAutomation();
+  TargetRecord record;
+  EXPECT_EQ(captureTargetAtPoint(&record, 200, 200), 0);
+  EXPECT_EQ(TheDesktop().Gate().Count("CoCreateInstance"), 2U);
+}
+
+TEST_F(AutomationContextTest, ACleanupBesideAnOperationDoesNotTakeItsObjectAway) {
+  AddDialog();
+  TargetRecord record;
+  TheDesktop().AfterCall("IUIAutomation::ElementFromPoint", 1, cleanupAutomation);
+  EXPECT_EQ(captureTargetAtPoint(&record, 200, 200), 0);
+  EXPECT_EQ(record.pathLength, 0);
+  EXPECT_FALSE(CurrentAutomation());
+}
+
+TEST_F(AutomationContextTest, DelaySleepsAtLeastSomething) {
+  const struct {
+    int asked;
+    double slept;
+  } cases[] = {{1, 1}, {120, 120}, {0, 50}, {-5, 50}, {INT32_MIN, 50}};
+  for (const auto& c : cases) {
+    const double before = TheDesktop().Now();
+    EXPECT_THAT(CallsOf([&] { delay(c.asked); }), ElementsAre("Sleep"));
+    EXPECT_DOUBLE_EQ(TheDesktop().Now() - before, c.slept) << c.asked;
+  }
+}
+
+TEST_F(AutomationContextTest, OnlyAFreeingDetachEndsTheLibrary) {
+  initializeAutomation();
+  startCancelMonitor();
+  int processEnds = 0;
+  const struct {
+    DWORD reason;
+    void* reserved;
+  } harmless[] = {{DLL_PROCESS_DETACH, &processEnds}, {DLL_PROCESS_ATTACH, nullptr}, {2, nullptr}, {3, nullptr}};
+  for (const auto& c : harmless) {
+    EXPECT_THAT(CallsOf([&] { EXPECT_EQ(DllMain(nullptr, c.reason, c.reserved), TRUE); }), IsEmpty());
+    EXPECT_TRUE(LogIsOpen());
+    EXPECT_TRUE(CurrentAutomation());
+  }
+  EXPECT_EQ(DllMain(nullptr, DLL_PROCESS_DETACH, nullptr), TRUE);
+  EXPECT_FALSE(LogIsOpen());
+  EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+  EXPECT_THAT(CallsOf([] { DllMain(nullptr, DLL_PROCESS_DETACH, nullptr); }), IsEmpty());
+}
+
+TEST_F(AutomationContextTest, ADetachOnAnotherThreadLeavesTheFirstThreadsObjectModel) {
+  initializeAutomation();
+  const auto detach = [](LPVOID) -> DWORD {
+    DllMain(nullptr, DLL_PROCESS_DETACH, nullptr);
+    return 0;
+  };
+  const HANDLE thread = CreateThread(nullptr, 0, detach, nullptr, 0, nullptr);
+  EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+  CloseHandle(thread);
+  EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre(HasSubstr("COM")));
+  CoUninitialize();
+  EXPECT_THAT(TheDesktop().Misuses(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace tests

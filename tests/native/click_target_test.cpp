@@ -1,0 +1,336 @@
+// Clicking: the checks before it, the remembered and the searched way, the input sent, and bringing a window forward.
+#include <cstring>
+
+#include "automation/automation_context.h"
+#include "resolve/coordinate_cache.h"
+#include "tests/native/allocations.h"
+#include "tests/native/fixture.h"
+
+namespace tests {
+namespace {
+
+using ::testing::Contains;
+using ::testing::Not;
+
+const std::string kCacheHit = "[CACHE HIT] Clicked using cached coordinates";
+
+class ClickTargetTest : public DesktopTest {
+ protected:
+  void SetUp() override {
+    DesktopTest::SetUp();
+    dialog_ = AddDialog();
+    edit_ = AddControl(dialog_, u"Edit", 7, {120, 120, 320, 150});
+    byId_ = RecordById(u"7");
+  }
+
+  // The input records of the last call.
+  static std::vector<INPUT> LastBatch() {
+    const auto batches = TheDesktop().InputBatches();
+    return batches.empty() ? std::vector<INPUT>() : batches.back();
+  }
+
+  static void ExpectPoint(POINT actual, POINT expected) {
+    EXPECT_EQ(actual.x, expected.x);
+    EXPECT_EQ(actual.y, expected.y);
+  }
+
+  // The statistics of the clicks so far, which are then forgotten.
+  std::string Statistics() {
+    ForgetLog();
+    clearElementCache();
+    const Lines lines = Starting(Log(), "[CACHE STATS] ");
+    return lines.empty() ? "none" : lines.front().substr(std::strlen("[CACHE STATS] "));
+  }
+
+  HWND dialog_ = nullptr;
+  HWND edit_ = nullptr;
+  TargetRecord byId_;
+};
+
+TEST_F(ClickTargetTest, FindsTheTargetFocusesItsWindowAndClicks) {
+  const HWND other = TheDesktop().AddWindow({.className = u"Other", .rect = {600, 100, 700, 200}});
+  TheDesktop().SetForeground(other);
+  const Lines calls = CallsOf([&] { EXPECT_EQ(clickTarget(&byId_, dialog_), 0); });
+  EXPECT_EQ(TheDesktop().Foreground(), dialog_);
+  EXPECT_EQ(TheDesktop().MouseDowns(edit_), 1);
+  EXPECT_EQ(TheDesktop().Focus(), edit_);
+  // No pause, and the cursor is placed after the window came forward.
+  const auto element = std::find(calls.begin(), calls.end(), "IUIAutomationElement::GetClickablePoint");
+  ASSERT_NE(element, calls.end());
+  EXPECT_EQ(Lines(element + 1, calls.end()),
+            (Lines{"IsWindow", "IsIconic", "SetForegroundWindow", "GetForegroundWindow", "SetCursorPos", "SendInput"}));
+  const auto records = LastBatch();
+  ASSERT_EQ(records.size(), 2U);
+  const DWORD flags[] = {0x8002, 0x8004};
+  for (int i = 0; i < 2; ++i) {
+    const INPUT& record = records[static_cast<std::size_t>(i)];
+    EXPECT_EQ(record.type, 0U);
+    ExpectPoint({record.mi.dx, record.mi.dy}, {220, 135});
+    EXPECT_EQ(record.mi.dwFlags, flags[i]);
+    EXPECT_EQ(record.mi.mouseData, 0U);
+    EXPECT_EQ(record.mi.time, 0U);
+    EXPECT_EQ(record.mi.dwExtraInfo, 0U);
+  }
+  ExpectPoint(TheDesktop().Cursor(), {220, 135});
+  EXPECT_THAT(Log(), ElementsAre("[FindTargetElement] Starting with identification method: 0",
+                                 "[FindTargetElement] Trying Method 0: AutomationId",
+                                 "[FindElementByAutomationId] Starting AutomationId search",
+                                 "AutomationId search completed in 0ms",
+                                 "[FindTargetElement] SUCCESS with Method 0: AutomationId"));
+}
+
+TEST_F(ClickTargetTest, ARememberedPointIsClickedAtOnce) {
+  const HWND other = TheDesktop().AddWindow({.className = u"Other", .rect = {600, 100, 700, 200}});
+  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  TheDesktop().SetForeground(other);
+  TheDesktop().BringToTop(dialog_);
+  TheDesktop().SetCursor(0, 0);
+  TheDesktop().MoveWindowTo(edit_, 130, 200);  // is not noticed
+  ForgetLog();
+  TheDesktop().ClearTrace();
+  const std::size_t batches = TheDesktop().InputBatches().size();
+  const auto crossProcess = TheDesktop().Gate().CrossProcessCalls();
+  const Lines calls = CallsOf([&] {
+    allocations::StartCounting();
+    const int code = clickTarget(&byId_, dialog_);
+    EXPECT_EQ(allocations::StopCounting(), 0U);
+    EXPECT_EQ(code, 0);
+  });
+  EXPECT_THAT(calls, ElementsAre("IsWindow", "WideCharToMultiByte", "GetWindowRect", "SetCursorPos", "mouse_event",
+                                 "GetSystemTimeAsFileTime", "FileTimeToLocalFileTime", "FileTimeToSystemTime"));
+  EXPECT_EQ(TheDesktop().Gate().CrossProcessCalls(), crossProcess);
+  EXPECT_EQ(TheDesktop().InputBatches().size(), batches);
+  ExpectPoint(TheDesktop().Cursor(), {220, 135});
+  const auto trace = TheDesktop().Trace();
+  ASSERT_GE(trace.size(), 2U);
+  EXPECT_EQ(trace[1].call, "mouse_event");
+  EXPECT_EQ(trace[1].detail, "flags=6");
+  EXPECT_THAT(Log(), ElementsAre(kCacheHit));
+  EXPECT_EQ(Statistics(), "Hits: 1, Misses: 1, Hit Rate: 50.0%");
+  // Once forgotten it is searched for again.
+  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  ExpectPoint(TheDesktop().Cursor(), {230, 215});
+}
+
+TEST_F(ClickTargetTest, AWindowThatDoesNotAnswerMakesARememberedPointAMiss) {
+  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  TheDesktop().MoveWindowTo(edit_, 130, 200);
+  TheDesktop().Gate().FailNth("GetWindowRect", 1);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  ExpectPoint(TheDesktop().Cursor(), {230, 215});
+  const auto point = FindCachedPoint(CacheKey(dialog_, byId_));
+  ASSERT_TRUE(point);
+  ExpectPoint(*point, {230, 215});
+  EXPECT_EQ(Statistics(), "Hits: 0, Misses: 2, Hit Rate: 0.0%");
+}
+
+TEST_F(ClickTargetTest, WithoutAnIdEveryClickSearches) {
+  const TargetRecord byPoint = RecordAt(130, 130);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(clickTarget(&byPoint, dialog_), 0);
+  }
+  EXPECT_EQ(Statistics(), "Hits: 0, Misses: 3, Hit Rate: 0.0%");
+}
+
+TEST_F(ClickTargetTest, ChecksInOrder) {
+  const auto error = [](int code, const std::string& details) {
+    return "ERROR clickTarget Code:" + std::to_string(code) + " Details:" + details;
+  };
+  // Without a context the target comes first, then the context, then the window.
+  EXPECT_EQ(clickTarget(nullptr, nullptr), -2);
+  EXPECT_THAT(Log(), ElementsAre(error(-2, "Invalid target parameter")));
+  EXPECT_EQ(TheDesktop().Gate().Count("CoCreateInstance"), 0U);
+  TheDesktop().Gate().FailNth("CoCreateInstance", 1);
+  EXPECT_EQ(clickTarget(&byId_, nullptr), -3);
+  EXPECT_THAT(Log(), ElementsAre("ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed"));
+  EXPECT_EQ(clickTarget(&byId_, nullptr), -2);
+  EXPECT_THAT(Log(), ElementsAre(error(-2, "No target window specified")));
+  const HWND gone = AddDialog();
+  TheDesktop().DestroyWindow(gone);
+  EXPECT_EQ(clickTarget(&byId_, gone), -1);
+  EXPECT_THAT(Log(), ElementsAre(error(-1, "Target window not found")));
+  EXPECT_EQ(Statistics(), "none");
+
+  const TargetRecord absent = RecordById(u"absent");
+  EXPECT_EQ(clickTarget(&absent, dialog_), -1);
+  EXPECT_EQ(Log().back(), error(-1, "Target element not found"));
+  const auto edit = TheDesktop().ElementOf(edit_);
+  TheDesktop().SetClickablePoint(edit, std::nullopt);
+  TheDesktop().FailRectangle(edit);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), -3);
+  EXPECT_EQ(Log().back(), error(-3, "Failed to get clickable point"));
+  EXPECT_EQ(Statistics(), "Hits: 0, Misses: 2, Hit Rate: 0.0%") << "a failed search is a miss";
+  EXPECT_TRUE(TheDesktop().SentInput().empty());
+
+  CancelByEscape();
+  ForgetLog();
+  EXPECT_THAT(CallsOf([&] {
+                EXPECT_EQ(clickTarget(nullptr, nullptr), -4);
+                EXPECT_EQ(clickTarget(&byId_, dialog_), -4);
+              }),
+              IsEmpty());
+  EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(ClickTargetTest, TheGivenWindowComesBeforeTheTargetWindow) {
+  const HWND second = TheDesktop().AddWindow({.className = u"Dialog", .rect = {600, 100, 900, 400}});
+  AddControl(second, u"Edit", 7, {620, 120, 820, 150});
+  ASSERT_EQ(setTargetWindow(second), 0);
+  byId_.hwnd = edit_;  // is not looked at
+  EXPECT_EQ(clickTarget(&byId_, nullptr), 0);
+  ExpectPoint(TheDesktop().Cursor(), {720, 135});
+  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  ExpectPoint(TheDesktop().Cursor(), {220, 135});
+  EXPECT_EQ(clickTarget(&byId_, nullptr), 0);
+  ExpectPoint(TheDesktop().Cursor(), {720, 135});
+  EXPECT_EQ(Statistics(), "Hits: 1, Misses: 2, Hit Rate: 33.3%");
+}
+
+TEST_F(ClickTargetTest, TheElementsOwnPointComesBeforeItsCentre) {
+  const struct {
+    RECT rect;
+    std::optional<POINT> clickable;
+    POINT clicked;
+  } cases[] = {
+      {{100, 50, 201, 71}, std::nullopt, {150, 60}},
+      {{-3, -8, 0, -3}, std::nullopt, {-1, -5}},  // halves the sum, toward zero
+      {{INT32_MAX - 2, INT32_MIN, INT32_MAX, INT32_MIN + 3}, std::nullopt, {INT32_MAX - 1, INT32_MIN + 2}},
+      {{100, 50, 201, 71}, POINT{101, 52}, {101, 52}},
+      {{100, 50, 201, 71}, POINT{0, 0}, {0, 0}},
+  };
+  int id = 20;
+  for (const auto& c : cases) {
+    const HWND control = AddControl(dialog_, u"Edit", ++id, c.rect);
+    TheDesktop().SetClickablePoint(TheDesktop().ElementOf(control), c.clickable);
+    const std::string digits = std::to_string(id);
+    const TargetRecord record = RecordById(std::u16string(digits.begin(), digits.end()));
+    EXPECT_EQ(clickTarget(&record, dialog_), 0);
+    ExpectPoint(TheDesktop().Cursor(), c.clicked);
+    const auto stored = FindCachedPoint(CacheKey(dialog_, record));
+    ASSERT_TRUE(stored);
+    ExpectPoint(*stored, c.clicked);
+  }
+}
+
+TEST_F(ClickTargetTest, InputThatIsNotAcceptedFailsAndLeavesNoButtonDown) {
+  for (const std::uint32_t inserted : {0U, 1U}) {
+    clearElementCache();
+    TheDesktop().BlockInput(inserted);
+    ForgetLog();
+    EXPECT_EQ(clickTarget(&byId_, dialog_), -3);
+    EXPECT_THAT(Starting(Log(), "ERROR"), IsEmpty());
+    EXPECT_THAT(TheDesktop().Outstanding(), Not(Contains("mouse button left down")));
+    EXPECT_TRUE(FindCachedPoint(CacheKey(dialog_, byId_))) << "stored before the click";
+    const auto batch = LastBatch();
+    ASSERT_EQ(batch.size(), inserted == 0 ? 2U : 1U);
+    EXPECT_EQ(batch.back().mi.dwFlags, 0x8004U) << "the press that went through is released";
+  }
+}
+
+TEST_F(ClickTargetTest, AWindowThatDoesNotComeForwardIsClickedAllTheSame) {
+  TheDesktop().RefuseForeground(-1);
+  TheDesktop().RefuseThreadAttach(true);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  EXPECT_EQ(TheDesktop().MouseDowns(edit_), 1);
+  EXPECT_EQ(Log().back(), "ERROR ensureWindowFocus Code:-3 Details:Window not in foreground after focus attempt");
+}
+
+TEST_F(ClickTargetTest, AHostileRecordEndsWithItsFields) {
+  TargetRecord record;
+  std::memset(&record, 0xFF, sizeof record);
+  EXPECT_EQ(clickTarget(&record, dialog_), -1);
+  for (std::size_t i = 0; i < KORVANE_AUTOMATION_ID_SIZE; ++i) {
+    record.automationId[i] = u'7';
+  }
+  record.identificationMethod = 0;
+  TheDesktop().SetProperty(TheDesktop().ElementOf(edit_), UIA_AutomationIdPropertyId, standin::Text(255, u'7'));
+  EXPECT_EQ(clickTarget(&record, dialog_), 0);
+  EXPECT_EQ(clickTarget(&record, dialog_), 0);
+  EXPECT_EQ(Log().back(), kCacheHit);
+}
+
+class WindowFocusTest : public ClickTargetTest {};
+
+TEST_F(WindowFocusTest, EveryWayToTheForeground) {
+  struct Case {
+    const char* what;
+    std::function<void()> arrange;
+    int code;
+    Lines calls;  // after IsWindow and IsIconic
+    std::string line;
+  };
+  const std::string notForeground =
+      "ERROR ensureWindowFocus Code:-3 Details:Window not in foreground after focus attempt";
+  const Case cases[] = {
+      {"granted", [] {}, 0, {"SetForegroundWindow", "GetForegroundWindow"}, ""},
+      {"minimised",
+       [&] { TheDesktop().Minimize(dialog_); },
+       0,
+       {"ShowWindow", "SetForegroundWindow", "GetForegroundWindow"},
+       ""},
+      {"granted after attaching",
+       [] { TheDesktop().RefuseForeground(1); },
+       0,
+       {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput",
+        "SetForegroundWindow", "SetFocus", "AttachThreadInput", "GetForegroundWindow"},
+       ""},
+      {"refused after attaching",
+       [] { TheDesktop().RefuseForeground(-1); },
+       -3,
+       {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput",
+        "SetForegroundWindow", "SetFocus", "AttachThreadInput", "GetForegroundWindow"},
+       notForeground},
+      {"attaching refused",
+       [] {
+         TheDesktop().RefuseForeground(-1);
+         TheDesktop().RefuseThreadAttach(true);
+       },
+       -3,
+       {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput", "ShowWindow",
+        "SetActiveWindow", "GetForegroundWindow"},
+       notForeground},
+      {"another window took it",
+       [&] { TheDesktop().AfterCall("SetForegroundWindow", 1, [] { TheDesktop().SetForeground(AddDialog()); }); },
+       -3,
+       {"SetForegroundWindow", "GetForegroundWindow"},
+       notForeground},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    TheDesktop().SetForeground(TheDesktop().AddWindow({.className = u"Other", .rect = {600, 100, 700, 200}}));
+    c.arrange();
+    ForgetLog();
+    TheDesktop().ClearTrace();
+    Lines calls = CallsOf([&] { EXPECT_EQ(ensureWindowFocus(dialog_), c.code); });
+    ASSERT_GT(calls.size(), 2U);
+    EXPECT_EQ(Lines(calls.begin(), calls.begin() + 2), (Lines{"IsWindow", "IsIconic"}));
+    EXPECT_EQ(Lines(calls.begin() + 2, calls.end()), c.calls);
+    EXPECT_EQ(Log(), c.line.empty() ? Lines{} : Lines{c.line});
+    EXPECT_FALSE(TheDesktop().IsMinimized(dialog_));
+    for (const auto& entry : TheDesktop().Trace()) {
+      if (entry.call == "ShowWindow") {
+        EXPECT_EQ(entry.detail, c.code == 0 ? "command=9" : "command=5");
+      }
+    }
+    TheDesktop().RefuseForeground(0);
+    TheDesktop().RefuseThreadAttach(false);
+  }
+}
+
+TEST_F(WindowFocusTest, Refusals) {
+  EXPECT_EQ(ensureWindowFocus(nullptr), -2);
+  const HWND gone = AddDialog();
+  TheDesktop().DestroyWindow(gone);
+  EXPECT_EQ(ensureWindowFocus(gone), -1);
+  // A window of the calling thread has no other thread to attach to.
+  const HWND own = TheDesktop().AddHostWindow({.className = u"Own", .rect = {0, 0, 50, 50}});
+  TheDesktop().RefuseForeground(1);
+  const Lines calls = CallsOf([&] { EXPECT_EQ(ensureWindowFocus(own), -3); });
+  EXPECT_EQ(calls.back(), "GetWindowThreadProcessId");
+  EXPECT_THAT(Log(), ElementsAre("ERROR ensureWindowFocus Code:-2 Details:Invalid window handle",
+                                 "ERROR ensureWindowFocus Code:-1 Details:Window not found",
+                                 "ERROR ensureWindowFocus Code:-3 Details:Failed to set foreground window"));
+}
+
+}  // namespace
+}  // namespace tests

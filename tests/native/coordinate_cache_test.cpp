@@ -1,0 +1,219 @@
+// Remembered points: what is stored under which key, when it is forgotten, and the statistics.
+#include "resolve/coordinate_cache.h"
+
+#include <set>
+
+#include "tests/native/allocations.h"
+#include "tests/native/fixture.h"
+
+namespace tests {
+namespace {
+
+class CoordinateCacheTest : public DesktopTest {
+ protected:
+  void SetUp() override {
+    DesktopTest::SetUp();
+    dialog_ = AddDialog();
+    edit_ = AddControl(dialog_, u"Edit", 7, {120, 120, 320, 150});
+  }
+
+  // The point, or "none".
+  static std::string Remembered(HWND window, const TargetRecord& record) {
+    const auto point = FindCachedPoint(CacheKey(window, record));
+    return point ? std::to_string(point->x) + " " + std::to_string(point->y) : "none";
+  }
+
+  HWND dialog_ = nullptr;
+  HWND edit_ = nullptr;
+};
+
+std::string KeyOf(HWND window, std::u16string_view id) {
+  return std::string(CacheKey(window, RecordById(id)).Text());
+}
+
+TEST_F(CoordinateCacheTest, VerifyingATargetRemembersItsCentre) {
+  const TargetRecord record = RecordById(u"7");
+  EXPECT_EQ(verifyTarget(&record, dialog_), 0);
+  const Lines log = Log();
+  EXPECT_THAT(log, ElementsAre("[verifyTarget] Called", "[FindTargetElement] Starting with identification method: 0",
+                               "[FindTargetElement] Trying Method 0: AutomationId",
+                               "[FindElementByAutomationId] Starting AutomationId search",
+                               "AutomationId search completed in 0ms",
+                               "[FindTargetElement] SUCCESS with Method 0: AutomationId",
+                               "[verifyTarget] SUCCESS: Target element found and verified",
+                               "[CACHE] Stored coordinates for target"));
+  EXPECT_EQ(Remembered(dialog_, record), "220 135");
+  // The second time replaces the point; a cleanup in between forgets nothing.
+  TheDesktop().MoveWindowTo(edit_, 130, 121);
+  cleanupAutomation();
+  EXPECT_EQ(Remembered(dialog_, record), "220 135");
+  EXPECT_EQ(verifyTarget(&record, dialog_), 0);
+  EXPECT_EQ(Remembered(dialog_, record), "230 136");
+  clearElementCache();
+  EXPECT_EQ(Remembered(dialog_, record), "none");
+}
+
+TEST_F(CoordinateCacheTest, TheCentreHalvesTheExtent) {
+  const struct {
+    RECT rect;
+    const char* centre;
+  } cases[] = {
+      {{-3, -3, 0, 0}, "-2 -2"},
+      {{-3, -7, 1, 2}, "-1 -3"},
+      {{10, 10, 11, 13}, "10 11"},
+      {{5, 5, 2, 1}, "4 3"},  // upside down: truncated toward zero all the same
+  };
+  for (const auto& c : cases) {
+    const HWND window = TheDesktop().AddWindow({.className = u"W", .rect = {-50, -50, 50, 50}});
+    AddControl(window, u"Edit", 3, c.rect);
+    const TargetRecord record = RecordById(u"3");
+    EXPECT_EQ(verifyTarget(&record, window), 0);
+    EXPECT_EQ(Remembered(window, record), c.centre) << c.rect.left;
+  }
+}
+
+TEST_F(CoordinateCacheTest, VerifyingRefuses) {
+  TargetRecord record = RecordById(u"7");
+  ASSERT_EQ(setTargetWindow(dialog_), 0);
+  const Lines invalid = {"[verifyTarget] Called", "[verifyTarget] ERROR: Invalid parameters",
+                         "ERROR verifyTarget Code:-2 Details:Invalid parameters"};
+  EXPECT_EQ(verifyTarget(&record, nullptr), -2) << "the target window does not stand in";
+  EXPECT_EQ(Log(), invalid);
+  EXPECT_EQ(verifyTarget(nullptr, dialog_), -2);
+  EXPECT_EQ(Log(), invalid);
+
+  cleanupAutomation();
+  OpenLog();
+  TheDesktop().Gate().FailNth("CoCreateInstance", 1);
+  EXPECT_EQ(verifyTarget(&record, dialog_), -3);
+  EXPECT_THAT(Log(), ElementsAre("[verifyTarget] Called",
+                                 "ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed",
+                                 "[verifyTarget] ERROR: Failed to initialize automation"));
+
+  record = RecordById(u"absent");
+  EXPECT_EQ(verifyTarget(&record, dialog_), -1);
+  const Lines log = Log();
+  EXPECT_EQ(Lines(log.end() - 2, log.end()), (Lines{"[verifyTarget] Target element not found",
+                                                    "ERROR verifyTarget Code:-1 Details:Target element not found"}));
+  EXPECT_EQ(Remembered(dialog_, record), "none");
+}
+
+TEST_F(CoordinateCacheTest, WithoutARectangleOrMemoryNothingIsStored) {
+  const TargetRecord record = RecordById(u"7");
+  TheDesktop().FailRectangle(TheDesktop().ElementOf(edit_));
+  EXPECT_EQ(verifyTarget(&record, dialog_), 0);
+  EXPECT_EQ(Log().back(), "[verifyTarget] SUCCESS: Target element found and verified");
+  EXPECT_EQ(Remembered(dialog_, record), "none");
+
+  const CacheKey key(dialog_, record);
+  allocations::FailFromNth(1);
+  EXPECT_FALSE(StoreCachedPoint(key, {1, 2}));
+  allocations::StopFailing();
+  EXPECT_FALSE(FindCachedPoint(key));
+}
+
+TEST_F(CoordinateCacheTest, KeysTellWindowsAndIdsApart) {
+  char digits[24];
+  std::snprintf(digits, sizeof digits,
+                "%016llX:", static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(dialog_)));
+  const std::string prefix = digits;
+  const HWND other = AddDialog();
+  EXPECT_EQ(KeyOf(dialog_, u"7"), prefix + "7");
+  EXPECT_EQ(KeyOf(dialog_, u""), prefix);
+  EXPECT_NE(KeyOf(dialog_, u"7"), KeyOf(other, u"7"));
+  EXPECT_EQ(KeyOf(dialog_, u"\xe9\x4e2d\xd83d\xde00"), prefix + "\xc3\xa9\xe4\xb8\xad\xf0\x9f\x98\x80");
+  // Halves of pairs have one form in UTF-8, whatever they are.
+  EXPECT_EQ(KeyOf(dialog_, u"a\xd83d"), prefix + "a\xef\xbf\xbd");
+  EXPECT_EQ(KeyOf(dialog_, u"a\xde00"), prefix + "a\xef\xbf\xbd");
+}
+
+TEST_F(CoordinateCacheTest, LongIdsKeepTheirKeysApartAsFarAsTheTextGoes) {
+  // The whole key is cut to 255 bytes, 17 of which are the window's.
+  const std::u16string longest(255, u'i');
+  const auto changed = [](std::u16string id, std::size_t at) {
+    id[at] = u'x';
+    return id;
+  };
+  EXPECT_EQ(KeyOf(dialog_, longest).size(), 255U);
+  EXPECT_NE(KeyOf(dialog_, longest), KeyOf(dialog_, changed(longest, 237)));
+  EXPECT_EQ(KeyOf(dialog_, longest), KeyOf(dialog_, changed(longest, 238)));
+
+  // Three bytes a unit: 85 units fit the conversion, 86 do not, and such ids still have keys of their own.
+  const std::u16string fits(85, u'\x4e2d');
+  const std::u16string tooLong(86, u'\x4e2d');
+  const std::u16string farTooLong(255, u'\x4e2d');
+  EXPECT_EQ(KeyOf(dialog_, fits).size(), 255U);
+  const std::vector<std::string> keys = {KeyOf(dialog_, fits),
+                                         KeyOf(dialog_, tooLong),
+                                         KeyOf(dialog_, changed(tooLong, 85)),
+                                         KeyOf(dialog_, farTooLong),
+                                         KeyOf(dialog_, changed(farTooLong, 254)),
+                                         KeyOf(AddDialog(), tooLong)};
+  EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()).size(), keys.size());
+  EXPECT_EQ(KeyOf(dialog_, tooLong), keys[1]);
+}
+
+TEST_F(CoordinateCacheTest, AKeyReadsNothingBehindTheId) {
+  auto unterminated = std::make_unique<TargetRecord>();
+  std::fill(std::begin(unterminated->automationId), std::end(unterminated->automationId), u'\x100');
+  TargetRecord cut = RecordById(std::u16string(255, u'\x100'));
+  EXPECT_EQ(CacheKey(dialog_, *unterminated).Text(), CacheKey(dialog_, cut).Text());
+  unterminated->hwnd = edit_;
+  EXPECT_EQ(CacheKey(dialog_, *unterminated).Text(), CacheKey(dialog_, cut).Text());
+}
+
+TEST_F(CoordinateCacheTest, StatisticsOfTheClicks) {
+  const TargetRecord found = RecordById(u"7");
+  const TargetRecord absent = RecordById(u"absent");
+  const std::string cleared = "[CACHE] Cleared coordinate cache";
+  clearElementCache();
+  EXPECT_THAT(Log(), ElementsAre(cleared));
+  const struct {
+    int hits;
+    int misses;  // the first of them stores the point
+    std::string rate;
+  } cases[] = {{3, 1, "75.0"}, {0, 2, "0.0"}, {2, 1, "66.7"}, {999, 1, "99.9"}};
+  for (const auto& c : cases) {
+    for (int i = 0; i < c.misses; ++i) {
+      clickTarget(c.hits > 0 ? &found : &absent, dialog_);
+    }
+    for (int i = 0; i < c.hits; ++i) {
+      EXPECT_EQ(clickTarget(&found, dialog_), 0);
+    }
+    ForgetLog();
+    clearElementCache();
+    EXPECT_THAT(Log(), ElementsAre("[CACHE STATS] Hits: " + std::to_string(c.hits) +
+                                       ", Misses: " + std::to_string(c.misses) + ", Hit Rate: " + c.rate + "%",
+                                   cleared));
+    clearElementCache();
+    EXPECT_THAT(Log(), ElementsAre(cleared)) << "the counters are 0 again";
+    EXPECT_EQ(Remembered(dialog_, found), "none");
+  }
+}
+
+TEST_F(CoordinateCacheTest, AClosedLogStillLetsTheCacheBeEmptied) {
+  const TargetRecord record = RecordById(u"7");
+  EXPECT_EQ(clickTarget(&record, dialog_), 0);
+  cleanupAutomation();
+  EXPECT_THAT(CallsOf(clearElementCache), IsEmpty());
+  EXPECT_EQ(Remembered(dialog_, record), "none");
+  OpenLog();
+  ForgetLog();
+  clearElementCache();
+  EXPECT_THAT(Log(), ElementsAre("[CACHE] Cleared coordinate cache"));
+}
+
+TEST_F(CoordinateCacheTest, RecordsWithoutAnIdShareAPointThatOnlyVerifyingStores) {
+  const TargetRecord atEdit = RecordAt(130, 130);
+  const TargetRecord elsewhere = RecordAt(400, 390);
+  EXPECT_EQ(clickTarget(&atEdit, dialog_), 0);
+  EXPECT_EQ(Remembered(dialog_, atEdit), "none");
+  EXPECT_EQ(verifyTarget(&atEdit, dialog_), 0);
+  EXPECT_EQ(clickTarget(&elsewhere, dialog_), 0);
+  const POINT cursor = TheDesktop().Cursor();
+  EXPECT_EQ(cursor.x, 220);
+  EXPECT_EQ(cursor.y, 135);
+}
+
+}  // namespace
+}  // namespace tests

@@ -1,0 +1,264 @@
+// The diagnostic log: its lines, its file, and what happens when either cannot be had.
+#include <new>
+#include <thread>
+
+#include "log/diagnostic_log.h"
+#include "log/export_guard.h"
+#include "tests/native/allocations.h"
+#include "tests/native/fixture.h"
+
+namespace tests {
+namespace {
+
+using ::testing::EndsWith;
+
+class LogTest : public DesktopTest {
+ protected:
+  void SetUp() override {
+    DesktopTest::SetUp();
+    TheDesktop().SetUtcOffsetMinutes(90);
+    TheDesktop().SetLocalTime({2026, 11, 3, 18, 9, 5, 7, 45});
+  }
+
+  static std::string BytesOf(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  static void WriteWithEveryWriter() {
+    LogLine("getTargetText: FAILED - No element found");
+    LogClockLine("clock");
+    LogStampedLine("stamped");
+    LogDirectPasteLine("direct");
+    LogVerifyPasteLine("verify");
+    EXPECT_EQ(ReportError(-3, "InitializeAutomation", "COM initialization failed"), -3);
+    EXPECT_EQ(ReportError(-2, "clickTarget"), -2);
+    logAction(u"clickTarget", 0, 312);
+    logActionWithTimestamp(u"step", -3, 0, 1000);
+  }
+};
+
+TEST_F(LogTest, EveryWriterStampsItsLineInItsOwnForm) {
+  WriteWithEveryWriter();
+  EXPECT_EQ(LogBytes(),
+            "11-18 09:05:07.045 getTargetText: FAILED - No element found\r\n"
+            "[09:05:07.045] clock\r\n"
+            "[2026-11-18 09:05:07] stamped\r\n"
+            "11-18 09:05:07.045 [pasteToTargetDirect] direct\r\n"
+            "11-18 09:05:07.045 [pasteToTargetWithVerifyEx] verify\r\n"
+            "2026-11-18 09:05:07.045 ERROR InitializeAutomation Code:-3 Details:COM initialization failed\r\n"
+            "2026-11-18 09:05:07.045 ERROR clickTarget Code:-2\r\n"
+            "2026-11-18 09:05:07.045 - clickTarget | Result: 0 | Duration: 312ms\r\n"
+            "1970-01-01 00:00:01.000 - step | Result: -3 | Duration: 0ms\r\n");
+}
+
+TEST_F(LogTest, NumbersOfAStampArePaddedWithZeros) {
+  TheDesktop().SetLocalTime({2026, 1, 5, 2, 3, 4, 5, 7});
+  LogLine("a");
+  LogClockLine("b");
+  LogStampedLine("c");
+  ReportError(-1, "d");
+  logAction(u"e", 0, 0);
+  EXPECT_EQ(LogBytes(),
+            "01-02 03:04:05.007 a\r\n"
+            "[03:04:05.007] b\r\n"
+            "[2026-01-02 03:04:05] c\r\n"
+            "2026-01-02 03:04:05.007 ERROR d Code:-1\r\n"
+            "2026-01-02 03:04:05.007 - e | Result: 0 | Duration: 0ms\r\n");
+}
+
+TEST_F(LogTest, EachLineIsOneWriteAndOneReadingOfTheClock) {
+  auto& gate = TheDesktop().Gate();
+  const auto writes = gate.Count("WriteFile");
+  const auto readings = gate.Count("GetLocalTime") + gate.Count("GetSystemTimeAsFileTime");
+  WriteWithEveryWriter();
+  EXPECT_EQ(gate.Count("WriteFile") - writes, 9U);
+  EXPECT_EQ(gate.Count("GetLocalTime") + gate.Count("GetSystemTimeAsFileTime") - readings, 8U);
+}
+
+TEST_F(LogTest, AStampThatCannotBeConvertedLeavesTheLineOut) {
+  TheDesktop().Gate().FailNth("FileTimeToLocalFileTime", 1);
+  LogStampedLine("not written");
+  TheDesktop().Gate().FailNth("FileTimeToSystemTime", 1);
+  LogStampedLine("not written either");
+  LogStampedLine("written");
+  EXPECT_EQ(LogBytes(), "[2026-11-18 09:05:07] written\r\n");
+}
+
+TEST_F(LogTest, UnitsBeyondOneByteAreWrittenAsEscapes) {
+  logAction(u"\x01 \x7f\x80\xff|\x100 \x4e2d \U0001f600 \xd83d. \xffff", 0, 0);
+  EXPECT_THAT(LogBytes(), EndsWith(" - \x01 \x7f\x80\xff|\\u0100 \\u4e2d \\ud83d\\ude00 \\ud83d. \\uffff"
+                                   " | Result: 0 | Duration: 0ms\r\n"));
+}
+
+TEST_F(LogTest, NumbersAreDecimalOrLowerCaseHexadecimal) {
+  LogLine(INT32_MIN, " ", INT64_MAX, " 0x", Hex(E_FAIL), " 0x", Hex(std::uint32_t{0xC36}), " 0x",
+          Hex(static_cast<const void*>(nullptr)), " ", HandleNumber(reinterpret_cast<HWND>(~std::uintptr_t{0})));
+  EXPECT_THAT(Log(), ElementsAre("-2147483648 9223372036854775807 0x80004005 0xc36 0x0 18446744073709551615"));
+}
+
+TEST_F(LogTest, ActionLinesTakeAnyNumbersAndTexts) {
+  struct Case {
+    const char16_t* action;
+    int result;
+    int duration;
+    std::int64_t timestamp;
+    std::string line;
+  };
+  constexpr std::int64_t kFirst = -11644473600000;  // 1601-01-01
+  constexpr std::int64_t kLast = 910692730085477;   // the last instant of a file time
+  const std::string none = "0000-00-00 00:00:00.000 - x | Result: 0 | Duration: 0ms";
+  const Case cases[] = {
+      {u"", INT32_MIN, INT32_MAX, 0, "1970-01-01 00:00:00.000 -  | Result: -2147483648 | Duration: 2147483647ms"},
+      {u"a - b", 1, -1, 1795000000123, "2026-11-18 11:06:40.123 - a - b | Result: 1 | Duration: -1ms"},
+      {u"x", 0, 0, -1, "1969-12-31 23:59:59.999 - x | Result: 0 | Duration: 0ms"},
+      {u"x", 0, 0, kFirst, "1601-01-01 00:00:00.000 - x | Result: 0 | Duration: 0ms"},
+      {u"x", 0, 0, kFirst - 1, none},
+      {u"x", 0, 0, kLast + 1, none},
+      {u"x", 0, 0, INT64_MIN, none},
+      {u"x", 0, 0, INT64_MAX, none},
+  };
+  for (const Case& c : cases) {
+    const std::size_t before = LogBytes().size();
+    logActionWithTimestamp(c.action, c.result, c.duration, c.timestamp);
+    EXPECT_EQ(LogBytes().substr(before), c.line + "\r\n");
+  }
+  const std::size_t before = LogBytes().size();
+  logAction(nullptr, 0, 0);
+  logActionWithTimestamp(nullptr, 0, 0, 0);
+  EXPECT_EQ(LogBytes().size(), before);
+}
+
+TEST_F(LogTest, AClosedLogCostsNoPlatformCallAndKeepsTheCodes) {
+  cleanupAutomation();
+  EXPECT_THAT(CallsOf(WriteWithEveryWriter), IsEmpty());
+  EXPECT_EQ(LogBytes(), "");
+}
+
+TEST_F(LogTest, LinesOfSeveralPeriodsStandInOneFile) {
+  logActionWithTimestamp(u"one", 0, 0, 0);
+  OpenLog();
+  logActionWithTimestamp(u"two", 0, 0, 0);
+  cleanupAutomation();
+  logActionWithTimestamp(u"lost", 0, 0, 0);
+  OpenLog();
+  logActionWithTimestamp(u"three", 0, 0, 0);
+  EXPECT_THAT(Log(), ElementsAre("- one | Result: 0 | Duration: 0ms", "- two | Result: 0 | Duration: 0ms",
+                                 "- three | Result: 0 | Duration: 0ms"));
+}
+
+TEST_F(LogTest, APathThatCannotBeOpenedClosesTheLogAndMakesNoFolder) {
+  const auto path = Folder() / "missing" / "log.txt";
+  EXPECT_THAT(CallsOf([&] { initializeLog(path.u16string().c_str()); }), ElementsAre("CloseHandle", "CreateFileW"));
+  EXPECT_FALSE(std::filesystem::exists(path.parent_path()));
+  EXPECT_EQ(ReportError(-2, "tag"), -2);
+  EXPECT_EQ(LogBytes(), "");
+  OpenLog();
+  ReportError(-2, "tag");
+  EXPECT_THAT(Log(), ElementsAre("ERROR tag Code:-2"));
+}
+
+TEST_F(LogTest, TheDefaultFileLiesInAFolderOfTheUser) {
+  const auto file = Folder() / "Tavrin" / "automation_execution.log";
+  TheDesktop().SetLocalAppData(Folder().string());
+  const Lines calls = CallsOf([] { initializeLog(nullptr); });
+  EXPECT_THAT(calls,
+              ElementsAre("CloseHandle", "SHGetKnownFolderPath", "CoTaskMemFree", "CreateDirectoryW", "CreateFileW"));
+  logActionWithTimestamp(u"one", 0, 0, 0);
+  initializeLog(u"");
+  logActionWithTimestamp(u"two", 0, 0, 0);
+  // The folder's result counts for nothing: opening the file decides.
+  TheDesktop().Gate().FailNth("CreateDirectoryW", 1);
+  initializeLog(nullptr);
+  logActionWithTimestamp(u"three", 0, 0, 0);
+  EXPECT_EQ(BytesOf(file),
+            "1970-01-01 00:00:00.000 - one | Result: 0 | Duration: 0ms\r\n"
+            "1970-01-01 00:00:00.000 - two | Result: 0 | Duration: 0ms\r\n"
+            "1970-01-01 00:00:00.000 - three | Result: 0 | Duration: 0ms\r\n");
+}
+
+TEST_F(LogTest, WithoutADefaultFolderTheLogStaysClosed) {
+  TheDesktop().SetLocalAppData(std::nullopt);
+  initializeLog(nullptr);
+  EXPECT_FALSE(LogIsOpen());
+  // One folder is made, never its parents.
+  TheDesktop().SetLocalAppData((Folder() / "absent").string());
+  initializeLog(nullptr);
+  EXPECT_FALSE(LogIsOpen());
+  EXPECT_FALSE(std::filesystem::exists(Folder() / "absent"));
+}
+
+TEST_F(LogTest, ALostWriteLosesItsLineOnly) {
+  TheDesktop().Gate().FailNth("WriteFile", 2);
+  EXPECT_EQ(ReportError(-1, "first"), -1);
+  EXPECT_EQ(ReportError(-1, "second"), -1);
+  EXPECT_EQ(ReportError(-1, "third"), -1);
+  EXPECT_THAT(Log(), ElementsAre("ERROR first Code:-1", "ERROR third Code:-1"));
+}
+
+TEST_F(LogTest, LongLinesAreWholeAndWithoutMemoryCutButEnded) {
+  for (const std::size_t length : {std::size_t{900}, std::size_t{1100}, std::size_t{100000}}) {
+    for (const char16_t unit : {u'a', u'\x4e2d'}) {
+      const std::u16string text(length, unit);
+      logAction(text.c_str(), 0, 0);
+      std::string shown;
+      for (std::size_t i = 0; i < length; ++i) {
+        shown += unit == u'a' ? "a" : "\\u4e2d";
+      }
+      EXPECT_EQ(Log(), Lines{"- " + shown + " | Result: 0 | Duration: 0ms"});
+
+      const std::size_t before = LogBytes().size();
+      allocations::FailFromNth(1);
+      logAction(text.c_str(), 0, 0);
+      allocations::StopFailing();
+      const std::string cut = LogBytes().substr(before);
+      EXPECT_LE(cut.size(), 1024U);
+      EXPECT_GT(cut.size(), 900U);
+      EXPECT_THAT(cut, EndsWith("\r\n"));
+      ForgetLog();
+    }
+  }
+}
+
+TEST_F(LogTest, AnExportOutOfMemoryAnswersItsFailureCodeAndSaysSo) {
+  const int code = GuardExport("someExport", -1, []() -> int { throw std::bad_alloc(); });
+  KorvaneChar* none =
+      GuardExport("textExport", static_cast<KorvaneChar*>(nullptr), []() -> KorvaneChar* { throw std::bad_alloc(); });
+  EXPECT_EQ(code, -1);
+  EXPECT_EQ(none, nullptr);
+  EXPECT_THAT(Log(), ElementsAre("ERROR someExport Code:-1 Details:Out of memory",
+                                 "ERROR textExport Code:-3 Details:Out of memory"));
+}
+
+TEST_F(LogTest, LinesOfSeveralThreadsNeverMix) {
+  constexpr int kThreads = 4;
+  constexpr int kLines = 100;
+  TheDesktop().UseRealTime();
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([i] {
+      const std::u16string text(1500, static_cast<char16_t>(u'a' + i));
+      for (int line = 0; line < kLines; ++line) {
+        logAction(text.c_str(), i, line);
+      }
+    });
+  }
+  std::thread reopening([this] {
+    for (int i = 0; i < 20; ++i) {
+      OpenLog();
+    }
+  });
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  reopening.join();
+  for (const std::string& line : Log()) {
+    const std::size_t text = line.find_first_not_of("- ");
+    const char letter = line[text];
+    EXPECT_EQ(line.find_first_not_of(letter, text), text + 1500);
+    EXPECT_THAT(line, ::testing::HasSubstr(" | Result: " + std::to_string(letter - 'a') + " |"));
+  }
+}
+
+}  // namespace
+}  // namespace tests
