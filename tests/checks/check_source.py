@@ -1,0 +1,105 @@
+"""Rules of the source tree that no compiler knows."""
+
+import re
+import unittest
+
+from repository import ROOT, includes, run, source, sources, tool
+
+# From bottom to top. Rooms on one floor do not see each other.
+FLOORS = [
+    ["platform"],
+    ["log"],
+    ["clipboard", "util"],
+    ["automation"],
+    ["capture"],
+    ["resolve"],
+    ["input"],
+    ["text"],
+]
+HEIGHT = {room: height for height, rooms in enumerate(FLOORS) for room in rooms}
+CODE = ["src", "include", "standin", "samples", "tests", "host", "examples", "fuzz", "bench"]
+NATIVE = ROOT / "src/platform/native.h"
+
+
+def rule_breakers(folder, allowed):
+    """The quoted includes below a folder that `allowed(file, included)` refuses."""
+    return [
+        f"{file.relative_to(ROOT)}:{number}: {included}"
+        for file in sources(folder)
+        for number, included in includes(file)
+        if not allowed(file, included)
+    ]
+
+
+class Source(unittest.TestCase):
+    maxDiff = None
+
+    def test_floors(self):
+        """source: every room of src/ includes only its own floor and lower ones"""
+        rooms = {folder.name for folder in (ROOT / "src").iterdir() if folder.is_dir()}
+        self.assertEqual(set(HEIGHT), rooms)
+
+        def allowed(file, included):
+            room, other = file.parent.name, included.split("/")[0]
+            return other in ("korvane", room) or HEIGHT.get(other, 99) < HEIGHT[room]
+
+        self.assertEqual([], rule_breakers("src", allowed))
+
+    def test_circles(self):
+        """source: no header includes itself in a circle"""
+        roots = [ROOT, ROOT / "src", ROOT / "include"]
+        graph = {}
+        for file in sources(*CODE, suffixes=(".h",)):
+            found = (root / included for _, included in includes(file) for root in roots)
+            graph[file] = {other for other in found if other.is_file()}
+        # Whatever includes nothing that is left is taken away until nothing changes; circles stay.
+        while ends := [file for file, others in graph.items() if not others & graph.keys()]:
+            for file in ends:
+                del graph[file]
+        self.assertEqual([], [str(file.relative_to(ROOT)) for file in graph])
+
+    def test_stand_in(self):
+        """source: the stand-in sees src/platform and nothing else of the library"""
+
+        def allowed(file, included):
+            room = included.split("/")[0]
+            return room not in HEIGHT or room == "platform"
+
+        self.assertEqual([], rule_breakers("standin", allowed))
+
+    def test_hosts(self):
+        """source: the public header and its hosts know nothing of src/"""
+        self.assertEqual([], rule_breakers("include", lambda file, included: False))
+
+    def test_conditionals(self):
+        """source: only src/platform and the public header know which world they are compiled for"""
+        found = [
+            f"{file.relative_to(ROOT)}: {line.strip()}"
+            for file in sources("src")
+            if file.parent.name != "platform"
+            for line in source(file).splitlines()
+            if re.match(r"\s*#\s*(if|ifdef|ifndef|elif|else)\b", line)
+        ]
+        self.assertEqual([], found)
+
+    def test_platform_calls(self):
+        """source: the native declarations are of functions that the library calls, no others"""
+        declared = re.findall(r"(\w+)\([^()]*\);", source(NATIVE))
+        self.assertGreater(len(declared), 60)
+        library = "\n".join(source(file) for file in sources("src") if file != NATIVE)
+        self.assertEqual([], [name for name in declared if not re.search(rf"\b{name}\(", library)])
+
+    def test_build_lists_every_source(self):
+        """source: src/CMakeLists.txt lists every file"""
+        listed = set(re.findall(r"\b\w+/\w+\.cpp\b", (ROOT / "src/CMakeLists.txt").read_text(encoding="utf-8")))
+        there = {str(file.relative_to(ROOT / "src")) for file in sources("src", suffixes=(".cpp",))}
+        self.assertEqual(there, listed)
+
+    def test_format(self):
+        """source: formatted by clang-format"""
+        formatter = tool("clang-format-14")
+        files = [str(file) for file in sources(*CODE)]
+        result = run(formatter, "--dry-run", "--Werror", *files, cwd=ROOT)
+        wrong = sorted(set(re.findall(rf"^{ROOT}/(\S+?):\d+", result.stderr, re.M)))
+        self.assertEqual([], wrong)
+        self.assertEqual(0, result.returncode, result.stderr)
