@@ -59,8 +59,13 @@ std::uint64_t CountOf(std::string_view name) {
 }  // namespace
 
 CallSite::CallSite(const char* functionName) : name(functionName), crossProcess(LeavesTheProcess(functionName)) {
-  const std::lock_guard guard(SitesMutex());
-  Sites().push_back(this);
+  // The first call of a function is not yet counted as one here, but its memory is the stand-in's all the same.
+  ++t_callDepth;
+  {
+    const std::lock_guard guard(SitesMutex());
+    Sites().push_back(this);
+  }
+  --t_callDepth;
 }
 
 bool InsidePlatformCall() {
