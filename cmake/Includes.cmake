@@ -4,7 +4,7 @@ target_include_directories(korvane_includes INTERFACE ${PROJECT_SOURCE_DIR} ${PR
                                                       ${PROJECT_SOURCE_DIR}/include)
 target_compile_options(korvane_includes INTERFACE -Werror -Wall -Wextra -Wshadow -Wconversion)
 if(WIN32)
-  # Windows 7 and later, and the wide functions under their plain names, in every file alike.
+  # The declarations of Windows 7, and the wide functions under their plain names, in every file alike.
   target_compile_definitions(korvane_includes INTERFACE UNICODE _UNICODE _WIN32_WINNT=0x0601)
 endif()
 # Builds in different folders give the same bytes.

@@ -1,5 +1,6 @@
 """The public header as hosts compile it."""
 
+import re
 import unittest
 
 from repository import ROOT, run, tool
@@ -41,3 +42,10 @@ class Header(unittest.TestCase):
         """header: mingw compiles it as C and C++, with and without <windows.h>, and finds the layouts"""
         self.compiles("x86_64-w64-mingw32-gcc-posix", C, around("<windows.h>"))
         self.compiles("x86_64-w64-mingw32-g++-posix", CXX, around("<windows.h>"))
+
+    def test_readme(self):
+        """header: the example of the README compiles"""
+        compiler = tool("x86_64-w64-mingw32-gcc-posix")
+        example = re.search(r"```c\n(.*?)```", (ROOT / "README.md").read_text(encoding="utf-8"), re.S)[1]
+        result = run(compiler, "-xc", "-std=c11", *WARNINGS, *INCLUDES, "-", input=example)
+        self.assertEqual(0, result.returncode, result.stderr)

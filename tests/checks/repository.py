@@ -56,7 +56,9 @@ def missing(what):
 
 
 def run(*command, **options):
-    return subprocess.run(command, capture_output=True, text=True, check=False, stdin=subprocess.DEVNULL, **options)
+    if "input" not in options:
+        options["stdin"] = subprocess.DEVNULL
+    return subprocess.run(command, capture_output=True, text=True, check=False, **options)
 
 
 def dll():
