@@ -121,7 +121,6 @@ using LPTHREAD_START_ROUTINE = DWORD (*)(LPVOID);
 
 extern "C" {
 void Sleep(DWORD milliseconds);
-BOOL SwitchToThread();
 DWORD GetTickCount();
 BOOL QueryPerformanceCounter(LARGE_INTEGER* count);
 BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency);
@@ -132,9 +131,10 @@ BOOL FileTimeToSystemTime(const FILETIME* file, SYSTEMTIME* calendar);
 HANDLE CreateThread(void* security, SIZE_T stackSize, LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD flags,
                     DWORD* threadId);
 BOOL TerminateThread(HANDLE thread, DWORD exitCode);
+HANDLE CreateEventW(void* security, BOOL manualReset, BOOL initiallySet, const WCHAR* name);
+BOOL SetEvent(HANDLE event);
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
 BOOL CloseHandle(HANDLE object);
-HANDLE GetCurrentThread();
 DWORD GetCurrentThreadId();
 DWORD GetLastError();
 HMODULE GetModuleHandleW(const WCHAR* name);

@@ -7,13 +7,15 @@
 #include "korvane/korvane.h"
 #include "platform/mutex.h"
 #include "platform/owners.h"
+#include "platform/thread_start.h"
 
 namespace {
 
 constexpr DWORD kStopWaitMilliseconds = 300;
 
 std::atomic<bool> g_cancelled{false};
-std::atomic<bool> g_unloading{false};
+// Set by the monitor when it is out of our code, while the library is being unloaded.
+std::atomic<HANDLE> g_outOfOurCode{nullptr};
 
 // Guards the handle, and the order of its changes against the turn's. Never held while waiting for a monitor to end.
 Mutex g_monitorMutex;
@@ -45,18 +47,6 @@ void WatchEscapeUntilTurnEnds(std::uint32_t turn) noexcept {
   }
 }
 
-DWORD WINAPI MonitorThread(LPVOID /*parameter*/) {
-  const std::uint32_t turn = g_turn;
-  g_enteredTurn = turn;
-  WatchEscapeUntilTurnEnds(turn);
-  if (g_unloading) {
-    // An ordinary end needs the loader's lock, which the unloading thread holds while it waits for us. Ending on the
-    // spot is safe here, where the thread holds nothing, and is the proof that it is out of our code.
-    TerminateThread(GetCurrentThread(), 0);
-  }
-  return 0;
-}
-
 KernelHandle TakeMonitor() noexcept {
   const std::lock_guard guard(g_monitorMutex);
   KernelHandle thread(g_monitorThread);
@@ -67,8 +57,8 @@ KernelHandle TakeMonitor() noexcept {
   return thread;
 }
 
-bool HasEnded(const KernelHandle& thread) noexcept {
-  return WaitForSingleObject(thread.Get(), kStopWaitMilliseconds) == WAIT_OBJECT_0;
+bool HappensInTime(HANDLE object) noexcept {
+  return WaitForSingleObject(object, kStopWaitMilliseconds) == WAIT_OBJECT_0;
 }
 
 // Waits until the new thread is in our code: a thread that has not come so far needs the loader's lock to do so, and an
@@ -88,7 +78,7 @@ bool StartIfNoneRuns() noexcept {
   }
   g_cancelled.exchange(false);
   const std::uint32_t turn = ++g_turn;
-  const HANDLE thread = CreateThread(nullptr, 0, MonitorThread, nullptr, 0, nullptr);
+  const HANDLE thread = CreateThread(nullptr, 0, StartThreadBody, nullptr, 0, nullptr);
   if (thread != nullptr) {
     WaitUntilEntered(turn);
     g_monitorThread = thread;
@@ -98,27 +88,38 @@ bool StartIfNoneRuns() noexcept {
 
 }  // namespace
 
+// What the monitor thread runs. An ordinary end needs the loader's lock, which an unloading thread holds while it
+// waits, so that one waits for the event instead of the thread.
+HANDLE ThreadBody(LPVOID /*parameter*/) {
+  const std::uint32_t turn = g_turn;
+  g_enteredTurn = turn;
+  WatchEscapeUntilTurnEnds(turn);
+  return g_outOfOurCode;
+}
+
 bool IsCancelled() noexcept {
   return g_cancelled;
 }
 
 void StopCancelMonitor() noexcept {
   const KernelHandle thread = TakeMonitor();
-  if (thread && !HasEnded(thread)) {
+  if (thread && !HappensInTime(thread.Get())) {
     // It will end by itself, but until then our code must stay where it is: the library is not unloaded any more.
     HMODULE self = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                       reinterpret_cast<const WCHAR*>(&MonitorThread), &self);
+                       reinterpret_cast<const WCHAR*>(&StartThreadBody), &self);
   }
 }
 
 void StopCancelMonitorAtUnload() noexcept {
-  g_unloading = true;
+  const KernelHandle outOfOurCode(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+  g_outOfOurCode = outOfOurCode.Get();
   const KernelHandle thread = TakeMonitor();
-  if (thread && !HasEnded(thread)) {
+  if (thread && !HappensInTime(outOfOurCode ? outOfOurCode.Get() : thread.Get())) {
+    // It has not run at all for so long. Better no thread than one that wakes up where no code is left.
     TerminateThread(thread.Get(), 0);
   }
-  g_unloading = false;
+  g_outOfOurCode = nullptr;
 }
 
 void startCancelMonitor() noexcept {

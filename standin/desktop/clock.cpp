@@ -1,7 +1,5 @@
 // Time, and the threads that share it. In virtual time one thread runs at a time; the others have their turn when it
 // waits, in the order of their making, and the clock jumps to the next thing that is due when nobody can run.
-#include <pthread.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -265,11 +263,6 @@ DWORD GetCurrentThreadId() {
   return call->Self().id;
 }
 
-HANDLE GetCurrentThread() {
-  STANDIN_COUNTED_CALL(GetCurrentThread);
-  return reinterpret_cast<HANDLE>(~std::uintptr_t{1});
-}
-
 HANDLE CreateThread(void* /*security*/, SIZE_T /*stackSize*/, LPTHREAD_START_ROUTINE start, LPVOID parameter,
                     DWORD /*flags*/, DWORD* threadId) {
   STANDIN_CALL(CreateThread);
@@ -285,7 +278,7 @@ HANDLE CreateThread(void* /*security*/, SIZE_T /*stackSize*/, LPTHREAD_START_ROU
     *threadId = thread->id;
   }
   const auto handle = reinterpret_cast<HANDLE>(call->nextHandle += 4);
-  call->handles[handle] = {KernelObject::Kind::Thread, thread, -1, 0};
+  call->handles[handle] = {.kind = KernelObject::Kind::Thread, .thread = thread};
   call->Give(handle, "handle of a thread");
   return handle;
 }
@@ -294,9 +287,6 @@ BOOL TerminateThread(HANDLE thread, DWORD /*exitCode*/) {
   STANDIN_CALL(TerminateThread);
   if (call.Fails()) {
     return FALSE;
-  }
-  if (thread == reinterpret_cast<HANDLE>(~std::uintptr_t{1})) {
-    throw ThreadTerminated{};
   }
   const auto entry = call->handles.find(thread);
   if (entry == call->handles.end() || !entry->second.thread) {
@@ -307,19 +297,42 @@ BOOL TerminateThread(HANDLE thread, DWORD /*exitCode*/) {
   return TRUE;
 }
 
+HANDLE CreateEventW(void* /*security*/, BOOL /*manualReset*/, BOOL initiallySet, const WCHAR* /*name*/) {
+  STANDIN_CALL(CreateEventW);
+  if (call.Fails()) {
+    return nullptr;
+  }
+  const auto handle = reinterpret_cast<HANDLE>(call->nextHandle += 4);
+  KernelObject event{.kind = KernelObject::Kind::Event};
+  event.set = std::make_shared<bool>(initiallySet != FALSE);
+  call->handles[handle] = std::move(event);
+  call->Give(handle, "handle of an event");
+  return handle;
+}
+
+BOOL SetEvent(HANDLE event) {
+  STANDIN_CALL(SetEvent);
+  const auto entry = call->handles.find(event);
+  if (call.Fails() || entry == call->handles.end() || !entry->second.set) {
+    return FALSE;
+  }
+  *entry->second.set = true;
+  call->changed.notify_all();
+  return TRUE;
+}
+
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds) {
   STANDIN_CALL(WaitForSingleObject);
   constexpr DWORD kWaitFailed = 0xFFFFFFFF;
   const auto entry = call->handles.find(object);
-  if (call.Fails() || entry == call->handles.end() || !entry->second.thread) {
+  if (call.Fails() || entry == call->handles.end() || (!entry->second.thread && !entry->second.set)) {
     return kWaitFailed;
   }
-  const std::shared_ptr<Thread> thread = entry->second.thread;
+  const auto happened = [thread = entry->second.thread, event = entry->second.set] {
+    return event ? *event : thread->ended;
+  };
   const Nanoseconds deadline = milliseconds == INFINITE ? kNever : call->Now() + FromMilliseconds(milliseconds);
-  return call->Wait(
-             deadline, [thread] { return thread->ended; }, "a thread's end")
-             ? WAIT_OBJECT_0
-             : WAIT_TIMEOUT;
+  return call->Wait(deadline, happened, "a thread or an event") ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
 }
 
 }  // extern "C"

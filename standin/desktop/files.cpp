@@ -52,6 +52,7 @@ std::string MachinePath(const WCHAR* path) {
 constexpr const char* kFile = "handle of a file";
 constexpr const char* kProcess = "handle of a process";
 constexpr const char* kThread = "handle of a thread";
+constexpr const char* kEvent = "handle of an event";
 
 HANDLE MakeHandle(Desktop::State& state, KernelObject object, const char* kind) {
   const auto handle = reinterpret_cast<HANDLE>(state.nextHandle += 4);
@@ -88,7 +89,7 @@ HANDLE CreateFileW(const WCHAR* path, DWORD /*access*/, DWORD /*share*/, void* /
   }
   const int file = open(MachinePath(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
   return file < 0 ? INVALID_HANDLE_VALUE
-                  : MakeHandle(call.State(), {KernelObject::Kind::File, nullptr, file, 0}, kFile);
+                  : MakeHandle(call.State(), {.kind = KernelObject::Kind::File, .file = file}, kFile);
 }
 
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD size, DWORD* written, void* /*overlapped*/) {
@@ -109,7 +110,7 @@ BOOL CloseHandle(HANDLE object) {
     call->Misuse("closed an unknown handle");
     return FALSE;
   }
-  const char* kind = kThread;
+  const char* kind = entry->second.kind == KernelObject::Kind::Event ? kEvent : kThread;
   if (entry->second.kind == KernelObject::Kind::File) {
     close(entry->second.file);
     kind = kFile;
@@ -148,7 +149,7 @@ HANDLE OpenProcess(DWORD access, BOOL /*inherit*/, DWORD processId) {
     return nullptr;
   }
   call->Note("OpenProcess", "access=" + std::to_string(access));
-  return MakeHandle(call.State(), {KernelObject::Kind::Process, nullptr, -1, processId}, kProcess);
+  return MakeHandle(call.State(), {.kind = KernelObject::Kind::Process, .process = processId}, kProcess);
 }
 
 DWORD K32GetModuleFileNameExW(HANDLE process, HMODULE /*module*/, WCHAR* path, DWORD size) {

@@ -133,8 +133,9 @@ struct CallAction {
 
 // A kernel object that a handle names.
 struct KernelObject {
-  enum class Kind { Thread, File, Process } kind;
-  std::shared_ptr<Thread> thread;
+  enum class Kind { Thread, Event, File, Process } kind;
+  std::shared_ptr<Thread> thread{};
+  std::shared_ptr<bool> set{};  // of an event
   int file = -1;
   DWORD process = 0;
 };
