@@ -143,10 +143,19 @@ void Form::AddControl(const Control& control) {
   }
 }
 
+// Ctrl+A in a field: not every version of the edit control knows it by itself.
+bool SelectsAll(const MSG& message) {
+  if (message.message != WM_KEYDOWN || message.wParam != 'A' || GetKeyState(VK_CONTROL) >= 0) {
+    return false;
+  }
+  SendMessageW(message.hwnd, EM_SETSEL, 0, -1);
+  return true;
+}
+
 int Form::Run() {
   MSG message{};
   while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-    if (!IsDialogMessageW(window_, &message)) {
+    if (!SelectsAll(message) && !IsDialogMessageW(window_, &message)) {
       TranslateMessage(&message);
       DispatchMessageW(&message);
     }
