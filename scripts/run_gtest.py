@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs one GoogleTest program, stops it when it hangs, and adds what it counted to a file of results.
 
-run_gtest.py --name NAME --results FILE [--filter F] [--stall SECONDS] [--logs FOLDER]... -- PROGRAM...
+run_gtest.py --name NAME --results FILE [--filter F] [--stall SECONDS] [--folder FOLDER] [--logs FOLDER]... -- PROGRAM...
 
 The program writes to a file, because Windows programs under Wine cannot always write to a pipe. Its output is shown when
 something failed. A program that crashes or hangs has failed the test it was in, and what did not run any more is
@@ -80,11 +80,12 @@ def stop(process):
             continue
 
 
-def run(command, output, stall):
+def run(command, output, stall, folder):
     """Runs until the end, or until nothing was written for `stall` seconds: then with the evidence."""
     with open(output, "wb") as file:
         process = subprocess.Popen(
-            command, stdin=subprocess.DEVNULL, stdout=file, stderr=subprocess.STDOUT, start_new_session=True
+            command, stdin=subprocess.DEVNULL, stdout=file, stderr=subprocess.STDOUT, cwd=folder,
+            start_new_session=True,
         )
     size, changed = 0, time.monotonic()
     try:
@@ -109,13 +110,15 @@ def main():
     parser.add_argument("--results", required=True)
     parser.add_argument("--filter", default="*")
     parser.add_argument("--stall", type=float, default=120)
+    parser.add_argument("--folder", default=".")
     parser.add_argument("--logs", action="append", default=[])
     parser.add_argument("command", nargs="+")
     arguments = parser.parse_args()
 
     output = Path(arguments.results).with_name(arguments.name.replace(" ", "-") + ".txt")
     started, began = time.time(), time.monotonic()
-    code, evidence = run(arguments.command + [f"--gtest_filter={arguments.filter}"], output, arguments.stall)
+    command = arguments.command + [f"--gtest_filter={arguments.filter}"]
+    code, evidence = run(command, output, arguments.stall, arguments.folder)
     seconds = time.monotonic() - began
     text = output.read_bytes().decode("utf-8", "replace")
     outcome = Outcome(text)
