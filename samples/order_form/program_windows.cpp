@@ -99,18 +99,23 @@ bool Program::Start(int x, int y) {
   if (!g_form.Start(Beside(L"order_form.exe") + L" --at " + Number(x) + L"," + Number(y))) {
     return false;
   }
-  // Up and in front: the window manager places and activates a window some time after it was made.
+  // Up, in front and at rest: the window manager places and activates a window some time after it was made.
+  constexpr int kRestfulLooks = 20;
   const DWORD start = GetTickCount();
-  while (GetTickCount() - start < kLongestStart) {
-    g_window = FindWindowW(kWindowClass, nullptr);
-    if (g_window != nullptr && IsWindowVisible(g_window) && GetForegroundWindow() == g_window) {
-      constexpr DWORD kSettle = 300;
-      Sleep(kSettle);
-      return true;
+  RECT last{};
+  for (int looks = 0; looks < kRestfulLooks; ++looks) {
+    if (GetTickCount() - start > kLongestStart) {
+      return false;
     }
     Sleep(20);
+    RECT now{};
+    g_window = FindWindowW(kWindowClass, nullptr);
+    const bool ready = g_window != nullptr && IsWindowVisible(g_window) && GetForegroundWindow() == g_window &&
+                       GetWindowRect(g_window, &now) && EqualRect(&now, &last);
+    looks = ready ? looks : 0;
+    last = now;
   }
-  return false;
+  return true;
 }
 
 void Program::Stop() {
