@@ -30,11 +30,22 @@ wine_env_fail() {
   return 1
 }
 
+# One user at a time: programs of two users would see each other's windows, and the first to finish would end the Wine
+# server, and with it the programs, of the other. The lock is descriptor 8, closed in what is started here, so that
+# nothing left behind by a killed shell keeps it.
+wine_env_lock() {
+  mkdir -p "$(dirname "$WINEPREFIX")"
+  exec 8>"$WINEPREFIX.lock" || return 1
+  flock --nonblock 8 && return 0
+  wine_env_say "waiting for another user of $WINEPREFIX"
+  flock --wait 1800 8 || wine_env_fail "$WINEPREFIX stays in use"
+}
+
 # Xvfb chooses a free display itself and writes its number when it is ready.
 wine_env_start_display() {
   local number_file number=""
   number_file="$(mktemp)"
-  Xvfb -displayfd 7 -screen 0 "$WINE_ENV_SCREEN" -nolisten tcp -noreset 7>"$number_file" >/dev/null 2>&1 &
+  Xvfb -displayfd 7 -screen 0 "$WINE_ENV_SCREEN" -nolisten tcp -noreset 7>"$number_file" >/dev/null 2>&1 8>&- &
   WINE_ENV_PIDS+=($!)
   for _ in $(seq 100); do
     number="$(cat "$number_file")"
@@ -44,7 +55,7 @@ wine_env_start_display() {
   rm -f "$number_file"
   [ -n "$number" ] || wine_env_fail "Xvfb did not start" || return 1
   export DISPLAY=":$number"
-  openbox >/dev/null 2>&1 &
+  openbox >/dev/null 2>&1 8>&- &
   WINE_ENV_PIDS+=($!)
   for _ in $(seq 100); do
     xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
@@ -60,16 +71,18 @@ wine_env_make_prefix() {
   fi
   wine_env_say "making a prefix in $WINEPREFIX"
   mkdir -p "$WINEPREFIX"
-  wineboot -i >/dev/null 2>&1 </dev/null || wine_env_fail "wineboot failed" || return 1
+  wineboot -i >/dev/null 2>&1 </dev/null 8>&- || wine_env_fail "wineboot failed" || return 1
   wineserver -w
   touch "$WINEPREFIX/korvane-ready"
 }
 
 wine_start() {
   local program
-  for program in wine wineserver Xvfb openbox xprop; do
+  for program in wine wineserver Xvfb openbox xprop flock; do
     command -v "$program" >/dev/null || wine_env_fail "$program is not installed" || return 1
   done
+  # Before the trap: a user who never had the prefix has nothing of it to stop.
+  wine_env_lock || return 1
   trap wine_stop EXIT
   trap 'exit 130' INT
   trap 'exit 143' TERM HUP
@@ -86,6 +99,7 @@ wine_stop() {
     wait "$pid" 2>/dev/null
   done
   WINE_ENV_PIDS=()
+  exec 8>&-
   wine_env_say "display and Wine server stopped"
 }
 
@@ -93,7 +107,7 @@ wine_stop() {
 in_wine() {
   local output status
   output="$(mktemp)"
-  wine "$@" >"$output" 2>&1 </dev/null
+  wine "$@" >"$output" 2>&1 </dev/null 8>&-
   status=$?
   tr -d '\r' <"$output"
   rm -f "$output"
