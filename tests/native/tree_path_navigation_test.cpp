@@ -193,6 +193,10 @@ TEST_F(TreePathNavigationTest, TheClassNameIsTheCachedOneUnlessItIsMissing) {
   TheDesktop().AfterCall("IUIAutomationElementArray::get_Length", 2,
                          [=] { TheDesktop().SetProperty(memo, UIA_ClassNamePropertyId, u"Renamed"); });
   EXPECT_EQ(Follow(InPanel(0, u"Memo", 3)), "3");
+  TheDesktop().AfterCall("IUIAutomationElementArray::get_Length", 2,
+                         [=] { TheDesktop().SetProperty(memo, UIA_ClassNamePropertyId, u"Memo"); });
+  EXPECT_EQ(Follow(InPanel(0, u"Memo", 3)), "none");
+  TheDesktop().SetProperty(memo, UIA_ClassNamePropertyId, u"Renamed");
   TheDesktop().HideFromCache(memo);
   const auto before = TheDesktop().Gate().Count("IUIAutomationElement::get_CurrentClassName");
   EXPECT_EQ(Follow(InPanel(0, u"Renamed", 3)), "3");

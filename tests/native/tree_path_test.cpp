@@ -134,6 +134,20 @@ TEST_F(TreePathTest, TheDesktopLevelIsToldByItsClassAlone) {
                           "[BuildTreePath] SUCCESS: Built tree path with 0 levels (Desktop level removed)"));
 }
 
+TEST_F(TreePathTest, ARemovedLevelLeavesNothingBehind) {
+  // A walk that ends below the desktop, at a window that bears its class.
+  TheDesktop().DestroyWindow(dialog_);
+  dialog_ = AddDialog(u"#32769");
+  AddControl(dialog_, u"Edit", 7, kSpot);
+  TheDesktop().Gate().FailNth("IUIAutomationTreeWalker::GetParentElement", 4);
+  EXPECT_TRUE(BuildTreePath(AtSpot().Get(), &record_));
+  TargetRecord expected = record_;
+  ClearTreePath(expected);
+  AddLevel(expected, 50004, u"Edit", 1);
+  expected.identificationMethod = record_.identificationMethod;
+  EXPECT_EQ(std::memcmp(&record_, &expected, sizeof record_), 0);
+}
+
 TEST_F(TreePathTest, LongClassNamesAreCutAndThenMatchNoSibling) {
   for (const std::size_t length : {63, 64, 80}) {
     AddControl(dialog_, standin::Text(length, u'c'), 0, kSpot);
