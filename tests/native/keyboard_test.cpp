@@ -1,0 +1,176 @@
+// Keyboard input, record by record.
+#include "tests/native/fixture.h"
+
+namespace tests {
+namespace {
+
+using Keys = std::vector<int>;  // virtual keys; a release is the negative one
+using Batches = std::vector<Keys>;
+
+class KeyboardTest : public DesktopTest {
+ protected:
+  // The batches since the last call; no record may hold anything beside its key and its direction.
+  Batches Sent() {
+    const auto all = TheDesktop().InputBatches();
+    Batches batches;
+    for (; seen_ < all.size(); ++seen_) {
+      Keys& keys = batches.emplace_back();
+      for (const INPUT& record : all[seen_]) {
+        EXPECT_EQ(record.type, INPUT_KEYBOARD);
+        EXPECT_EQ(record.ki.wScan, 0);
+        EXPECT_EQ(record.ki.time, 0U);
+        EXPECT_EQ(record.ki.dwExtraInfo, 0U);
+        EXPECT_EQ(record.ki.dwFlags & ~KEYEVENTF_KEYUP, 0U);
+        keys.push_back(record.ki.dwFlags == 0 ? record.ki.wVk : -int{record.ki.wVk});
+      }
+    }
+    return batches;
+  }
+
+ private:
+  std::size_t seen_ = 0;
+};
+
+struct Shortcut {
+  const char* name;
+  int (*send)();
+  Keys keys;
+};
+
+const Shortcut kShortcuts[] = {
+    {"sendAltA", sendAltA, {0x12, 0x41, -0x41, -0x12}},
+    {"sendAltB", sendAltB, {0x12, 0x42, -0x42, -0x12}},
+    {"sendAltD", sendAltD, {0x12, 0x44, -0x44, -0x12}},
+    {"sendAltE", sendAltE, {0x12, 0x45, -0x45, -0x12}},
+    {"sendAltP", sendAltP, {0x12, 0x50, -0x50, -0x12}},
+    {"sendAltT", sendAltT, {0x12, 0x54, -0x54, -0x12}},
+    {"sendAltZ", sendAltZ, {0x12, 0x5A, -0x5A, -0x12}},
+    {"sendCtrlA", sendCtrlA, {0x11, 0x41, -0x41, -0x11}},
+    {"sendCtrlAltN", sendCtrlAltN, {0x11, 0x12, 0x4E, -0x4E, -0x12, -0x11}},
+    {"sendCtrlL", sendCtrlL, {0x11, 0x4C, -0x4C, -0x11}},
+    {"sendCtrlN", sendCtrlN, {0x11, 0x4E, -0x4E, -0x11}},
+    {"sendCtrlQ", sendCtrlQ, {0x11, 0x51, -0x51, -0x11}},
+    {"sendCtrlS", sendCtrlS, {0x11, 0x53, -0x53, -0x11}},
+    {"sendCtrlShiftF3", sendCtrlShiftF3, {0x11, 0x10, 0x72, -0x72, -0x10, -0x11}},
+    {"sendCtrlV", sendCtrlV, {0x11, 0x56, -0x56, -0x11}},
+    {"sendShiftF2", sendShiftF2, {0x10, 0x71, -0x71, -0x10}},
+    {"sendShiftF4", sendShiftF4, {0x10, 0x73, -0x73, -0x10}},
+    {"sendShiftInsert", sendShiftInsert, {0x10, 0x2D, -0x2D, -0x10}},
+};
+
+TEST_F(KeyboardTest, EachShortcutIsOneBatch) {
+  EXPECT_EQ(Elapsed([&] {
+              for (const Shortcut& shortcut : kShortcuts) {
+                SCOPED_TRACE(shortcut.name);
+                EXPECT_EQ(shortcut.send(), 0);
+                EXPECT_EQ(Sent(), Batches{shortcut.keys});
+              }
+            }),
+            0);
+  EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(KeyboardTest, PartlyAcceptedShortcutFailsAndLeavesNoKeyDown) {
+  for (const Shortcut& shortcut : kShortcuts) {
+    for (std::uint32_t accepted = 0; accepted < shortcut.keys.size(); ++accepted) {
+      SCOPED_TRACE(std::string(shortcut.name) + ", " + std::to_string(accepted));
+      TheDesktop().BlockInput(accepted);
+      EXPECT_EQ(shortcut.send(), -3);
+      for (const int key : shortcut.keys) {
+        EXPECT_FALSE(TheDesktop().IsDown(std::abs(key))) << key;
+      }
+    }
+  }
+  EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(KeyboardTest, SingleKeys) {
+  struct Case {
+    int key;
+    int code;
+    Batches sent;
+  };
+  const Case cases[] = {{0, -2, {}},
+                        {-1, -2, {}},
+                        {INT32_MIN, -2, {}},
+                        {1, 0, {{1, -1}}},
+                        {0x1B, 0, {{0x1B, -0x1B}}},
+                        {9999, 0, {{0x11, 0x41, -0x41, -0x11}}},
+                        {9998, 0, {{9998, -9998}}},
+                        {0x10041, 0, {{0x41, -0x41}}},
+                        {INT32_MAX, 0, {{0xFFFF, -0xFFFF}}}};
+  for (const auto& [key, code, sent] : cases) {
+    SCOPED_TRACE(key);
+    EXPECT_EQ(sendKey(key), code);
+    EXPECT_EQ(Sent(), sent);
+  }
+  for (const std::uint32_t accepted : {0U, 1U}) {
+    TheDesktop().BlockInput(accepted);
+    EXPECT_EQ(sendKey(0x41), -3);
+    EXPECT_FALSE(TheDesktop().IsDown(0x41));
+  }
+  EXPECT_THAT(Log(), IsEmpty());
+}
+
+const Keys kA = {0x41, -0x41};
+const Keys kShiftA = {0x10, 0x41, -0x41, -0x10};
+
+TEST_F(KeyboardTest, Sequences) {
+  TheDesktop().SetKey(u'@', 0x0600 | 0x51);       // Ctrl+Alt+Q
+  TheDesktop().SetKey(u'#', 0x0700 | 0x33);       // Ctrl+Alt+Shift+3
+  TheDesktop().SetKey(u'\u00A7', 0x0900 | 0x36);  // bits beyond Alt mean other keyboards' states
+  TheDesktop().SetKey(u'\u00B5', 0x02FF);         // a key of its own code, though the low byte is all ones
+  for (const WCHAR dead : {u'\u4E2D', u'\xD83D', u'\xDE00'}) {
+    TheDesktop().SetKey(dead, -1);
+  }
+  struct Case {
+    const char16_t* text;
+    int pause;
+    Batches sent;
+    double sleptMs;
+  };
+  const Case cases[] = {
+      {u"a", 5, {kA}, 0},
+      {u"aA", 7, {kA, kShiftA}, 7},
+      {u"aaa", 0, {kA, kA, kA}, 2},
+      {u"aaa", -20, {kA, kA, kA}, 2},
+      {u"@", 1, {{0x11, 0x12, 0x51, -0x51, -0x12, -0x11}}, 0},
+      {u"#", 1, {{0x11, 0x12, 0x10, 0x33, -0x33, -0x10, -0x12, -0x11}}, 0},
+      {u"\u00A7", 1, {{0x10, 0x36, -0x36, -0x10}}, 0},
+      {u"\u00B5", 1, {{0x11, 0xFF, -0xFF, -0x11}}, 0},
+      {u"\u4E2D\xD83D\xDE00", 5, {}, 0},
+      {u"a\u4E2D", 5, {kA}, 5},  // the pause follows every typed character but the text's last one
+      {u"\u4E2Da", 5, {kA}, 0},
+      {u"a\u4E2Da", 5, {kA, kA}, 5},
+  };
+  for (const auto& [text, pause, sent, slept] : cases) {
+    SCOPED_TRACE(testing::PrintToString(standin::Text(text)));
+    const auto lookedUp = TheDesktop().Gate().Count("VkKeyScanW");
+    EXPECT_EQ(Elapsed([&, text = text, pause = pause] { EXPECT_EQ(sendKeySequence(text, pause), 0); }), slept);
+    EXPECT_EQ(Sent(), sent);
+    EXPECT_EQ(TheDesktop().Gate().Count("VkKeyScanW") - lookedUp, standin::Text(text).size());
+  }
+  EXPECT_EQ(sendKeySequence(nullptr, 1), -2);
+  EXPECT_EQ(sendKeySequence(u"", 1), -2);
+  EXPECT_EQ(Sent(), Batches{});
+  EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(KeyboardTest, SequenceStopsAtTheFirstRefusedCharacter) {
+  for (const std::uint32_t accepted : {0U, 1U, 2U, 3U}) {
+    SCOPED_TRACE(accepted);
+    TheDesktop().AcceptInput();
+    const auto before = TheDesktop().SentInput().size();
+    TheDesktop().AfterCall("SendInput", 1, [accepted] { TheDesktop().BlockInput(accepted); });
+    EXPECT_EQ(sendKeySequence(u"aAa", 1), -3);
+    EXPECT_FALSE(TheDesktop().IsDown(VK_SHIFT));
+    EXPECT_FALSE(TheDesktop().IsDown('A'));
+    const auto all = TheDesktop().SentInput();
+    ASSERT_GE(all.size(), before + 2);
+    EXPECT_EQ(all[before].ki.wVk, 'A');
+    EXPECT_EQ(all[before + 1].ki.wVk, 'A');
+  }
+}
+
+}  // namespace
+}  // namespace tests

@@ -1,0 +1,150 @@
+// Pasting by a window message, and the paste that only types.
+#include "tests/native/fixture.h"
+
+namespace tests {
+namespace {
+
+const std::string kTag = "[pasteToTargetDirect] ";
+
+class PasteDirectTest : public FieldTest {
+ protected:
+  void SetUp() override {
+    FieldTest::SetUp();
+    TheDesktop().SetText(edit_, u"before");
+    TheDesktop().SetSelection(edit_, 2, 4);
+  }
+
+  // The lines of a paste up to the element, for the record of this test.
+  Lines Opening(int mode) const {
+    return {"Function entered", "Target window: " + Decimal(window_), "AutomationId: 7",
+            "Mode: " + std::to_string(mode)};
+  }
+};
+
+TEST_F(PasteDirectTest, WholeLog) {
+  TheDesktop().SetForeground(TheDesktop().AddWindow({.className = u"Other"}));
+  EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"X\xD83D", 1), 0);
+  EXPECT_THAT(
+      Log(),
+      ElementsAre(kTag + "Function entered", kTag + "Target window: " + Decimal(window_), kTag + "AutomationId: 7",
+                  kTag + "Mode: 1", "[FindTargetElement] Starting with identification method: 0",
+                  "[FindTargetElement] Trying Method 0: AutomationId",
+                  "[FindElementByAutomationId] Starting AutomationId search", "AutomationId search completed in 0ms",
+                  "[FindTargetElement] SUCCESS with Method 0: AutomationId",
+                  kTag + "Found control HWND: " + Decimal(edit_), kTag + "Using EM_REPLACESEL mode (insert at cursor)",
+                  testing::StartsWith(kTag + "SendMessage result: ")));
+  EXPECT_EQ(TheDesktop().TextOf(edit_), u"beX\xD83Dre");
+  EXPECT_EQ(TheDesktop().Foreground(), window_);
+  EXPECT_TRUE(TheDesktop().SentInput().empty());
+}
+
+TEST_F(PasteDirectTest, OnlyModeOneInserts) {
+  for (const int mode : {0, 2, -1, INT32_MIN}) {
+    SCOPED_TRACE(mode);
+    TheDesktop().SetText(edit_, u"before");
+    EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"after", mode), 0);
+    EXPECT_EQ(TheDesktop().TextOf(edit_), u"after");
+    Lines expected = Opening(mode);
+    expected.insert(expected.end(), {"Found control HWND: " + Decimal(edit_), "Using WM_SETTEXT mode (replace all)",
+                                     "SendMessage result: 1"});
+    EXPECT_EQ(WithPrefix(Log(), kTag), expected);
+  }
+  EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"", 0), 0);
+  EXPECT_EQ(TheDesktop().TextOf(edit_), u"");
+}
+
+TEST_F(PasteDirectTest, FocusesBeforeItSends) {
+  Lines calls;
+  EXPECT_EQ(Elapsed([&] { calls = CallsOf([&] { pasteToTargetDirect(&target_, window_, u"x", 1); }); }), 50);
+  ASSERT_GE(calls.size(), 5U);
+  EXPECT_THAT(Lines(calls.end() - 5, calls.end()),
+              ElementsAre("IUIAutomationElement::get_CurrentNativeWindowHandle", "GetAncestor", "SetForegroundWindow",
+                          "Sleep", "SendMessageW"));
+
+  TheDesktop().RefuseForeground(-1);
+  EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"refused", 0), 0);
+  EXPECT_EQ(TheDesktop().TextOf(edit_), u"refused");
+
+  TheDesktop().Gate().FailNth("GetAncestor", 1);
+  const auto focused = TheDesktop().Gate().Count("SetForegroundWindow");
+  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"no top", 0), 0); }), 0);
+  EXPECT_EQ(TheDesktop().Gate().Count("SetForegroundWindow"), focused);
+  EXPECT_EQ(TheDesktop().TextOf(edit_), u"no top");
+}
+
+TEST_F(PasteDirectTest, RefusingControlIsOnlyLogged) {
+  TheDesktop().RefuseText(edit_);
+  for (const int mode : {0, 1}) {
+    EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"x", mode), 0);
+    EXPECT_EQ(Log().back(), kTag + "SendMessage result: 0");
+    EXPECT_EQ(TheDesktop().TextOf(edit_), u"before");
+  }
+}
+
+TEST_F(PasteDirectTest, TargetWindowStandsIn) {
+  setTargetWindow(window_);
+  EXPECT_EQ(pasteToTargetDirect(&target_, nullptr, u"after", 0), 0);
+  EXPECT_EQ(TheDesktop().TextOf(edit_), u"after");
+  EXPECT_EQ(WithPrefix(Log(), kTag)[1], "Target window: " + Decimal(window_));
+}
+
+TEST_F(PasteDirectTest, Arguments) {
+  EXPECT_EQ(pasteToTargetDirect(nullptr, nullptr, nullptr, 1), -2);
+  EXPECT_EQ(pasteToTargetDirect(&target_, nullptr, nullptr, 1), -2);
+  EXPECT_EQ(pasteToTargetDirect(&target_, nullptr, u"x", 1), -2);
+  EXPECT_THAT(
+      Log(),
+      ElementsAre(kTag + "Function entered", "ERROR pasteToTargetDirect Code:-2 Details:Invalid target parameter",
+                  kTag + "Function entered", "ERROR pasteToTargetDirect Code:-2 Details:Invalid text parameter",
+                  kTag + "Function entered", kTag + "ERROR: No target window specified"));
+}
+
+TEST_F(PasteDirectTest, NoControlNoMessage) {
+  TheDesktop().AddElement(window_, {.name = u"Row", .automationId = u"row"});
+  const auto expectNotFound = [this](const TargetRecord& target, const char* last) {
+    EXPECT_EQ(pasteToTargetDirect(&target, window_, u"x", 0), -1);
+    const Lines log = WithPrefix(Log(), kTag);
+    EXPECT_EQ(log.size(), 5U);
+    EXPECT_EQ(log.back(), last);
+  };
+  expectNotFound(RecordById(u"row"), "ERROR: Could not get native window handle from element");
+  expectNotFound(RecordById(u"nobody"), "ERROR: Could not find target element");
+  TheDesktop().FailProperty(field_, 30020);
+  expectNotFound(target_, "ERROR: Could not get native window handle from element");
+  cleanupAutomation();
+  OpenLog();
+  expectNotFound(target_, "ERROR: Could not find target element");
+  EXPECT_EQ(TheDesktop().Gate().Count("SendMessageW"), 0U);
+  EXPECT_EQ(TheDesktop().Gate().Count("SetForegroundWindow"), 0U);
+  EXPECT_EQ(TheDesktop().TextOf(edit_), u"before");
+}
+
+class PasteSimpleTest : public FieldTest {};
+
+TEST_F(PasteSimpleTest, TypesIntoWhateverHasTheFocus) {
+  TheDesktop().SetClipboard(u"pasted");
+  TheDesktop().ClickAsUser(130, 130);
+  const TargetRecord elsewhere = RecordById(u"nobody");
+  const auto gone = reinterpret_cast<HWND>(std::uintptr_t{0xDEAD0});
+  EXPECT_THAT(CallsOf([&] { EXPECT_EQ(pasteToTargetSimple(&elsewhere, gone), 0); }), ElementsAre("SendInput"));
+  EXPECT_EQ(TheDesktop().TextOf(edit_), u"pasted");
+  setTargetWindow(window_);
+  EXPECT_EQ(pasteToTargetSimple(&elsewhere, nullptr), 0);
+  EXPECT_EQ(TheDesktop().TextOf(edit_), u"pastedpasted");
+  for (const std::uint32_t accepted : {0U, 3U}) {
+    TheDesktop().BlockInput(accepted);
+    EXPECT_EQ(pasteToTargetSimple(&elsewhere, window_), -3);
+  }
+  EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(PasteSimpleTest, Arguments) {
+  EXPECT_EQ(pasteToTargetSimple(&target_, nullptr), -2);
+  EXPECT_THAT(Log(), IsEmpty());
+  EXPECT_EQ(pasteToTargetSimple(nullptr, nullptr), -2);
+  EXPECT_THAT(Log(), ElementsAre("ERROR pasteToTargetSimple Code:-2 Details:Invalid target parameter"));
+  EXPECT_TRUE(TheDesktop().SentInput().empty());
+}
+
+}  // namespace
+}  // namespace tests

@@ -1,0 +1,282 @@
+// The verified paste: its whole log, its times and polls, and every way in which it can end.
+#include "tests/native/fixture.h"
+
+namespace tests {
+namespace {
+
+const std::string kTag = "[pasteToTargetWithVerifyEx] ";
+constexpr auto kReadValue = "IUIAutomationElement::GetCurrentPropertyValue";
+
+class PasteWithVerifyTest : public FieldTest {
+ protected:
+  void SetUp() override {
+    FieldTest::SetUp();
+    TheDesktop().SetClipboard(u"Hello");
+  }
+
+  int Paste(int timeoutMs = 0) {
+    return pasteToTargetWithVerifyEx(&target_, window_, timeoutMs);
+  }
+
+  // The paste's own lines since the last call.
+  Lines PasteLog() {
+    return WithPrefix(Log(), kTag);
+  }
+
+  // What every paste writes before its verification begins.
+  Lines Opening(const std::string& shownText, int timeoutMs) const {
+    return {"Function entered",
+            "clickTarget succeeded",
+            "Using target window handle: " + Decimal(window_),
+            "Clipboard text retrieved: \"" + shownText + "\"",
+            "SendInput succeeded - Ctrl+V sent",
+            "Starting verification loop (" + std::to_string(timeoutMs) + "ms timeout)"};
+  }
+
+  static Lines Joined(Lines lines, const Lines& more) {
+    lines.insert(lines.end(), more.begin(), more.end());
+    return lines;
+  }
+
+  void HideValue() {
+    TheDesktop().SetNullString(field_, UIA_ValueValuePropertyId);
+  }
+  void ShowLater(double milliseconds, const char16_t* value) {
+    TheDesktop().After(milliseconds,
+                       [this, value] { TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, value); });
+  }
+};
+
+TEST_F(PasteWithVerifyTest, WholeLogOfASuccess) {
+  EXPECT_EQ(pasteToTargetWithVerify(&target_, window_), 0);
+  EXPECT_EQ(TheDesktop().TextOf(edit_), u"Hello");
+  const Lines find = {
+      "[FindTargetElement] Starting with identification method: 0", "[FindTargetElement] Trying Method 0: AutomationId",
+      "[FindElementByAutomationId] Starting AutomationId search", "AutomationId search completed in 0ms",
+      "[FindTargetElement] SUCCESS with Method 0: AutomationId"};
+  Lines expected = Joined({kTag + "Function entered"}, find);
+  expected = Joined(expected, {kTag + "clickTarget succeeded", kTag + "Using target window handle: " + Decimal(window_),
+                               kTag + "Clipboard text retrieved: \"Hello\"", kTag + "SendInput succeeded - Ctrl+V sent",
+                               kTag + "Starting verification loop (150ms timeout)"});
+  expected = Joined(Joined(expected, find), {kTag + "Expected text length: 5, partial start index: 2",
+                                             kTag + "VERIFICATION SUCCESS after 0ms, polls: 1"});
+  EXPECT_EQ(Log(), expected);
+}
+
+TEST_F(PasteWithVerifyTest, WhatCountsAsShown) {
+  struct Case {
+    standin::Text clipboard;
+    standin::Text value;  // what the field shows
+    bool shown;
+  };
+  // clang-format off
+  const Case cases[] = {
+      // the second half with whatever around it, and any piece
+      {u"Hello", u"Hello", true}, {u"Hello", u"llo", true}, {u"Hello", u">> Hello <<", true},
+      {u"Hello", u"xlloy", true}, {u"Hello", u"He", true}, {u"", u"anything", true},
+      {u"Hello", u"lo!", false}, {u"Hello", u"HELLO", false}, {u"Hello", u"Hell0", false},
+      {u"1234567", u"x4567", true}, {u"1234567", u"x567", false}, {u"\xD83D\xDE00", u"\xDE00", true},
+      {u"\xD83D", u"\xDE00", false}, {u"e\u0301", u"\u00E9", false},
+  };
+  // clang-format on
+  for (const auto& [clipboard, value, shown] : cases) {
+    SCOPED_TRACE(testing::PrintToString(clipboard) + " as " + testing::PrintToString(value));
+    TheDesktop().SetClipboard(clipboard);
+    TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, value);
+    EXPECT_EQ(Paste(2), shown ? 0 : -3);
+    EXPECT_EQ(PasteLog().back(),
+              shown ? "VERIFICATION SUCCESS after 0ms, polls: 1" : "VERIFICATION FAILED after 2ms, total polls: 1");
+  }
+}
+
+TEST_F(PasteWithVerifyTest, FieldThatReformats) {
+  TheDesktop().OnEdited(edit_, [](HWND edit) {
+    if (TheDesktop().TextOf(edit) == u"Hello") {
+      TheDesktop().SetText(edit, u"[Hello]");
+    }
+  });
+  EXPECT_EQ(Paste(), 0);
+  EXPECT_EQ(TheDesktop().TextOf(edit_), u"[Hello]");
+}
+
+TEST_F(PasteWithVerifyTest, LongTextIsShownInPartAndVerifiedWhole) {
+  const standin::Text head(100, u'h');
+  const standin::Text text = head + standin::Text(150, u't');
+  const std::string shown = std::string(100, 'h');
+  TheDesktop().SetClipboard(text);
+  EXPECT_EQ(Paste(), 0);
+  EXPECT_EQ(PasteLog(), Joined(Opening(shown + "...", 150), {"Expected text length: 250, partial start index: 125",
+                                                             "VERIFICATION SUCCESS after 0ms, polls: 1"}));
+  TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, standin::Text(124, u't') + u"...");
+  EXPECT_EQ(Paste(2), -3) << "125 units of the end are looked for";
+  PasteLog();
+
+  TheDesktop().SetClipboard(head);
+  TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, head);
+  EXPECT_EQ(Paste(), 0);
+  EXPECT_EQ(PasteLog()[3], "Clipboard text retrieved: \"" + shown + "\"");
+}
+
+TEST_F(PasteWithVerifyTest, PollsEveryTwoMillisecondsUntilTheLimit) {
+  struct Case {
+    int timeoutMs;
+    double shownAfterMs;  // 0: never
+    int code;
+    double sleptMs;
+    std::uint64_t polls;
+    int limit;  // as logged
+  };
+  const Case cases[] = {
+      {0, 0, -3, 150, 75, 150}, {-7, 0, -3, 150, 75, 150}, {40, 0, -3, 40, 20, 40}, {41, 0, -3, 42, 21, 41},
+      {1, 0, -3, 2, 1, 1},      {0, 29, 0, 30, 16, 150},   {40, 37, 0, 38, 20, 40}, {40, 39, -3, 40, 20, 40},
+  };
+  for (const auto& [timeout, shownAfter, code, slept, polls, limit] : cases) {
+    SCOPED_TRACE(std::to_string(timeout) + " " + std::to_string(shownAfter));
+    TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
+    if (shownAfter > 0) {
+      ShowLater(shownAfter, u"Hello");
+    }
+    clearElementCache();
+    const auto reads = TheDesktop().Gate().Count(kReadValue);
+    const auto searches = TheDesktop().Gate().Count("IUIAutomation::ElementFromHandle");
+    EXPECT_EQ(Elapsed([&, timeout = timeout, code = code] { EXPECT_EQ(Paste(timeout), code); }), slept);
+    EXPECT_EQ(TheDesktop().Gate().Count(kReadValue) - reads, polls) << "one read each";
+    EXPECT_EQ(TheDesktop().Gate().Count("IUIAutomation::ElementFromHandle") - searches, 2U) << "the click's, and one";
+    const std::string times = " after " + std::to_string(static_cast<int>(slept)) + "ms, ";
+    EXPECT_EQ(PasteLog(),
+              Joined(Opening("Hello", limit),
+                     {"Expected text length: 5, partial start index: 2",
+                      code == 0 ? "VERIFICATION SUCCESS" + times + "polls: " + std::to_string(polls)
+                                : "VERIFICATION FAILED" + times + "total polls: " + std::to_string(polls)}));
+  }
+}
+
+TEST_F(PasteWithVerifyTest, TickCounterMayWrap) {
+  TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
+  TheDesktop().SetTickCount(0xFFFFFFFF - 60);
+  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(Paste(), -3); }), 150);
+  EXPECT_EQ(PasteLog().back(), "VERIFICATION FAILED after 150ms, total polls: 75");
+}
+
+TEST_F(PasteWithVerifyTest, PollsWithoutAValueAreLoggedSparingly) {
+  const std::function<void()> absences[] = {
+      [this] { HideValue(); },
+      [this] { TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, u""); },
+      [this] { TheDesktop().SetUnsupported(field_, UIA_ValueValuePropertyId); },
+      [this] { TheDesktop().FailProperty(field_, UIA_ValueValuePropertyId); },
+  };
+  for (const auto& makeAbsent : absences) {
+    makeAbsent();
+    EXPECT_EQ(Paste(44), -3);
+    EXPECT_EQ(PasteLog(),
+              Joined(Opening("Hello", 44),
+                     {"Expected text length: 5, partial start index: 2", "getInputTargetText returned null (poll #1)",
+                      "getInputTargetText returned null (poll #10)", "getInputTargetText returned null (poll #20)",
+                      "VERIFICATION FAILED after 44ms, total polls: 22"}));
+  }
+  TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
+  TheDesktop().AfterCall(kReadValue, 4, [this] { TheDesktop().DestroyWindow(edit_); });
+  EXPECT_EQ(Paste(24), -3);
+  EXPECT_THAT(PasteLog(), testing::IsSupersetOf({"getInputTargetText returned null (poll #10)",
+                                                 "VERIFICATION FAILED after 24ms, total polls: 12"}));
+}
+
+TEST_F(PasteWithVerifyTest, TargetWindowStandsIn) {
+  EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), -2);
+  EXPECT_THAT(Log(),
+              ElementsAre(kTag + "Function entered", "ERROR clickTarget Code:-2 Details:No target window specified",
+                          kTag + "clickTarget failed with code: -2"));
+  setTargetWindow(window_);
+  EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), 0);
+  EXPECT_EQ(PasteLog()[2], "Using target window handle: " + Decimal(window_));
+
+  TheDesktop().AfterCall("SetCursorPos", 1, [] { setTargetWindow(nullptr); });
+  EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), -2);
+  EXPECT_THAT(PasteLog(),
+              ElementsAre("Function entered", "clickTarget succeeded", "ERROR: No target window specified"));
+}
+
+TEST_F(PasteWithVerifyTest, ClickThatFails) {
+  EXPECT_EQ(pasteToTargetWithVerify(nullptr, window_), -2);
+  EXPECT_THAT(Log(), ElementsAre(kTag + "Function entered",
+                                 "ERROR pasteToTargetWithVerifyEx Code:-2 Details:Invalid target parameter"));
+  const TargetRecord nobody = EmptyRecord();
+  EXPECT_EQ(pasteToTargetWithVerify(&nobody, window_), -1);
+  EXPECT_EQ(PasteLog().back(), "clickTarget failed with code: -1");
+  TheDesktop().BlockInput(0);
+  EXPECT_EQ(Paste(), -3);
+  EXPECT_EQ(PasteLog().back(), "clickTarget failed with code: -3");
+  EXPECT_EQ(TheDesktop().Gate().Count("OpenClipboard"), 0U);
+}
+
+TEST_F(PasteWithVerifyTest, ClipboardWithoutText) {
+  const std::string first = "First clipboard check failed, waiting 4ms and retrying...";
+  struct Case {
+    const char* name;
+    std::function<void()> arrange;
+    int code;
+    double sleptMs;
+    std::uint64_t opens;
+  };
+  auto& desktop = TheDesktop();
+  const Case cases[] = {
+      {"held", [&] { desktop.HoldClipboard(-1); }, -3, 20, 6},
+      {"held for 10 ms", [&] { desktop.HoldClipboard(10); }, 0, 12, 4},
+      {"first lock fails", [&] { desktop.Gate().FailNth("GlobalLock", 1); }, 0, 4, 2},
+      {"first data fails", [&] { desktop.Gate().FailNth("GetClipboardData", 1); }, 0, 4, 2},
+      {"first memory fails", [&] { desktop.Gate().FailNth("CoTaskMemAlloc", 1); }, 0, 4, 2},
+      {"memory fails", [&] { desktop.Gate().FailFromNth("CoTaskMemAlloc", 1); }, -3, 4, 2},
+      {"empty", [&] { desktop.ClearClipboard(); }, -3, 4, 2},
+  };
+  for (const auto& [name, arrange, code, slept, opens] : cases) {
+    SCOPED_TRACE(name);
+    desktop.SetText(edit_, u"");
+    desktop.SetClipboard(u"Hello");
+    const auto opened = desktop.Gate().Count("OpenClipboard");
+    arrange();
+    EXPECT_EQ(Elapsed([&, code = code] { EXPECT_EQ(Paste(), code); }), slept);
+    desktop.Gate().StopFailing();
+    desktop.ReleaseClipboard();
+    EXPECT_EQ(desktop.Gate().Count("OpenClipboard") - opened, opens);
+    EXPECT_EQ(desktop.TextOf(edit_), code == 0 ? u"Hello" : u"") << "keys are typed only for a text";
+    const Lines log = PasteLog();
+    ASSERT_GE(log.size(), 5U);
+    EXPECT_EQ(log[3], first);
+    EXPECT_EQ(log[4], code == 0 ? "Clipboard text available after retry" : "ERROR: No text in clipboard after retry");
+  }
+}
+
+TEST_F(PasteWithVerifyTest, KeysThatAreRefused) {
+  for (const std::uint32_t accepted : {0U, 1U, 2U, 3U}) {
+    SCOPED_TRACE(accepted);
+    TheDesktop().AcceptInput();
+    clearElementCache();  // so that the click goes through SendInput
+    TheDesktop().AfterCall("SendInput", 1, [accepted] { TheDesktop().BlockInput(accepted); });
+    EXPECT_EQ(Paste(), -3);
+    EXPECT_EQ(PasteLog().back(), "SendInput failed - expected 4, got: " + std::to_string(accepted));
+    EXPECT_FALSE(TheDesktop().IsDown(VK_CONTROL));
+    EXPECT_FALSE(TheDesktop().IsDown('V'));
+  }
+}
+
+TEST_F(PasteWithVerifyTest, ElementGoneAfterTheKeys) {
+  TheDesktop().AfterCall("SendInput", 2, [this] { TheDesktop().DestroyWindow(edit_); });
+  EXPECT_EQ(Paste(), -1);
+  EXPECT_EQ(PasteLog(), Joined(Opening("Hello", 150), {"ERROR: Could not find target element for verification"}));
+}
+
+TEST_F(PasteWithVerifyTest, EscapeEndsThePastingSilently) {
+  TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
+  startCancelMonitor();
+  TheDesktop().HoldEscape(35, 20);
+  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(Paste(), -4); }), 40) << "the monitor looks every 10 ms, the paste every 2 ms";
+  EXPECT_EQ(PasteLog(), Joined(Opening("Hello", 150), {"Expected text length: 5, partial start index: 2"}));
+
+  const auto opened = TheDesktop().Gate().Count("OpenClipboard");
+  EXPECT_EQ(Paste(), -4);
+  EXPECT_THAT(Log(), ElementsAre(kTag + "Function entered", kTag + "clickTarget failed with code: -4"));
+  EXPECT_EQ(TheDesktop().Gate().Count("OpenClipboard"), opened);
+}
+
+}  // namespace
+}  // namespace tests
