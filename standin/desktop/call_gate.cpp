@@ -180,12 +180,14 @@ void CallGate::FailPair(std::uint64_t first, std::uint64_t second) {
 
 void CallGate::FailNth(std::string_view name, std::uint64_t n) {
   const std::lock_guard guard(TheState().mutex);
+  TheState().faults.injected = 0;
   TheState().faults.named[std::string(name)].insert(CountOf(name) + n);
   TheState().faults.armed = true;
 }
 
 void CallGate::FailFromNth(std::string_view name, std::uint64_t n) {
   const std::lock_guard guard(TheState().mutex);
+  TheState().faults.injected = 0;
   TheState().faults.namedFrom[std::string(name)] = CountOf(name) + n;
   TheState().faults.armed = true;
 }

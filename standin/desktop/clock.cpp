@@ -203,6 +203,10 @@ void Desktop::UseVirtualTime() {
   const std::lock_guard guard(state_->mutex);
   state_->clock = state_->Now();
   state_->virtualTime = true;
+  // The caller goes on, and the host's other threads, which real time allowed, have no turns any more.
+  state_->Self();
+  std::erase_if(state_->threads, [](const auto& thread) { return thread->start == nullptr && thread != t_self; });
+  state_->running = t_self;
 }
 
 void Desktop::UseRealTime() {
