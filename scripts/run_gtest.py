@@ -44,6 +44,23 @@ class Outcome:
                 self.complete = True
 
 
+def telling_lines(text):
+    """What of the output is about failures: failed tests, what is outside any test, the last test of a cut-off run."""
+    lines, test, outside = [], [], True
+    for line in text.splitlines():
+        if RUN.match(line):
+            test, outside = [line], False
+        elif not outside and (match := END.match(line.rstrip("\r"))):
+            lines += test + [line] if match[1] == "FAILED" else []
+            test, outside = [], True
+        elif not outside:
+            test.append(line)
+        elif line and not line.startswith("["):
+            lines.append(line)
+    lines += test
+    return lines if len(lines) <= 300 else lines[:100] + ["..."] + lines[-200:]
+
+
 def newest_logs(folders, since):
     """The ends of the log files that were written since then."""
     files = [
@@ -81,7 +98,9 @@ def stop(process):
 
 
 def run(command, output, stall, folder):
-    """Runs until the end, or until nothing was written for `stall` seconds: then with the evidence."""
+    """Runs until the end, or until nothing was written for `stall` seconds (nor an end seen in ten times as many): then
+    with the evidence."""
+    began = time.monotonic()
     with open(output, "wb") as file:
         process = subprocess.Popen(
             command, stdin=subprocess.DEVNULL, stdout=file, stderr=subprocess.STDOUT, cwd=folder,
@@ -94,7 +113,7 @@ def run(command, output, stall, folder):
             now = os.stat(output).st_size
             if now != size:
                 size, changed = now, time.monotonic()
-            elif time.monotonic() - changed > stall:
+            if time.monotonic() - changed > stall or time.monotonic() - began > 10 * stall:
                 evidence = stacks(process)
                 stop(process)
                 return None, evidence
@@ -130,7 +149,7 @@ def main():
     problems = [f"failed: {name}" for name, _ in outcome.ended["FAILED"]]
     where = f"in {outcome.running}" if outcome.running else "outside any test"
     if code is None:
-        problems.append(f"hung {where}: nothing was written for {arguments.stall:.0f} s")
+        problems.append(f"hung {where}: stopped after {seconds:.0f} s")
     elif not outcome.complete or (code != 0 and not outcome.ended["FAILED"]):
         problems.append(f"ended {where} with code {code}")
     if lost:
@@ -142,8 +161,8 @@ def main():
         failed = 1
 
     if problems:
-        lines = text.splitlines()
-        print("\n".join(lines if len(lines) <= 200 else lines[:20] + ["..."] + lines[-180:]))
+        print("\n".join(telling_lines(text)))
+        print(f"(all of it: {output})")
         if code is None:
             if evidence:
                 print("--- stacks\n" + evidence)
