@@ -171,7 +171,7 @@ struct Desktop::State final : uia::Tree {
   // ---- Windows (windows.cpp) ----
   Node* Find(Element element);
   Node* FindWindow(HWND window);
-  Node& MakeWindow(const WindowSpec& spec, DWORD process, DWORD thread);
+  Node& MakeWindow(const WindowSpec& described, DWORD process, DWORD thread);
   Element HitTest(Element within, POINT point, bool windowsOnly);
   bool IsShown(const Node& node);
   HWND TopLevelOf(HWND window);

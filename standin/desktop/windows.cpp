@@ -15,15 +15,15 @@ Node* Desktop::State::FindWindow(HWND window) {
   return node != nullptr && node->isWindow ? node : nullptr;
 }
 
-Node& Desktop::State::MakeWindow(const WindowSpec& spec, DWORD process, DWORD thread) {
+Node& Desktop::State::MakeWindow(const WindowSpec& described, DWORD process, DWORD thread) {
   const Element id = nextWindow;
   nextWindow += 0x12;
   Node& node = nodes[id];
   node.id = id;
-  node.parent = spec.parent != nullptr ? ElementFor(spec.parent) : kRootElement;
+  node.parent = described.parent != nullptr ? ElementFor(described.parent) : kRootElement;
   node.isWindow = true;
-  node.window = spec;
-  node.rect = spec.rect;
+  node.window = described;
+  node.rect = described.rect;
   node.z = nextZ++;
   node.process = process;
   node.thread = thread;
