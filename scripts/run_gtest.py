@@ -16,32 +16,46 @@ import subprocess
 import sys
 import time
 from pathlib import Path
+from xml.etree import ElementTree
 
 RUN = re.compile(r"^\[ RUN      \] (\S+)")
 END = re.compile(r"^\[\s+(OK|FAILED|SKIPPED)\s+\] (\S+?),? .*\((\d+) ms\)$")
 FOUND = re.compile(r"^\[==========\] Running (\d+) tests? from")
-DONE = re.compile(r"^\[==========\] \d+ tests? from .* ran\.")
 
 
 class Outcome:
-    """What the output so far tells."""
+    """What the report tells that a program writes at its end, and without one, its output so far."""
 
-    def __init__(self, text):
+    def __init__(self, report, text):
         self.found = 0
         self.ended = {"OK": [], "FAILED": [], "SKIPPED": []}
         self.running = None
-        self.complete = False
+        self.complete = report.exists()
+        if self.complete:
+            self.read_report(report)
+        else:
+            self.read_output(text)
+
+    def read_report(self, report):
+        for case in ElementTree.parse(report).iter("testcase"):
+            if case.get("status") != "run":
+                continue
+            self.found += 1
+            kind = "FAILED" if case.find("failure") is not None else "OK"
+            kind = "SKIPPED" if case.get("result") == "skipped" else kind
+            self.ended[kind].append(case.get("classname") + "." + case.get("name"))
+
+    def read_output(self, text):
         for line in text.splitlines():
             line = line.rstrip("\r")
-            if match := FOUND.match(line):
+            # The first one is the program's own; another may be of a program that it started.
+            if (match := FOUND.match(line)) and self.found == 0:
                 self.found = int(match[1])
             elif match := RUN.match(line):
                 self.running = match[1]
             elif match := END.match(line):
-                self.ended[match[1]].append((match[2], int(match[3])))
+                self.ended[match[1]].append(match[2])
                 self.running = None
-            elif DONE.match(line):
-                self.complete = True
 
 
 def telling_lines(text):
@@ -134,19 +148,22 @@ def main():
     parser.add_argument("command", nargs="+")
     arguments = parser.parse_args()
 
-    output = Path(arguments.results).with_name(arguments.name.replace(" ", "-") + ".txt")
+    output = Path(arguments.results).with_name(re.sub(r"\W+", "-", arguments.name) + ".txt")
     started, began = time.time(), time.monotonic()
-    command = arguments.command + [f"--gtest_filter={arguments.filter}"]
+    # By its name alone: a Windows program knows this machine's folders under other names.
+    report = Path(arguments.folder) / output.with_suffix(".xml").name
+    report.unlink(missing_ok=True)
+    command = arguments.command + [f"--gtest_filter={arguments.filter}", f"--gtest_output=xml:{report.name}"]
     code, evidence = run(command, output, arguments.stall, arguments.folder)
     seconds = time.monotonic() - began
     text = output.read_bytes().decode("utf-8", "replace")
-    outcome = Outcome(text)
+    outcome = Outcome(report, text)
 
     passed, skipped = len(outcome.ended["OK"]), len(outcome.ended["SKIPPED"])
     failed = len(outcome.ended["FAILED"])
     lost = outcome.found - passed - skipped - failed
     failed += lost
-    problems = [f"failed: {name}" for name, _ in outcome.ended["FAILED"]]
+    problems = [f"failed: {name}" for name in outcome.ended["FAILED"]]
     where = f"in {outcome.running}" if outcome.running else "outside any test"
     if code is None:
         problems.append(f"hung {where}: stopped after {seconds:.0f} s")
