@@ -34,6 +34,20 @@ Failure CopyTextToGlobalBlock(GlobalBlock& block, const WCHAR* text, const Block
   return CopyToGlobalBlock(block, text, (ViewOf(text).size() + 1) * sizeof(WCHAR), failures);
 }
 
+struct EmptiedClipboard {
+  ClipboardHold hold;
+  Failure failure;
+};
+
+EmptiedClipboard OpenEmptiedClipboard() {
+  ClipboardHold hold = OpenClipboardWithRetry();
+  if (!hold) {
+    return {std::move(hold), "Failed to open clipboard after retries"};
+  }
+  const bool emptied = EmptyClipboard() != FALSE;
+  return {std::move(hold), emptied ? nullptr : "Failed to empty clipboard"};
+}
+
 // Hands the block over: from then on it belongs to the system.
 bool GiveToClipboard(UINT format, GlobalBlock& block) {
   if (SetClipboardData(format, block.Get()) == nullptr) {
@@ -49,12 +63,9 @@ Failure WriteText(const WCHAR* text) {
           CopyTextToGlobalBlock(block, text, {"Failed to allocate global memory", "Failed to lock global memory"})) {
     return failure;
   }
-  const ClipboardHold hold = OpenClipboardWithRetry();
-  if (!hold) {
-    return "Failed to open clipboard after retries";
-  }
-  if (!EmptyClipboard()) {
-    return "Failed to empty clipboard";
+  const EmptiedClipboard clipboard = OpenEmptiedClipboard();
+  if (clipboard.failure != nullptr) {
+    return clipboard.failure;
   }
   return GiveToClipboard(CF_UNICODETEXT, block) ? nullptr : "Failed to set clipboard data";
 }
@@ -72,12 +83,9 @@ Failure WriteTextAndHtml(const WCHAR* text, const char* fragment) {
                             {"Failed to allocate global memory (html)", "Failed to lock global memory (html)"})) {
     return failure;
   }
-  const ClipboardHold hold = OpenClipboardWithRetry();
-  if (!hold) {
-    return "Failed to open clipboard after retries";
-  }
-  if (!EmptyClipboard()) {
-    return "Failed to empty clipboard";
+  const EmptiedClipboard clipboard = OpenEmptiedClipboard();
+  if (clipboard.failure != nullptr) {
+    return clipboard.failure;
   }
   if (!GiveToClipboard(CF_UNICODETEXT, textBlock)) {
     return "Failed to set unicode clipboard data";

@@ -36,8 +36,8 @@ void Desktop::State::TypeInto(Node& edit, WORD virtualKey) {
       const Text selected = edit.window.title.substr(edit.selectionBegin, edit.selectionEnd - edit.selectionBegin);
       const auto* bytes = reinterpret_cast<const std::uint8_t*>(selected.c_str());
       PutOnClipboard(CF_UNICODETEXT, {bytes, bytes + (selected.size() + 1) * sizeof(WCHAR)});
-    } else if (virtualKey == 'V' && !edit.window.readOnly && !ClipboardHeldByOther()) {
-      const Text pasted = TextOnClipboard().value_or(Text());
+    } else if (virtualKey == 'V' && TextOnClipboard() && !edit.window.readOnly && !ClipboardHeldByOther()) {
+      const Text pasted = *TextOnClipboard();
       // A field of one line takes the first line only.
       const Text line = pasted.substr(0, pasted.find_first_of(u"\r\n"));
       if (pasteDelay == 0) {
