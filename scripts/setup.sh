@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs what is missing to build and test, and nothing that is there already.
 #
-#   scripts/setup.sh [native] [checks] [windows] [lint] [fuzz] [bench]     # the first three unless told
+#   scripts/setup.sh [native] [checks] [windows] [lint] [fuzz] [coverage] [bench]     # the first three unless told
 #
 # or sourced, for `setup native` and the like, which return 1 and say why in SETUP_PROBLEM when something stays missing.
 
@@ -35,6 +35,10 @@ setup_needs() {
     lint)
       setup_needs native
       echo clang-tidy clang-tidy-14
+      ;;
+    coverage)
+      setup_needs fuzz
+      echo llvm-14 /usr/lib/llvm-14/bin/llvm-cov
       ;;
     bench)
       setup_needs native
