@@ -75,7 +75,13 @@ class Line {
     Add(std::string_view(digits, static_cast<std::size_t>(end - digits)));
   }
   // Room for `more` bytes behind the current ones; less when memory is out.
-  std::size_t Reserve(std::size_t more) noexcept;
+  std::size_t Reserve(std::size_t more) noexcept {
+    if (more > capacity_ - size_) {
+      Grow(more);
+    }
+    return capacity_ - size_;
+  }
+  void Grow(std::size_t more) noexcept;
 
   char inPlace_[1024];
   std::unique_ptr<char[]> onHeap_;

@@ -5,26 +5,16 @@
 #include <cstdio>
 #include <cstring>
 #include <mutex>
-#include <string>
-#include <unordered_map>
 
 #include "log/diagnostic_log.h"
 #include "platform/mutex.h"
 #include "platform/wide_text.h"
+#include "resolve/point_table.h"
 
 namespace {
 
-// Lets a key be looked up without making a string of it.
-struct KeyHash {
-  using is_transparent = void;
-  std::size_t operator()(std::string_view key) const noexcept {
-    return std::hash<std::string_view>{}(key);
-  }
-};
-using ElementCoordinateCache = std::unordered_map<std::string, POINT, KeyHash, std::equal_to<>>;
-
 Mutex g_cacheMutex;
-ElementCoordinateCache g_elementCoordinateCache;
+PointTable g_elementCoordinateCache;
 std::atomic<std::int32_t> g_cacheHits{0};
 std::atomic<std::int32_t> g_cacheMisses{0};
 
@@ -79,14 +69,13 @@ void CacheKey::Append(std::string_view text) {
 
 std::optional<POINT> FindCachedPoint(const CacheKey& key) noexcept {
   const std::lock_guard guard(g_cacheMutex);
-  const auto entry = g_elementCoordinateCache.find(key.Text());
-  return entry == g_elementCoordinateCache.end() ? std::nullopt : std::optional(entry->second);
+  return g_elementCoordinateCache.Find(key.Text());
 }
 
 bool StoreCachedPoint(const CacheKey& key, POINT point) noexcept {
   try {
     const std::lock_guard guard(g_cacheMutex);
-    g_elementCoordinateCache.insert_or_assign(std::string(key.Text()), point);
+    g_elementCoordinateCache.Store(key.Text(), point);
     return true;
   } catch (...) {
     return false;
@@ -113,7 +102,7 @@ void clearElementCache() noexcept {
   }
   {
     const std::lock_guard guard(g_cacheMutex);
-    g_elementCoordinateCache.clear();
+    g_elementCoordinateCache.Clear();
   }
   g_cacheHits = 0;
   g_cacheMisses = 0;

@@ -1,6 +1,7 @@
 // The gate that every platform function and UI Automation method passes.
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 
 #include "standin/desktop/state.h"
 
@@ -8,7 +9,12 @@ namespace standin {
 
 namespace {
 
+using MachineClock = std::chrono::steady_clock;
+
 thread_local int t_callDepth = 0;
+thread_local bool t_measuresTime = false;
+thread_local MachineClock::time_point t_entered;
+thread_local MachineClock::duration t_inside;
 thread_local DWORD t_lastError = 0;
 thread_local const CallSite* t_method = nullptr;  // the client method that this thread is in
 
@@ -35,6 +41,18 @@ std::uint64_t CountOf(std::string_view name) {
 bool IsToFail(const Desktop::State& state, const CallSite& site) {
   const Faults& faults = state.faults;
   return faults.calls.contains(state.calls) || state.calls >= faults.from || state.FailsByName(site);
+}
+
+void EnterGate() {
+  if (++t_callDepth == 1 && t_measuresTime) {
+    t_entered = MachineClock::now();
+  }
+}
+
+void LeaveGate() {
+  if (--t_callDepth == 0 && t_measuresTime) {
+    t_inside += MachineClock::now() - t_entered;
+  }
 }
 
 // With the mutex held; true when the call is to fail.
@@ -87,7 +105,7 @@ void EndCall(Desktop::State& state, const CallSite& site) {
   if (action) {
     action();
   }
-  --t_callDepth;
+  LeaveGate();
 }
 
 // The site of a client method, with the mutex held. They are never destroyed, as the list of all sites is not either.
@@ -123,7 +141,7 @@ void ResetCallCounts() {
 }
 
 Call::Call(CallSite& site, Can can) : state_(TheState()), site_(site) {
-  ++t_callDepth;
+  EnterGate();
   state_.mutex.lock();
   fails_ = BeginCall(state_, site_, can);
 }
@@ -161,7 +179,7 @@ CallOut::~CallOut() {
 
 // A client method asks the tree again and again, so the mutex is free between its entry and its end.
 HRESULT Desktop::State::Enter(const char* method) {
-  ++t_callDepth;
+  EnterGate();
   const std::lock_guard guard(mutex);
   CallSite& site = SiteOfMethod(method);
   t_method = &site;
@@ -259,6 +277,15 @@ void CallGate::SetCrossProcessCost(double milliseconds) {
 std::uint64_t CallGate::CrossProcessCalls() const {
   const std::lock_guard guard(TheState().mutex);
   return TheState().crossProcessCalls;
+}
+
+void CallGate::MeasureTime(bool on) {
+  t_inside = on ? MachineClock::duration(0) : t_inside;
+  t_measuresTime = on;
+}
+
+double CallGate::SecondsInside() const {
+  return std::chrono::duration<double>(t_inside).count();
 }
 
 CallGate& Desktop::Gate() {

@@ -101,6 +101,10 @@ class CallGate {
   void SetCrossProcessCost(double milliseconds);
   std::uint64_t CrossProcessCalls() const;  // UI Automation calls that leave the process, SendMessageW
 
+  // Measures the machine's time that the calling thread spends in calls, beginning with nothing.
+  void MeasureTime(bool on);
+  double SecondsInside() const;
+
  private:
   friend class Desktop;
   CallGate() = default;

@@ -61,6 +61,18 @@ void VerifySimpleOfRepetitiveText(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(ContainsInRepetitiveText)->RangeMultiplier(16)->Range(kSmallest, kLargest);
-BENCHMARK(ContainsInPlainText)->RangeMultiplier(16)->Range(kSmallest, kLargest);
-BENCHMARK(VerifySimpleOfRepetitiveText)->RangeMultiplier(16)->Range(kSmallest, kLargest);
+BENCHMARK(ContainsInRepetitiveText)
+    ->Name("growth/text, repetitive")
+    ->ArgName("units")
+    ->RangeMultiplier(16)
+    ->Range(kSmallest, kLargest);
+BENCHMARK(ContainsInPlainText)
+    ->Name("growth/text, plain")
+    ->ArgName("units")
+    ->RangeMultiplier(16)
+    ->Range(kSmallest, kLargest);
+BENCHMARK(VerifySimpleOfRepetitiveText)
+    ->Name("growth/verifySimple")
+    ->ArgName("units")
+    ->RangeMultiplier(16)
+    ->Range(kSmallest, kLargest);
