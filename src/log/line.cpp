@@ -11,10 +11,10 @@ constexpr char kDigits[] = "0123456789abcdef";
 
 }  // namespace
 
-void Line::Add(std::string_view text) noexcept {
-  const std::size_t length = std::min(text.size(), Reserve(text.size()));
-  std::memcpy(bytes_ + size_, text.data(), length);
-  size_ += length;
+PointerDigits::PointerDigits(std::uint64_t value) {
+  for (auto digit = std::rbegin(digits_); digit != std::rend(digits_); ++digit, value >>= 4) {
+    *digit = "0123456789ABCDEF"[value & 0xF];
+  }
 }
 
 void Line::Add(WideView text) noexcept {

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace bench {
 
@@ -18,7 +19,7 @@ struct Rounds {
   std::function<void()> prepare = [] {};
 };
 
-void Compare(const Rounds& rounds, const std::initializer_list<Contestant>& contestants);
+void Compare(const Rounds& rounds, std::vector<Contestant> contestants);
 
 // Everything measured so far, in the form that Google Benchmark writes: one entry for a round, nanoseconds a call.
 void WriteReport(const std::string& file);

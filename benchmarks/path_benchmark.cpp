@@ -3,8 +3,8 @@
 #include <benchmark/benchmark.h>
 
 #include "automation/automation_context.h"
-#include "bench/child_walk.h"
-#include "bench/desk.h"
+#include "benchmarks/child_walk.h"
+#include "benchmarks/desk.h"
 #include "resolve/tree_path_navigation.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "bench/desk.h"
+#include "benchmarks/desk.h"
 #include "platform/platform.h"
 #include "tests/native/allocations.h"
 

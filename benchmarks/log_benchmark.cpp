@@ -8,7 +8,7 @@
 #include <fstream>
 #include <iomanip>
 
-#include "bench/desk.h"
+#include "benchmarks/desk.h"
 #include "platform/platform.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "bench/windows/by_hand.h"
+#include "benchmarks/windows/by_hand.h"
 
 #include <algorithm>
 #include <vector>
@@ -106,13 +106,16 @@ struct ByHand::State {
       CONTROLTYPEID controlType = 0;
       Bstr className;
       ElementPtr parent;
+      ElementPtr next;
       element->get_CurrentControlType(&controlType);
       element->get_CurrentClassName(className.Receive());
+      // The position among its like is asked of the parent, and the way up goes on from the element.
       walker->GetParentElement(element.Get(), parent.Receive());
       if (parent) {
         PositionOf(*element.Get(), *parent.Get(), controlType, TextOf(className.Get()));
       }
-      element = std::move(parent);
+      walker->GetParentElement(element.Get(), next.Receive());
+      element = std::move(next);
     }
   }
 
@@ -157,6 +160,7 @@ bool ByHand::Capture(POINT point) {
   element->get_CurrentControlType(&controlType);
   element->get_CurrentNativeWindowHandle(&window);
   element->get_CurrentAutomationId(id.Receive());
+  element->get_CurrentNativeWindowHandle(&window);
   state_->id = TextOf(id.Get());
   state_->BuildPath(std::move(element));
   return !state_->id.empty();
@@ -184,7 +188,7 @@ bool ByHand::Paste(HWND window, const std::wstring& text) {
   if (!element || FAILED(element->GetClickablePoint(&point, &clickable))) {
     return false;
   }
-  if (IsIconic(window)) {
+  if (IsWindow(window) && IsIconic(window)) {
     ShowWindow(window, SW_RESTORE);
   }
   SetForegroundWindow(window);

@@ -1,4 +1,4 @@
-#include "bench/child_walk.h"
+#include "benchmarks/child_walk.h"
 
 namespace bench {
 

@@ -1,4 +1,4 @@
-// A step of a replay without the library: the platform calls that the work needs, and nothing else.
+// A step of a replay without the library: the same platform calls, without logs, checks and records.
 #pragma once
 
 #include <memory>

@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include "korvane/korvane.h"
+#include "platform/platform.h"
 #include "platform/wide_text.h"
 #include "standin/desktop/desktop.h"
 
@@ -43,15 +44,41 @@ void ContainsInPlainText(benchmark::State& state) {
   CountUnits(state);
 }
 
-// Copying the focused field, normalising both texts and comparing them.
-void VerifySimpleOfRepetitiveText(benchmark::State& state) {
+HWND AddField(const standin::Text& text) {
   auto& desktop = standin::TheDesktop();
   desktop.Reset();
   desktop.SetTracing(false);
-  const standin::Text text(static_cast<std::size_t>(state.range(0)), u'a');
   const HWND edit = desktop.AddWindow(
       {.className = u"Edit", .title = text, .rect = {0, 0, 100, 20}, .behaviour = standin::Behaviour::Edit});
   desktop.ClickAsUser(50, 10);
+  return edit;
+}
+
+// What copying the focused field and taking a copy of the clipboard costs any program.
+void CopyFieldByHand(benchmark::State& state) {
+  AddField(standin::Text(static_cast<std::size_t>(state.range(0)), u'a'));
+  for (auto _ : state) {
+    sendCtrlA();
+    INPUT records[4] = {};
+    for (int i = 0; i < 4; ++i) {
+      records[i].type = INPUT_KEYBOARD;
+      records[i].ki.wVk = i == 0 || i == 3 ? WORD{VK_CONTROL} : WORD{'C'};
+      records[i].ki.dwFlags = i < 2 ? 0 : KEYEVENTF_KEYUP;
+    }
+    SendInput(4, records, sizeof(INPUT));
+    OpenClipboard(nullptr);
+    const HGLOBAL block = GetClipboardData(CF_UNICODETEXT);
+    const WideText copy = static_cast<const WCHAR*>(GlobalLock(block));
+    GlobalUnlock(block);
+    CloseClipboard();
+    benchmark::DoNotOptimize(copy.data());
+  }
+}
+
+// Copying the focused field, normalising both texts and comparing them.
+void VerifySimpleOfRepetitiveText(benchmark::State& state) {
+  const standin::Text text(static_cast<std::size_t>(state.range(0)), u'a');
+  const HWND edit = AddField(text);
   const standin::Text expected = text.substr(0, text.size() / 2) + u'b';
   for (auto _ : state) {
     benchmark::DoNotOptimize(verifySimple(expected.c_str(), edit));
@@ -73,6 +100,11 @@ BENCHMARK(ContainsInPlainText)
     ->Range(kSmallest, kLargest);
 BENCHMARK(VerifySimpleOfRepetitiveText)
     ->Name("growth/verifySimple")
+    ->ArgName("units")
+    ->RangeMultiplier(16)
+    ->Range(kSmallest, kLargest);
+BENCHMARK(CopyFieldByHand)
+    ->Name("growth/verifySimple by hand")
     ->ArgName("units")
     ->RangeMultiplier(16)
     ->Range(kSmallest, kLargest);

@@ -9,8 +9,8 @@
 #include <fstream>
 #include <iomanip>
 
-#include "bench/windows/by_hand.h"
-#include "bench/windows/measure.h"
+#include "benchmarks/windows/by_hand.h"
+#include "benchmarks/windows/measure.h"
 #include "korvane/korvane.h"
 #include "samples/order_form/program.h"
 

@@ -1,4 +1,4 @@
-#include "bench/desk.h"
+#include "benchmarks/desk.h"
 
 #include <filesystem>
 #include <fstream>

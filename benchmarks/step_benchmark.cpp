@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "bench/desk.h"
+#include "benchmarks/desk.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "bench/windows/measure.h"
+#include "benchmarks/windows/measure.h"
 
 namespace {
 
