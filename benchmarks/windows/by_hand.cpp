@@ -123,8 +123,13 @@ struct ByHand::State {
     ElementPtr root;
     ElementPtr found;
     automation->ElementFromHandle(window, root.Receive());
-    if (root) {
-      root->FindFirst(TreeScope_Descendants, HasText(UIA_AutomationIdPropertyId, id).Get(), found.Receive());
+    if (!root) {
+      return found;
+    }
+    const ConditionPtr hasId = HasText(UIA_AutomationIdPropertyId, id);
+    // The near ones first: a search of everything below is what takes long.
+    if (SUCCEEDED(root->FindFirst(TreeScope_Children, hasId.Get(), found.Receive())) && !found) {
+      root->FindFirst(TreeScope_Descendants, hasId.Get(), found.Receive());
     }
     return found;
   }
