@@ -1,7 +1,9 @@
 #!/bin/bash
 # Installs what is missing to build and test, and nothing that is there already.
 #
-#   scripts/setup.sh [native] [checks] [windows] [lint] [fuzz] [bench]     # the first three unless told
+#   scripts/setup.sh [native] [checks] [windows] [package] [consumers] [lint] [fuzz] [bench]
+#
+# (the first three unless told)
 #
 # or sourced, for `setup native` and the like, which return 1 and say why in SETUP_PROBLEM when something stays missing.
 
@@ -25,6 +27,21 @@ setup_needs() {
       echo openbox openbox
       echo x11-utils xprop
       echo imagemagick import
+      ;;
+    package)
+      setup_needs native
+      echo g++-mingw-w64-x86-64-posix x86_64-w64-mingw32-g++-posix
+      echo llvm-14 llvm-dlltool-14
+      ;;
+    consumers)
+      setup_needs package
+      setup_needs windows
+      echo pkgconf pkg-config
+      echo nodejs node
+      echo npm npm
+      echo mono-mcs mcs
+      echo mono-runtime mono
+      echo unzip unzip
       ;;
     checks)
       setup_needs native
