@@ -54,6 +54,8 @@ class Error(Exception):
 
 
 def _units(text):
+    if text is None:
+        return None
     if "\0" in text:
         raise ValueError("korvane: a NUL inside a text")
     data = text.encode("utf-16-le", "surrogatepass") + b"\0\0"
@@ -65,14 +67,6 @@ def _text(units):
     data = bytes(units)
     end = next((i for i in range(0, len(data), 2) if data[i : i + 2] == b"\0\0"), len(data))
     return data[:end].decode("utf-16-le", "surrogatepass")
-
-
-class _Text:
-    """A parameter that is a text."""
-
-    @classmethod
-    def from_param(cls, text):
-        return None if text is None else _units(text)
 
 
 # ---- Records ----
@@ -151,6 +145,7 @@ def _owned_text(address, _, __):
         _library.freeTextResult(address)
 
 
+_TEXT = POINTER(c_uint16)
 _RECORD = POINTER(TargetRecord)
 _WINDOW = c_void_p
 
@@ -160,9 +155,9 @@ _NOTHING = {
     "clearElementCache": [],
     "delay": [c_int],
     "freeTextResult": [c_void_p],
-    "initializeLog": [_Text],
-    "logAction": [_Text, c_int, c_int],
-    "logActionWithTimestamp": [_Text, c_int, c_int, c_int64],
+    "initializeLog": [_TEXT],
+    "logAction": [_TEXT, c_int, c_int],
+    "logActionWithTimestamp": [_TEXT, c_int, c_int, c_int64],
     "startCancelMonitor": [],
     "stopCancelMonitor": [],
 }
@@ -178,27 +173,27 @@ _DONE = {
     "ensureWindowFocus": [_WINDOW],
     "getWindowInfo": [_WINDOW, POINTER(WindowInfo)],
     "initializeAutomation": [],
-    "pasteToTargetDirect": [_RECORD, _WINDOW, _Text, c_int],
+    "pasteToTargetDirect": [_RECORD, _WINDOW, _TEXT, c_int],
     "pasteToTargetSimple": [_RECORD, _WINDOW],
     "pasteToTargetWithVerify": [_RECORD, _WINDOW],
     "pasteToTargetWithVerifyEx": [_RECORD, _WINDOW, c_int],
     "sendKey": [c_int],
-    "sendKeySequence": [_Text, c_int],
-    "setClipboardText": [_Text],
-    "setClipboardTextAndHtml": [_Text, c_char_p],
+    "sendKeySequence": [_TEXT, c_int],
+    "setClipboardText": [_TEXT],
+    "setClipboardTextAndHtml": [_TEXT, c_char_p],
     "setTargetWindow": [_WINDOW],
-    "verifySimple": [_Text, _WINDOW],
+    "verifySimple": [_TEXT, _WINDOW],
     "verifyTarget": [_RECORD, _WINDOW],
-    "waitForFieldChange": [_RECORD, _WINDOW, _Text, c_int],
+    "waitForFieldChange": [_RECORD, _WINDOW, _TEXT, c_int],
     "waitForFieldEmpty": [_RECORD, _WINDOW, c_int],
-    "waitForTargetContainsPartialText": [_RECORD, _WINDOW, _Text, c_int],
-    "waitForTargetContainsText": [_RECORD, _WINDOW, _Text, c_int],
+    "waitForTargetContainsPartialText": [_RECORD, _WINDOW, _TEXT, c_int],
+    "waitForTargetContainsText": [_RECORD, _WINDOW, _TEXT, c_int],
 }
 _YES_OR_NO = {
     "isCancelled": [],
     "isTargetEmpty": [_RECORD, _WINDOW],
-    "targetContainsPartialText": [_RECORD, _WINDOW, _Text],
-    "targetContainsText": [_RECORD, _WINDOW, _Text],
+    "targetContainsPartialText": [_RECORD, _WINDOW, _TEXT],
+    "targetContainsText": [_RECORD, _WINDOW, _TEXT],
 }
 _OWNED_TEXT = {"getTargetText": [_RECORD, _WINDOW]}
 _HANDLE = {"findWindowByClick": []}
@@ -248,15 +243,15 @@ def delay(milliseconds):
 
 def initialize_log(path=None):
     """Without a path: in the user's local application data folder."""
-    _library.initializeLog(None if path is None else os.fspath(path))
+    _library.initializeLog(_units(None if path is None else os.fspath(path)))
 
 
 def log_action(action, result=Code.OK, duration_ms=0):
-    _library.logAction(action, result, duration_ms)
+    _library.logAction(_units(action), result, duration_ms)
 
 
 def log_action_with_timestamp(action, result, duration_ms, timestamp_ms):
-    _library.logActionWithTimestamp(action, result, duration_ms, timestamp_ms)
+    _library.logActionWithTimestamp(_units(action), result, duration_ms, timestamp_ms)
 
 
 class Session:
@@ -321,7 +316,7 @@ def paste_to_target_with_verify_ex(target, window, timeout_ms):
 
 
 def paste_to_target_direct(target, window, text, insert=False):
-    _library.pasteToTargetDirect(target, window, text, 1 if insert else 0)
+    _library.pasteToTargetDirect(target, window, _units(text), 1 if insert else 0)
 
 
 def paste_to_target_simple(target, window=None):
@@ -336,7 +331,7 @@ def send_key(virtual_key):
 
 
 def send_key_sequence(text, pause_ms=1):
-    _library.sendKeySequence(text, pause_ms)
+    _library.sendKeySequence(_units(text), pause_ms)
 
 
 def _underscored(name):
@@ -351,13 +346,13 @@ for _name in _SHORTCUTS:
 
 
 def set_clipboard_text(text):
-    _library.setClipboardText(text)
+    _library.setClipboardText(_units(text))
 
 
 def set_clipboard_text_and_html(text, html):
     if html is not None and "\0" in html:
         raise ValueError("korvane: a NUL inside the HTML")
-    _library.setClipboardTextAndHtml(text, None if html is None else html.encode("utf-8"))
+    _library.setClipboardTextAndHtml(_units(text), None if html is None else html.encode("utf-8"))
 
 
 # ---- Reading, tests and waits ----
@@ -373,15 +368,15 @@ def is_target_empty(target, window):
 
 
 def target_contains_text(target, window, expected):
-    return _library.targetContainsText(target, window, expected)
+    return _library.targetContainsText(target, window, _units(expected))
 
 
 def target_contains_partial_text(target, window, part):
-    return _library.targetContainsPartialText(target, window, part)
+    return _library.targetContainsPartialText(target, window, _units(part))
 
 
 def wait_for_field_change(target, window, previous, timeout_ms):
-    _library.waitForFieldChange(target, window, previous, timeout_ms)
+    _library.waitForFieldChange(target, window, _units(previous), timeout_ms)
 
 
 def wait_for_field_empty(target, window, timeout_ms):
@@ -389,17 +384,17 @@ def wait_for_field_empty(target, window, timeout_ms):
 
 
 def wait_for_target_contains_partial_text(target, window, part, timeout_ms):
-    _library.waitForTargetContainsPartialText(target, window, part, timeout_ms)
+    _library.waitForTargetContainsPartialText(target, window, _units(part), timeout_ms)
 
 
 def wait_for_target_contains_text(target, window, expected, timeout_ms):
-    _library.waitForTargetContainsText(target, window, expected, timeout_ms)
+    _library.waitForTargetContainsText(target, window, _units(expected), timeout_ms)
 
 
 def verify_simple(expected, window=None):
     """Whether the focused field's text matches; goes through the clipboard."""
     try:
-        _library.verifySimple(expected, window)
+        _library.verifySimple(_units(expected), window)
         return True
     except Error as error:
         if error.code != Code.NOT_FOUND:

@@ -1,6 +1,7 @@
 #include "samples/stage/stage.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "samples/order_form/program.h"
 
@@ -21,6 +22,9 @@ static_assert(Same(STAGE_NAME, order_form::kName) && Same(STAGE_ARTICLE, order_f
 int stageOpenForm(int x, int y) {
   stageCloseForm();
   g_open = g_form.Start(x, y);
+  // A host that leaves the form open: it has to go before the desktop that it is on.
+  static const int closedAtExit = std::atexit(&stageCloseForm);
+  static_cast<void>(closedAtExit);
   return g_open ? 0 : -1;
 }
 
