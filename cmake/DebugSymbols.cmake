@@ -2,6 +2,8 @@
 # the DLL. Both files are reproducible; they have to be together, because the link holds the sum of the symbols.
 function(split_debug_symbols target)
   target_compile_options(${target} PRIVATE -g)
+  # Optimising at link time is compiling, too.
+  target_link_options(${target} PRIVATE -g -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
   set(dll ${target}.dll)
   # The date that the tools write into the file: without it, that of today.
   set(undated ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0)

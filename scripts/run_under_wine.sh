@@ -3,7 +3,7 @@
 #
 #   scripts/run_under_wine.sh [--start PROGRAM]... [--picture FILE] [--timeout SECONDS] HOST [ARGUMENT...]
 #
-#   --start PROGRAM      a Windows program to automate, started before the host and ended after it
+#   --start PROGRAM      a Windows program to automate: its window shows before the host starts, and it ends after it
 #   --picture FILE       a picture of the screen (PNG) when the host has ended
 #   --timeout SECONDS    ends a host that takes longer, with code 124; 300 unless told
 #
@@ -65,9 +65,22 @@ wine_start && register_uia_server "$server" || exit 1
 WINEPATH="$(winepath -w "${folder##*:}" 2>/dev/null)"
 export WINEPATH
 
+windows_on_screen() {
+  xprop -root _NET_CLIENT_LIST 2>/dev/null | grep -o '0x[0-9a-f]*' | wc -l
+}
+
 for program in "${programs[@]}"; do
+  before="$(windows_on_screen)"
   # Ended with the Wine server.
   wine "$program" >/dev/null 2>&1 </dev/null 8>&- &
+  for _ in $(seq 300); do
+    [ "$(windows_on_screen)" -gt "$before" ] && break
+    sleep 0.1
+  done
+  if [ "$(windows_on_screen)" -le "$before" ]; then
+    echo "run_under_wine: $program shows no window within 30 s" >&2
+    exit 1
+  fi
 done
 output="$(mktemp)"
 timeout --kill-after=10 "$limit" wine "$@" >"$output" 2>&1 </dev/null 8>&-

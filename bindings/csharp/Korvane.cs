@@ -189,6 +189,9 @@ namespace Korvane
     {
         public const int KeyCtrlA = 9999;
 
+        // Throws at a lone surrogate, which UTF-8 cannot hold.
+        private static readonly System.Text.Encoding StrictUtf8 = new System.Text.UTF8Encoding(false, true);
+
         private static void Done(string function, int code)
         {
             if (code != 0) throw new KorvaneException(function, (Code)code);
@@ -272,7 +275,7 @@ namespace Korvane
 
         public static void SetClipboardTextAndHtml(string text, string html)
         {
-            var bytes = html == null ? null : System.Text.Encoding.UTF8.GetBytes(Texts.Whole(html) + "\0");
+            var bytes = html == null ? null : StrictUtf8.GetBytes(Texts.Whole(html) + "\0");
             Done("SetClipboardTextAndHtml", Native.setClipboardTextAndHtml(Texts.Whole(text), bytes));
         }
 

@@ -49,7 +49,9 @@ function units(text) {
 function utf8(text) {
   if (text === null || text === undefined) return null;
   if (typeof text !== 'string' || text.includes('\0')) throw new TypeError('korvane: a string without NUL is needed');
-  return Buffer.from(text + '\0', 'utf8');
+  const bytes = Buffer.from(text + '\0', 'utf8');
+  if (bytes.toString('utf8') !== text + '\0') throw new TypeError('korvane: UTF-8 cannot hold a lone surrogate');
+  return bytes;
 }
 
 function textAt(bytes, offset, size) {

@@ -46,6 +46,7 @@ korvane.withSession('binding.log', () => {
   fails(Code.NOT_FOUND, () => korvane.isTargetEmpty(name, form));
   fails(Code.FAILED, () => korvane.waitForTargetContainsText(name, form, 'never', 20));
   for (const refused of ['a\0b', '\0', 5]) assert.throws(() => korvane.setClipboardText(refused), TypeError);
+  assert.throws(() => korvane.setClipboardTextAndHtml('a', '\ud800'), TypeError);
   assert.throws(() => new TargetRecord(Buffer.alloc(3255)), TypeError);
   korvane.withCancelMonitor(() => assert.strictEqual(korvane.isCancelled(), false));
   stage.closeForm();

@@ -45,12 +45,12 @@ with korvane.Session("binding.log"):
     fails(korvane.Code.INVALID_ARGUMENT, korvane.click_target, name, None)
     fails(korvane.Code.NOT_FOUND, korvane.is_target_empty, name, form)
     fails(korvane.Code.FAILED, korvane.wait_for_target_contains_text, name, form, "never", 20)
-    for refused in ("a\0b", "\0"):
+    for refused in (("a\0b", "html"), ("\0", "html"), ("text", "a\0b"), ("text", "\ud800")):
         try:
-            korvane.set_clipboard_text(refused)
+            korvane.set_clipboard_text_and_html(*refused)
         except ValueError:
             continue
-        raise AssertionError("a NUL was taken")
+        raise AssertionError(f"{refused!a} was taken")
     with korvane.CancelMonitor():
         assert korvane.is_cancelled() is False
     stage.close_form()

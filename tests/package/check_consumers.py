@@ -7,7 +7,7 @@ import unittest
 
 from check_dll import version
 from repository import ROOT, run, tool
-from unpacked import SUBMITTED, run_windows, scratch, unpacked
+from unpacked import SUBMITTED, run_order, run_windows, scratch, unpacked
 
 TOOLCHAIN = ROOT / "cmake/mingw-w64.cmake"
 GCC = "x86_64-w64-mingw32-gcc-posix"
@@ -37,7 +37,7 @@ class Consumers(unittest.TestCase):
         return result.stdout
 
     def orders(self, folder, program):
-        self.assertEqual((0, ORDERED), run_windows(program, folder=folder), program)
+        self.assertEqual((0, ORDERED), run_order(program, folder=folder), program)
 
     def put_dlls(self, folder):
         for name in ("bin/korvane.dll", "examples/stage/stage.dll", "examples/stage/order_form.exe"):
@@ -111,8 +111,24 @@ class Consumers(unittest.TestCase):
         self.orders(folder, "order.exe")
 
     def test_run_under_wine(self):
-        """consumers: the script for continuous integration tells plainly what it lacks"""
+        """consumers: the script for continuous integration runs a host of the package, and tells plainly what it lacks"""
         script = unpacked() / "scripts/run_under_wine.sh"
-        result = run("bash", str(script), "absent.exe")
-        self.assertEqual((1, "run_under_wine: no such program: absent.exe\n"), (result.returncode, result.stderr))
+        absent = run("bash", str(script), "absent.exe")
+        self.assertEqual((1, "run_under_wine: no such program: absent.exe\n"), (absent.returncode, absent.stderr))
         self.assertEqual(2, run("bash", str(script)).returncode)
+
+        tool("wine")
+        folder = scratch("continuous integration")
+        self.succeeds(
+            GCC, "-std=c11", "-static", "-I", unpacked() / "include", unpacked() / "examples/c/load_at_run_time.c", "-o",
+            folder / "host.exe",
+        )
+        # The Wine of the other checks is in use.
+        environment = {**os.environ, "KORVANE_WINE_PREFIX": str(ROOT / "build/test/wine-prefix")}
+        output = self.succeeds(
+            "bash", script, "--start", unpacked() / "examples/stage/order_form.exe", "--picture", folder / "screen.png",
+            folder / "host.exe", env=environment,
+        )
+        self.assertIn("code 0, process", output)
+        # An empty screen takes some 300 bytes.
+        self.assertGreater((folder / "screen.png").stat().st_size, 1500)
