@@ -4,10 +4,11 @@
  *     const korvane = require('./korvane');
  *
  *     korvane.withSession('korvane.log', () => {
- *       const name = korvane.captureTargetAtPoint(320, 240);
- *       name.identificationMethod = korvane.Method.TREE_PATH;
+ *       const form = korvane.findWindowByClick(); // the user clicks the form
+ *       const note = korvane.captureTargetAtPoint(320, 240);
+ *       note.identificationMethod = korvane.Method.TREE_PATH;
  *       korvane.setClipboardText('Brass compass');
- *       korvane.pasteToTargetWithVerifyEx(name, null, 1000);
+ *       korvane.pasteToTargetWithVerifyEx(note, form, 1000);
  *     });
  *
  * Every function of korvane.h is here under its own name. What answers a result code there returns nothing here and

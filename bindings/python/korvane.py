@@ -3,10 +3,11 @@
     import korvane
 
     with korvane.Session("korvane.log"):
-        name = korvane.capture_target_at_point(320, 240)
-        name.identificationMethod = korvane.Method.TREE_PATH
+        form = korvane.find_window_by_click()  # the user clicks the form
+        note = korvane.capture_target_at_point(320, 240)
+        note.identificationMethod = korvane.Method.TREE_PATH
         korvane.set_clipboard_text("Brass compass")
-        korvane.paste_to_target_with_verify_ex(name, window, 1000)
+        korvane.paste_to_target_with_verify_ex(note, form, 1000)
 
 Every function of korvane.h is here in lower case with underscores. What answers a result code there returns nothing here
 and raises `Error` with the `Code` unless it is OK; what answers yes or no returns a bool. Windows are integers. Texts

@@ -3,6 +3,7 @@
 import os
 import re
 import sys
+import textwrap
 import unittest
 
 from repository import ROOT, exported_functions, run, tool
@@ -71,6 +72,10 @@ class Bindings(unittest.TestCase):
         self.assertEqual(ORDERED, self.succeeds(sys.executable, example / "order_form.py", cwd=folder, env=self.standin()))
         environment = self.standin(PYTHONPATH=f"{unpacked() / 'bindings/python'}:{example}")
         self.describes("Python", self.succeeds(sys.executable, HERE / "binding.py", cwd=folder, env=environment))
+        sample = re.search(r"^    import korvane\n.*?(?=^Every)", (unpacked() / "bindings/python/korvane.py").read_text(),
+                           re.M | re.S)[0]
+        sample = "import stage\n" + textwrap.dedent(sample).replace("korvane.find_window_by_click()", "stage.open_form(40, 40)")
+        self.succeeds(sys.executable, "-c", sample, cwd=folder, env=environment)
         lost = run(sys.executable, "-c", "import korvane", env={**environment, "KORVANE_LIBRARY": ""},
                    cwd=ROOT / "bindings/python")
         self.assertNotEqual(0, lost.returncode)
@@ -86,6 +91,11 @@ class Bindings(unittest.TestCase):
         example = unpacked() / "examples/node/order_form.js"
         self.assertEqual(ORDERED, self.succeeds(node, example, cwd=folder, env=environment))
         self.describes("Node.js", self.succeeds(node, HERE / "binding.js", cwd=folder, env=environment))
+        sample = re.search(r"^ \*     const korvane.*?(?=^ \* Every)", (unpacked() / "bindings/node/korvane.js").read_text(),
+                           re.M | re.S)[0]
+        sample = re.sub(r"^ \* ?", "", sample, flags=re.M).replace("'./korvane'", "process.env.BINDING")
+        sample = sample.replace("korvane.findWindowByClick()", "require(process.env.STAGE).openForm(40, 40)")
+        self.succeeds(node, "-e", sample, cwd=folder, env=environment)
 
     def test_node_on_windows(self):
         """Node.js: the example and the binding on Windows, under Wine, with the DLL of the package"""

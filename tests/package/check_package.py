@@ -31,6 +31,16 @@ class Package(unittest.TestCase):
         for name, digest in listed.items():
             self.assertEqual(digest, hashlib.sha256((unpacked() / name).read_bytes()).hexdigest(), name)
 
+    def test_links(self):
+        """package: every link in its documents leads to a file of the package"""
+        pages = sorted(unpacked().rglob("*.md"))
+        links = [
+            (page, link) for page in pages
+            for link in re.findall(r"\]\(([^)#\s]+)[^)\s]*\)", page.read_text(encoding="utf-8"))
+        ]
+        self.assertGreater(len(links), 20)
+        self.assertEqual([], [f"{page.name}: {link}" for page, link in links if not (page.parent / link).exists()])
+
     def test_version(self):
         """package: every file has the project's version"""
         self.assertEqual(f"korvane-{version()}-windows-x64.zip", archive().name)
@@ -59,8 +69,11 @@ class Package(unittest.TestCase):
         addresses = re.findall(r"\[\s*\d+\] \+base\[\s*\d+\]\s+([0-9a-f]+) Export RVA", table)
         self.assertEqual(54, len(addresses))
         symbols = str(unpacked() / "bin/korvane.dll.debug")
-        places = run(addr2line, "-e", symbols, *(hex(base + int(address, 16)) for address in addresses)).stdout
-        self.assertEqual([], [place for place in places.splitlines() if "src/" not in place])
+        # With what is inlined at the function's beginning: innermost first, the function last.
+        output = run(addr2line, "-a", "-f", "-i", "-e", symbols, *(hex(base + int(each, 16)) for each in addresses)).stdout
+        found = [chunk.splitlines()[1:] for chunk in re.split(r"^(?=0x)", output, flags=re.M) if chunk]
+        self.assertEqual(sorted(exported_functions()), sorted(lines[-2] for lines in found))
+        self.assertEqual([], [lines for lines in found if "src/" not in lines[-1]])
 
     def test_nuget(self):
         """package: the NuGet package is whole, and its targets name files that it has"""
