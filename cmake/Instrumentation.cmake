@@ -1,12 +1,9 @@
-# Sanitizers, coverage and fuzzing watch everything that is compiled, the test framework included.
+# Sanitizers and coverage watch everything that is compiled, the test framework included.
 if(KORVANE_SANITIZERS)
   add_compile_options(-fsanitize=${KORVANE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KORVANE_SANITIZERS})
 endif()
 if(KORVANE_COVERAGE)
-  add_compile_options(--coverage)
-  add_link_options(--coverage)
-endif()
-if(KORVANE_FUZZ)
-  add_compile_options(-fsanitize=fuzzer-no-link)
+  add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+  add_link_options(-fprofile-instr-generate)
 endif()

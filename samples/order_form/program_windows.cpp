@@ -47,10 +47,13 @@ Process g_form;
 Process g_cover;
 HWND g_window = nullptr;
 
-// A program beside this one.
+// A program beside the one or the DLL that this code is in.
 Text Beside(const WCHAR* program) {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                     reinterpret_cast<LPCWSTR>(&Beside), &module);
   WCHAR path[MAX_PATH] = {};
-  GetModuleFileNameW(nullptr, path, MAX_PATH);
+  GetModuleFileNameW(module, path, MAX_PATH);
   const Text own = path;
   return L"\"" + own.substr(0, own.rfind(L'\\') + 1) + program + L"\"";
 }

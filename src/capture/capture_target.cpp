@@ -14,10 +14,6 @@ static_assert(offsetof(TargetRecord, automationId) == 0 && offsetof(TargetRecord
 
 namespace {
 
-unsigned long long HandleDigits(HWND window) {
-  return reinterpret_cast<std::uintptr_t>(window);
-}
-
 // True when the element has one.
 bool CaptureAutomationId(IUIAutomationElement* element, TargetRecord& target) {
   Bstr automationId;
@@ -50,15 +46,15 @@ HWND FindTracedWindow(IUIAutomationElement* element, POINT point) {
   if (const HWND own = NativeWindowOf(element)) {
     return own;
   }
-  ConsoleTrace("Element has no HWND, trying WindowFromPoint fallback\n");
+  ConsoleTrace("Element has no HWND, trying WindowFromPoint fallback");
   if (const HWND atPoint = GetWindowFromCoordinates(point.x, point.y)) {
-    ConsoleTrace("WindowFromPoint fallback succeeded\n");
+    ConsoleTrace("WindowFromPoint fallback succeeded");
     return atPoint;
   }
-  ConsoleTrace("WindowFromPoint failed, trying tree walk fallback\n");
+  ConsoleTrace("WindowFromPoint failed, trying tree walk fallback");
   const HWND nearest = GetNearestWindowHandle(element);
   if (nearest != nullptr) {
-    ConsoleTrace("Tree walk fallback succeeded\n");
+    ConsoleTrace("Tree walk fallback succeeded");
   }
   return nearest;
 }
@@ -126,45 +122,45 @@ int CaptureAtPoint(TargetRecord* target, int x, int y) {
 }
 
 int CaptureAtCursor(TargetRecord* target) {
-  ConsoleTrace("=== CAPTURE START ===\n");
-  ConsoleTrace("targetWindow: 0x" KORVANE_HANDLE_FORMAT "\n", HandleDigits(GetForegroundWindow()));
+  ConsoleTrace("=== CAPTURE START ===");
+  ConsoleTrace("targetWindow: 0x", PointerDigits(GetForegroundWindow()));
   if (target == nullptr) {
-    ConsoleTrace("ERROR: target is null\n");
+    ConsoleTrace("ERROR: target is null");
     return KORVANE_NOT_FOUND;
   }
   *target = {};
   target->identificationMethod = KORVANE_METHOD_UNDECIDED;
-  ConsoleTrace("Initialized target, identificationMethod = %d\n", target->identificationMethod);
+  ConsoleTrace("Initialized target, identificationMethod = ", target->identificationMethod);
   const ElementAtCursor found = GetElementAtCursor();
   if (!found.element) {
-    ConsoleTrace("ERROR: GetElementAtCursor failed\n");
+    ConsoleTrace("ERROR: GetElementAtCursor failed");
     return KORVANE_NOT_FOUND;
   }
-  ConsoleTrace("GetElementAtCursor succeeded\n");
+  ConsoleTrace("GetElementAtCursor succeeded");
   IUIAutomationElement* element = found.element.Get();
   const bool built = BuildTracedTreePath(element, *target);
-  ConsoleTrace("BuildTreePath result: %s, pathLength: %d\n", built ? "SUCCESS" : "FAILED", target->pathLength);
+  ConsoleTrace("BuildTreePath result: ", built ? "SUCCESS" : "FAILED", ", pathLength: ", target->pathLength);
   const bool hasPath = target->pathLength > 0;
   target->identificationMethod = hasPath ? KORVANE_METHOD_TREE_PATH : KORVANE_METHOD_COORDINATES;
-  ConsoleTrace(hasPath ? "Using Method 3 (Tree Path)\n" : "Using Method 2 (Coordinates fallback)\n");
-  ConsoleTrace("FINAL: identificationMethod = %d\n", target->identificationMethod);
+  ConsoleTrace(hasPath ? "Using Method 3 (Tree Path)" : "Using Method 2 (Coordinates fallback)");
+  ConsoleTrace("FINAL: identificationMethod = ", target->identificationMethod);
   // Without a second reading the point of the first one serves the window fallback: the element was found there.
   POINT point = found.cursor;
   if (POINT now{}; GetCursorPos(&now)) {
     point = now;
     target->x = now.x;
     target->y = now.y;
-    ConsoleTrace("Captured coordinates: (%d, %d)\n", target->x, target->y);
+    ConsoleTrace("Captured coordinates: (", target->x, ", ", target->y, ")");
   }
   if (CaptureAutomationId(element, *target)) {
-    ConsoleTrace("Captured AutomationId: [has_data]\n");
+    ConsoleTrace("Captured AutomationId: [has_data]");
   }
   target->hwnd = FindTracedWindow(element, point);
   if (target->hwnd != nullptr) {
-    ConsoleTrace("Captured HWND: 0x" KORVANE_HANDLE_FORMAT "\n", HandleDigits(target->hwnd));
+    ConsoleTrace("Captured HWND: 0x", PointerDigits(target->hwnd));
   } else {
-    ConsoleTrace("All HWND fallback methods failed - element may not be automatable\n");
-    ConsoleTrace("WARNING: No HWND captured for element (HWND=0)\n");
+    ConsoleTrace("All HWND fallback methods failed - element may not be automatable");
+    ConsoleTrace("WARNING: No HWND captured for element (HWND=0)");
   }
   return KORVANE_OK;
 }
@@ -186,7 +182,7 @@ int captureTargetAtCursor(TargetRecord* target) noexcept {
   return GuardExport("captureTargetAtCursor", int{KORVANE_NOT_FOUND}, [&] {
     const int code = CaptureAtCursor(target);
     if (code == KORVANE_OK) {
-      ConsoleTrace("=== CAPTURE END ===\n");
+      ConsoleTrace("=== CAPTURE END ===");
     }
     return code;
   });

@@ -56,29 +56,29 @@ ElementPtr GetElementAtPoint(POINT point) {
 }
 
 ElementAtCursor GetElementAtCursor() {
-  ConsoleTrace("GetElementAtCursor: Starting cursor detection\n");
+  ConsoleTrace("GetElementAtCursor: Starting cursor detection");
   ElementAtCursor found;
   if (!GetCursorPos(&found.cursor)) {
-    ConsoleTrace("ERROR: GetCursorPos failed, error: %lu\n", static_cast<unsigned long>(GetLastError()));
+    ConsoleTrace("ERROR: GetCursorPos failed, error: ", GetLastError());
     return found;
   }
-  ConsoleTrace("Cursor position: (%ld, %ld)\n", static_cast<long>(found.cursor.x), static_cast<long>(found.cursor.y));
+  ConsoleTrace("Cursor position: (", found.cursor.x, ", ", found.cursor.y, ")");
   const int initialized = InitializeAutomation();
   const AutomationPtr automation = CurrentAutomation();
   if (initialized != 0 || !automation) {
-    ConsoleTrace("ERROR: InitializeAutomation failed, result: %d\n", initialized);
+    ConsoleTrace("ERROR: InitializeAutomation failed, result: ", initialized);
     return found;
   }
   ElementPtr element;
   if (const HRESULT result = automation->ElementFromPoint(found.cursor, element.Receive()); FAILED(result)) {
-    ConsoleTrace("ERROR: ElementFromPoint failed, HRESULT: 0x%08x\n", static_cast<unsigned>(result));
+    ConsoleTrace("ERROR: ElementFromPoint failed, HRESULT: 0x", Padded{static_cast<std::uint32_t>(result), 8, 16});
     return found;
   }
   if (!element) {
-    ConsoleTrace("ERROR: ElementFromPoint returned null element\n");
+    ConsoleTrace("ERROR: ElementFromPoint returned null element");
     return found;
   }
-  ConsoleTrace("GetElementAtCursor: Successfully found element\n");
+  ConsoleTrace("GetElementAtCursor: Successfully found element");
   found.element = std::move(element);
   return found;
 }

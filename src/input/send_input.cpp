@@ -44,8 +44,13 @@ void ReleaseWhatIsDown(std::span<const INPUT> inserted) {
       releases[count++] = release;
     }
   }
-  if (count > 0) {
-    SendInput(static_cast<UINT>(count), releases.data(), sizeof(INPUT));
+  // A key that stays down spoils everything the user types next, so a refusal is not taken at once.
+  constexpr int kRefusals = 3;
+  std::size_t released = 0;
+  for (int refused = 0; released < count && refused < kRefusals;) {
+    const UINT accepted = SendInput(static_cast<UINT>(count - released), &releases[released], sizeof(INPUT));
+    released += accepted;
+    refused += accepted == 0 ? 1 : 0;
   }
 }
 

@@ -1,12 +1,9 @@
 #include "log/console_trace.h"
 
-#include <cstdarg>
 #include <cstdio>
 
-void ConsoleTrace(const char* format, ...) noexcept {
-  va_list arguments;
-  va_start(arguments, format);
-  std::vfprintf(stdout, format, arguments);
-  va_end(arguments);
+void PrintTrace(std::string_view text) noexcept {
+  // Not printf: its formatting of floating-point numbers would come along, a fifth of the library.
+  std::fwrite(text.data(), 1, text.size(), stdout);
   std::fflush(stdout);
 }

@@ -2,16 +2,22 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <new>
 
-void Line::Add(std::string_view text) noexcept {
-  const std::size_t length = std::min(text.size(), Reserve(text.size()));
-  std::memcpy(bytes_ + size_, text.data(), length);
-  size_ += length;
+namespace {
+
+constexpr char kDigits[] = "0123456789abcdef";
+
+}  // namespace
+
+PointerDigits::PointerDigits(std::uint64_t value) {
+  for (auto digit = std::rbegin(digits_); digit != std::rend(digits_); ++digit, value >>= 4) {
+    *digit = "0123456789ABCDEF"[value & 0xF];
+  }
 }
 
 void Line::Add(WideView text) noexcept {
-  constexpr char kDigits[] = "0123456789abcdef";
   constexpr std::size_t kLongestUnit = 6;
   // Most texts are plain: one byte a unit is asked for at first, and more only where it is needed.
   Reserve(text.size());
@@ -33,11 +39,13 @@ void Line::Add(WideView text) noexcept {
 
 void Line::Add(Padded number) noexcept {
   char digits[32];
-  const auto end = std::to_chars(digits, digits + sizeof digits, number.value, number.base).ptr;
-  for (auto length = end - digits; length < number.width; ++length) {
-    Add(std::string_view("0"));
+  char* const end = std::end(digits);
+  char* begin = end;
+  const auto base = static_cast<std::uint32_t>(number.base);
+  for (std::uint32_t rest = number.value; rest != 0 || end - begin < number.width; rest /= base) {
+    *--begin = kDigits[rest % base];
   }
-  Add(std::string_view(digits, static_cast<std::size_t>(end - digits)));
+  Add(std::string_view(begin, static_cast<std::size_t>(end - begin)));
 }
 
 void Line::End() noexcept {
@@ -48,15 +56,12 @@ void Line::End() noexcept {
   Add(kEnd);
 }
 
-std::size_t Line::Reserve(std::size_t more) noexcept {
-  if (more > capacity_ - size_) {
-    const std::size_t grown = std::max(size_ + more, capacity_ * 2);
-    if (std::unique_ptr<char[]> larger{new (std::nothrow) char[grown]}) {
-      std::memcpy(larger.get(), bytes_, size_);
-      onHeap_ = std::move(larger);
-      bytes_ = onHeap_.get();
-      capacity_ = grown;
-    }
+void Line::Grow(std::size_t more) noexcept {
+  const std::size_t grown = std::max(size_ + more, capacity_ * 2);
+  if (std::unique_ptr<char[]> larger{new (std::nothrow) char[grown]}) {
+    std::memcpy(larger.get(), bytes_, size_);
+    onHeap_ = std::move(larger);
+    bytes_ = onHeap_.get();
+    capacity_ = grown;
   }
-  return capacity_ - size_;
 }

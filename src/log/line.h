@@ -1,10 +1,12 @@
 // One line of the log, composed in place from pieces and written in one go.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -22,6 +24,19 @@ struct Hex {
 struct HandleNumber {
   explicit HandleNumber(const void* handle) : value(reinterpret_cast<std::uintptr_t>(handle)) {}
   std::uint64_t value;
+};
+
+// A handle in sixteen upper-case hexadecimal digits, as the platform's runtime prints a pointer.
+class PointerDigits {
+ public:
+  explicit PointerDigits(const void* handle) : PointerDigits(reinterpret_cast<std::uintptr_t>(handle)) {}
+  explicit PointerDigits(std::uint64_t value);
+  std::string_view View() const {
+    return {digits_, sizeof digits_};
+  }
+
+ private:
+  char digits_[16];
 };
 
 // A number filled with zeros to a width.
@@ -52,13 +67,20 @@ class Line {
   }
 
  private:
-  void Add(std::string_view text) noexcept;
+  void Add(std::string_view text) noexcept {
+    const std::size_t length = std::min(text.size(), Reserve(text.size()));
+    std::memcpy(bytes_ + size_, text.data(), length);
+    size_ += length;
+  }
   void Add(WideView text) noexcept;
   void Add(const WCHAR* text) noexcept {
     Add(ViewOf(text));
   }
   void Add(Hex number) noexcept {
     AddNumber(number.value, 16);
+  }
+  void Add(const PointerDigits& digits) noexcept {
+    Add(digits.View());
   }
   void Add(HandleNumber number) noexcept {
     AddNumber(number.value, 10);
@@ -75,7 +97,13 @@ class Line {
     Add(std::string_view(digits, static_cast<std::size_t>(end - digits)));
   }
   // Room for `more` bytes behind the current ones; less when memory is out.
-  std::size_t Reserve(std::size_t more) noexcept;
+  std::size_t Reserve(std::size_t more) noexcept {
+    if (more > capacity_ - size_) {
+      Grow(more);
+    }
+    return capacity_ - size_;
+  }
+  void Grow(std::size_t more) noexcept;
 
   char inPlace_[1024];
   std::unique_ptr<char[]> onHeap_;

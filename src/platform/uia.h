@@ -60,6 +60,12 @@ struct IUIAutomationCacheRequest : IUnknown {
 
 struct IUIAutomationTreeWalker : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetParentElement(IUIAutomationElement* element, IUIAutomationElement** parent) = 0;
+  // Not called by the library: for programs that are compared with it.
+  virtual HRESULT STDMETHODCALLTYPE GetFirstChildElement(IUIAutomationElement* element,
+                                                         IUIAutomationElement** first) = 0;
+  KORVANE_UNUSED_SLOT(GetLastChildElement)
+  virtual HRESULT STDMETHODCALLTYPE GetNextSiblingElement(IUIAutomationElement* element,
+                                                          IUIAutomationElement** next) = 0;
 };
 
 struct IUIAutomationElement : IUnknown {

@@ -2,29 +2,19 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
+#include <cmath>
 #include <cstring>
 #include <mutex>
-#include <string>
-#include <unordered_map>
 
 #include "log/diagnostic_log.h"
 #include "platform/mutex.h"
 #include "platform/wide_text.h"
+#include "resolve/point_table.h"
 
 namespace {
 
-// Lets a key be looked up without making a string of it.
-struct KeyHash {
-  using is_transparent = void;
-  std::size_t operator()(std::string_view key) const noexcept {
-    return std::hash<std::string_view>{}(key);
-  }
-};
-using ElementCoordinateCache = std::unordered_map<std::string, POINT, KeyHash, std::equal_to<>>;
-
 Mutex g_cacheMutex;
-ElementCoordinateCache g_elementCoordinateCache;
+PointTable g_elementCoordinateCache;
 std::atomic<std::int32_t> g_cacheHits{0};
 std::atomic<std::int32_t> g_cacheMisses{0};
 
@@ -40,24 +30,17 @@ std::uint64_t Fingerprint(WideView text) {
   return hash;
 }
 
-struct HexDigits {
-  char digits[16];
-};
-
-// Sixteen upper-case digits.
-HexDigits PointerDigits(std::uint64_t value) {
-  HexDigits text;
-  for (int i = 15; i >= 0; --i, value >>= 4) {
-    text.digits[i] = "0123456789ABCDEF"[value & 0xF];
-  }
-  return text;
+// With one digit behind the point, rounded as printf rounds: the product with ten is exact in this type, and a tie goes
+// to the even digit.
+void AppendPercentage(Line& line, double percentage) {
+  const auto tenths = static_cast<std::int64_t>(std::rint(static_cast<long double>(percentage) * 10));
+  line.Append(tenths / 10, ".", tenths % 10, "%");
 }
 
 }  // namespace
 
 CacheKey::CacheKey(HWND window, const TargetRecord& target) {
-  const auto append = [this](const HexDigits& text) { Append({text.digits, sizeof text.digits}); };
-  append(PointerDigits(reinterpret_cast<std::uintptr_t>(window)));
+  Append(PointerDigits(window).View());
   Append(":");
 
   WCHAR automationId[KORVANE_AUTOMATION_ID_SIZE];
@@ -67,7 +50,7 @@ CacheKey::CacheKey(HWND window, const TargetRecord& target) {
     Append(utf8);
   } else {
     Append({&kLongIdMark, 1});
-    append(PointerDigits(Fingerprint(automationId)));
+    Append(PointerDigits(Fingerprint(automationId)).View());
   }
 }
 
@@ -79,14 +62,13 @@ void CacheKey::Append(std::string_view text) {
 
 std::optional<POINT> FindCachedPoint(const CacheKey& key) noexcept {
   const std::lock_guard guard(g_cacheMutex);
-  const auto entry = g_elementCoordinateCache.find(key.Text());
-  return entry == g_elementCoordinateCache.end() ? std::nullopt : std::optional(entry->second);
+  return g_elementCoordinateCache.Find(key.Text());
 }
 
 bool StoreCachedPoint(const CacheKey& key, POINT point) noexcept {
   try {
     const std::lock_guard guard(g_cacheMutex);
-    g_elementCoordinateCache.insert_or_assign(std::string(key.Text()), point);
+    g_elementCoordinateCache.Store(key.Text(), point);
     return true;
   } catch (...) {
     return false;
@@ -107,13 +89,15 @@ void clearElementCache() noexcept {
   if (LogIsOpen() && (hits > 0 || misses > 0)) {
     const double rate =
         hits + misses < 1 ? 0.0 : static_cast<double>(hits) * 100.0 / static_cast<double>(hits + misses);
-    char text[16];
-    std::snprintf(text, sizeof text, "%.1f%%", rate);
-    LogLine("[CACHE STATS] Hits: ", hits, ", Misses: ", misses, ", Hit Rate: ", text);
+    Line line;
+    AppendShortStamp(line);
+    line.Append(" [CACHE STATS] Hits: ", hits, ", Misses: ", misses, ", Hit Rate: ");
+    AppendPercentage(line, rate);
+    WriteLine(line);
   }
   {
     const std::lock_guard guard(g_cacheMutex);
-    g_elementCoordinateCache.clear();
+    g_elementCoordinateCache.Clear();
   }
   g_cacheHits = 0;
   g_cacheMisses = 0;

@@ -60,11 +60,6 @@ void Desktop::SetUtcOffsetMinutes(int minutes) {
   state_->utcOffsetMinutes = minutes;
 }
 
-void Desktop::SetTickCount(DWORD ticks) {
-  const std::lock_guard guard(state_->mutex);
-  state_->tickOffset = std::int64_t{ticks} - state_->Now() / 1'000'000;
-}
-
 }  // namespace standin
 
 using namespace standin;
@@ -75,12 +70,12 @@ extern "C" {
 
 void GetLocalTime(SYSTEMTIME* time) {
   STANDIN_COUNTED_CALL(GetLocalTime);
-  *time = ToCalendar(LocalUnits(call.State()));
+  *time = ToCalendar(LocalUnits(*call));
 }
 
 void GetSystemTimeAsFileTime(FILETIME* time) {
   STANDIN_COUNTED_CALL(GetSystemTimeAsFileTime);
-  *time = FileTime(LocalUnits(call.State()) - OffsetUnits(call.State()));
+  *time = FileTime(LocalUnits(*call) - OffsetUnits(*call));
 }
 
 BOOL FileTimeToLocalFileTime(const FILETIME* utc, FILETIME* local) {
@@ -88,7 +83,7 @@ BOOL FileTimeToLocalFileTime(const FILETIME* utc, FILETIME* local) {
   if (call.Fails()) {
     return FALSE;
   }
-  *local = FileTime(Units(*utc) + OffsetUnits(call.State()));
+  *local = FileTime(Units(*utc) + OffsetUnits(*call));
   return TRUE;
 }
 

@@ -1,6 +1,7 @@
+// The gate that every platform function and UI Automation method passes.
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
+#include <atomic>
+#include <chrono>
 
 #include "standin/desktop/state.h"
 
@@ -8,107 +9,145 @@ namespace standin {
 
 namespace {
 
+using MachineClock = std::chrono::steady_clock;
+
 thread_local int t_callDepth = 0;
+thread_local bool t_measuresTime = false;
+thread_local MachineClock::time_point t_entered;
+thread_local MachineClock::duration t_inside;
+thread_local DWORD t_lastError = 0;
+thread_local const CallSite* t_method = nullptr;  // the client method that this thread is in
 
-// Every function that was ever called, so that counts can start again from zero.
-std::vector<CallSite*>& Sites() {
-  static std::vector<CallSite*> sites;
-  return sites;
-}
-
-std::mutex& SitesMutex() {
-  static std::mutex mutex;
-  return mutex;
-}
+// All call sites, linked without any allocation: the library's own are being counted when one is made.
+std::atomic<CallSite*> g_sites{nullptr};
 
 // What needs another process to answer.
 bool LeavesTheProcess(std::string_view name) {
-  if (name == "SendMessageW") {
-    return true;
-  }
   constexpr std::string_view kLocal[] = {
       "::Create", "Cached", "ElementArray::", "CacheRequest::", "get_ControlView", "CompareElements"};
-  return name.find("IUIAutomation") == 0 && std::none_of(std::begin(kLocal), std::end(kLocal), [&](auto part) {
-           return name.find(part) != std::string_view::npos;
-         });
-}
-
-bool IsToFail(Desktop::State& state, const CallSite& site) {
-  Faults& faults = state.faults;
-  if (faults.calls.contains(state.calls) || state.calls >= faults.from) {
-    return true;
-  }
-  if (const auto named = faults.named.find(site.name); named != faults.named.end()) {
-    if (named->second.contains(site.count)) {
-      return true;
-    }
-  }
-  const auto from = faults.namedFrom.find(site.name);
-  return from != faults.namedFrom.end() && site.count >= from->second;
+  const auto contains = [name](std::string_view part) { return name.find(part) != std::string_view::npos; };
+  return name == "SendMessageW" ||
+         (name.starts_with("IUIAutomation") && std::none_of(std::begin(kLocal), std::end(kLocal), contains));
 }
 
 std::uint64_t CountOf(std::string_view name) {
-  const std::lock_guard guard(SitesMutex());
   std::uint64_t count = 0;
-  for (const CallSite* site : Sites()) {
+  for (const CallSite* site = g_sites; site != nullptr; site = site->next) {
     count += site->name == name ? site->count : 0;
   }
   return count;
 }
 
+bool IsToFail(const Desktop::State& state, const CallSite& site) {
+  const Faults& faults = state.faults;
+  return faults.calls.contains(state.calls) || state.calls >= faults.from || state.FailsByName(site);
+}
+
+void EnterGate() {
+  if (++t_callDepth == 1 && t_measuresTime) {
+    t_entered = MachineClock::now();
+  }
+}
+
+void LeaveGate() {
+  if (--t_callDepth == 0 && t_measuresTime) {
+    t_inside += MachineClock::now() - t_entered;
+  }
+}
+
+// With the mutex held; true when the call is to fail.
+bool BeginCall(Desktop::State& state, CallSite& site, Call::Can can) {
+  constexpr std::size_t kLongestSequence = 1'000'000;
+  constexpr DWORD kGeneralFailure = 31;
+  ++state.calls;
+  ++site.count;
+  if (state.tracing && state.sequence.size() < kLongestSequence) {
+    state.sequence.push_back(&site);
+  }
+  bool fails = false;
+  if (can == Call::Can::Fail && state.faults.armed && IsToFail(state, site)) {
+    ++state.faults.injected;
+    SetLastError(kGeneralFailure);
+    fails = true;
+  }
+  if (!state.virtualTime && !state.scheduled.empty()) {
+    state.RunDueActions();
+  }
+  if (site.crossProcess) {
+    ++state.crossProcessCalls;
+    if (state.crossProcessCost > 0) {
+      state.MoveClock(state.crossProcessCost);
+    }
+  }
+  return fails;
+}
+
+// With the mutex held; what is to run after the call that is over now.
+std::function<void()> TakeActionAfter(Desktop::State& state, const CallSite& site) {
+  auto& actions = state.callActions;
+  const auto due = std::find_if(actions.begin(), actions.end(), [&](const CallAction& action) {
+    return action.at <= site.count && action.name == site.name;
+  });
+  if (due == actions.end()) {
+    return nullptr;
+  }
+  auto run = std::move(due->run);
+  actions.erase(due);
+  return run;
+}
+
+void EndCall(Desktop::State& state, const CallSite& site) {
+  std::function<void()> action;
+  if (!state.callActions.empty()) {
+    action = TakeActionAfter(state, site);
+  }
+  state.mutex.unlock();
+  if (action) {
+    action();
+  }
+  LeaveGate();
+}
+
+// The site of a client method, with the mutex held. They are never destroyed, as the list of all sites is not either.
+CallSite& SiteOfMethod(const char* method) {
+  static auto& sites = *new std::unordered_map<const char*, std::unique_ptr<CallSite>>;
+  auto& site = sites[method];
+  if (!site) {
+    site = std::make_unique<CallSite>(method);
+  }
+  return *site;
+}
+
 }  // namespace
 
 CallSite::CallSite(const char* functionName) : name(functionName), crossProcess(LeavesTheProcess(functionName)) {
-  // The first call of a function is not yet counted as one here, but its memory is the stand-in's all the same.
-  ++t_callDepth;
-  {
-    const std::lock_guard guard(SitesMutex());
-    Sites().push_back(this);
+  next = g_sites;
+  while (!g_sites.compare_exchange_weak(next, this)) {
   }
-  --t_callDepth;
 }
 
 bool InsidePlatformCall() {
   return t_callDepth > 0;
 }
 
-Call::Call(CallSite& site, Can can) : state_(TheState()), site_(site), fails_(false) {
-  ++t_callDepth;
-  state_.mutex.lock();
-  ++state_.calls;
-  ++site_.count;
-  if (state_.tracing) {
-    state_.sequence.push_back(&site_);
-  }
-  if (!state_.virtualTime && !state_.scheduled.empty()) {
-    state_.RunDueActions();
-  }
-  if (can == Can::Fail && state_.faults.armed && IsToFail(state_, site_)) {
-    ++state_.faults.injected;
-    fails_ = true;
-    Desktop::State::lastError = 31;  // ERROR_GEN_FAILURE
-  }
-  if (site_.crossProcess) {
-    ++state_.crossProcessCalls;
-    if (state_.crossProcessCost > 0) {
-      state_.MoveClock(state_.crossProcessCost);
-    }
+void SetLastError(DWORD code) {
+  t_lastError = code;
+}
+
+void ResetCallCounts() {
+  for (CallSite* site = g_sites; site != nullptr; site = site->next) {
+    site->count = 0;
   }
 }
 
+Call::Call(CallSite& site, Can can) : state_(TheState()), site_(site) {
+  EnterGate();
+  state_.mutex.lock();
+  fails_ = BeginCall(state_, site_, can);
+}
+
 Call::~Call() {
-  if (!state_.callActions.empty()) {
-    auto due = std::find_if(state_.callActions.begin(), state_.callActions.end(), [&](const CallAction& action) {
-      return action.at == site_.count && action.name == site_.name;
-    });
-    if (due != state_.callActions.end()) {
-      const auto run = std::move(due->run);
-      state_.callActions.erase(due);
-      run();
-    }
-  }
-  state_.mutex.unlock();
-  --t_callDepth;
+  EndCall(state_, site_);
 }
 
 HRESULT Call::Failure() const {
@@ -116,28 +155,47 @@ HRESULT Call::Failure() const {
   return result == state_.failureResults.end() ? E_FAIL : result->second;
 }
 
-// A client method counts as inside until it leaves, though the tree does its work under the mutex bit by bit.
-HRESULT Desktop::State::Enter(const char* method) {
-  ++t_callDepth;
-  static std::unordered_map<const char*, std::unique_ptr<CallSite>> sites;
-  CallSite* site = nullptr;
-  {
-    const std::lock_guard guard(mutex);
-    auto& entry = sites[method];
-    if (!entry) {
-      entry = std::make_unique<CallSite>(method);
-    }
-    site = entry.get();
+bool Desktop::State::FailsByName(const CallSite& site) const {
+  if (!faults.armed) {
+    return false;
   }
-  const Call call(*site);
-  return call.Fails() ? call.Failure() : S_OK;
+  const auto named = faults.named.find(site.name);
+  if (named != faults.named.end() && named->second.contains(site.count)) {
+    return true;
+  }
+  const auto from = faults.namedFrom.find(site.name);
+  return from != faults.namedFrom.end() && site.count >= from->second;
+}
+
+CallOut::CallOut(Desktop::State& state, To to) : whole_(state.mutex), callDepth_(t_callDepth) {
+  t_callDepth = to == To::Library ? 0 : t_callDepth;
+  whole_.unlock();
+}
+
+CallOut::~CallOut() {
+  whole_.lock();
+  t_callDepth = callDepth_;
+}
+
+// A client method asks the tree again and again, so the mutex is free between its entry and its end.
+HRESULT Desktop::State::Enter(const char* method) {
+  EnterGate();
+  const std::lock_guard guard(mutex);
+  CallSite& site = SiteOfMethod(method);
+  t_method = &site;
+  if (!BeginCall(*this, site, Call::Can::Fail)) {
+    return S_OK;
+  }
+  const auto result = failureResults.find(method);
+  return result == failureResults.end() ? E_FAIL : result->second;
 }
 
 void Desktop::State::Leave() {
-  --t_callDepth;
+  mutex.lock();
+  EndCall(*this, *t_method);
 }
 
-// ---- The gate ----
+// ---- Scripting ----
 
 std::uint64_t CallGate::Count() const {
   const std::lock_guard guard(TheState().mutex);
@@ -159,37 +217,39 @@ std::vector<std::string> CallGate::Sequence() const {
 }
 
 void CallGate::FailNth(std::uint64_t n) {
-  StopFailing();
   const std::lock_guard guard(TheState().mutex);
-  TheState().faults.calls = {TheState().calls + n};
+  TheState().faults = {};
   TheState().faults.armed = true;
+  TheState().faults.calls = {TheState().calls + n};
 }
 
 void CallGate::FailFromNth(std::uint64_t n) {
-  StopFailing();
   const std::lock_guard guard(TheState().mutex);
-  TheState().faults.from = TheState().calls + n;
+  TheState().faults = {};
   TheState().faults.armed = true;
+  TheState().faults.from = TheState().calls + n;
 }
 
 void CallGate::FailPair(std::uint64_t first, std::uint64_t second) {
-  FailNth(first);
   const std::lock_guard guard(TheState().mutex);
+  FailNth(first);
   TheState().faults.calls.insert(TheState().calls + second);
 }
 
 void CallGate::FailNth(std::string_view name, std::uint64_t n) {
   const std::lock_guard guard(TheState().mutex);
-  TheState().faults.injected = 0;
-  TheState().faults.named[std::string(name)].insert(CountOf(name) + n);
-  TheState().faults.armed = true;
+  Faults& faults = TheState().faults;
+  faults.armed = true;
+  faults.injected = 0;
+  faults.named[std::string(name)].insert(CountOf(name) + n);
 }
 
 void CallGate::FailFromNth(std::string_view name, std::uint64_t n) {
   const std::lock_guard guard(TheState().mutex);
-  TheState().faults.injected = 0;
-  TheState().faults.namedFrom[std::string(name)] = CountOf(name) + n;
-  TheState().faults.armed = true;
+  Faults& faults = TheState().faults;
+  faults.armed = true;
+  faults.injected = 0;
+  faults.namedFrom[std::string(name)] = CountOf(name) + n;
 }
 
 void CallGate::FailWith(std::string_view name, HRESULT result) {
@@ -199,7 +259,9 @@ void CallGate::FailWith(std::string_view name, HRESULT result) {
 
 void CallGate::StopFailing() {
   const std::lock_guard guard(TheState().mutex);
+  const std::uint64_t injected = TheState().faults.injected;
   TheState().faults = {};
+  TheState().faults.injected = injected;
 }
 
 std::uint64_t CallGate::Injected() const {
@@ -217,16 +279,29 @@ std::uint64_t CallGate::CrossProcessCalls() const {
   return TheState().crossProcessCalls;
 }
 
+void CallGate::MeasureTime(bool on) {
+  t_inside = on ? MachineClock::duration(0) : t_inside;
+  t_measuresTime = on;
+}
+
+double CallGate::SecondsInside() const {
+  return std::chrono::duration<double>(t_inside).count();
+}
+
+CallGate& Desktop::Gate() {
+  return gate_;
+}
+
 void Desktop::AfterCall(std::string_view name, std::uint64_t nth, std::function<void()> action) {
   const std::lock_guard guard(state_->mutex);
   state_->callActions.push_back({std::string(name), CountOf(name) + nth, std::move(action)});
 }
 
-void ResetCallCounts() {
-  const std::lock_guard guard(SitesMutex());
-  for (CallSite* site : Sites()) {
-    site->count = 0;
-  }
-}
-
 }  // namespace standin
+
+using namespace standin;
+
+extern "C" DWORD GetLastError() {
+  STANDIN_COUNTED_CALL(GetLastError);
+  return t_lastError;
+}

@@ -1,4 +1,5 @@
-// The clipboard, its owners, and the global memory that it takes over.
+// The clipboard: who holds it open, and what lies on it in blocks that belong to the system.
+#include <algorithm>
 #include <cstring>
 
 #include "standin/desktop/state.h"
@@ -9,49 +10,67 @@ namespace {
 
 constexpr UINT kFirstRegisteredFormat = 0xC000;
 
-std::vector<std::uint8_t> TextBytes(TextView text) {
-  std::vector<std::uint8_t> bytes((text.size() + 1) * sizeof(WCHAR));
-  std::memcpy(bytes.data(), text.data(), text.size() * sizeof(WCHAR));
-  return bytes;
-}
-
-HGLOBAL Allocate(Desktop::State& state, SIZE_T size) {
-  const auto block = reinterpret_cast<HGLOBAL>(state.nextGlobal += 16);
-  auto& memory = state.globals[block];
-  // Exactly as large as asked for, so that a sanitizer sees the first byte beyond.
-  memory.bytes = std::make_unique<std::uint8_t[]>(size);
-  memory.size = size;
-  return block;
-}
-
 void Empty(Desktop::State& state) {
-  for (const auto& entry : state.clipboard) {
+  for (const ClipboardEntry& entry : state.clipboard) {
     state.globals.erase(entry.block);
   }
   state.clipboard.clear();
 }
 
-}  // namespace
-
-bool Desktop::State::ClipboardHeldByOther() const {
-  return Now() < clipboardHeldUntil;
+const GlobalMemory* FindBlock(const Desktop::State& state, UINT format) {
+  for (const ClipboardEntry& entry : state.clipboard) {
+    if (entry.format == format) {
+      return &state.globals.at(entry.block);
+    }
+  }
+  return nullptr;
 }
 
-void Desktop::State::PutOnClipboard(UINT format, std::vector<std::uint8_t> bytes) {
+// Of a format that was registered here, else "CF_UNICODETEXT" or nothing.
+std::string NameOf(const Desktop::State& state, UINT format) {
+  for (const auto& [name, registered] : state.formats) {
+    if (registered == format) {
+      return {name.begin(), name.end()};
+    }
+  }
+  return format == CF_UNICODETEXT ? "CF_UNICODETEXT" : "";
+}
+
+// Nobody may use the blocks once the clipboard is closed. They move, so that a sanitizer sees who does.
+void MoveBlocks(Desktop::State& state) {
+  for (const ClipboardEntry& entry : state.clipboard) {
+    GlobalMemory& memory = state.globals.at(entry.block);
+    if (std::exchange(memory.locks, 0) > 0) {
+      state.Misuse("closed the clipboard with a locked block of it");
+    }
+    auto moved = std::make_unique<std::uint8_t[]>(memory.size);
+    std::memcpy(moved.get(), memory.bytes.get(), memory.size);
+    memory.bytes = std::move(moved);
+  }
+}
+
+}  // namespace
+
+bool Desktop::State::ClipboardIsFree() const {
+  return clipboardThread == 0 && Now() >= clipboardHeldUntil;
+}
+
+void Desktop::State::PutOnClipboard(TextView text) {
   Empty(*this);
-  const HGLOBAL block = Allocate(*this, bytes.size());
-  std::memcpy(globals[block].bytes.get(), bytes.data(), bytes.size());
-  globals[block].systemOwned = true;
-  clipboard.push_back({format, block});
+  const HGLOBAL block = Allocate((text.size() + 1) * sizeof(WCHAR));
+  GlobalMemory& memory = globals.at(block);
+  memory.systemOwned = true;
+  std::copy_n(Text(text).c_str(), text.size() + 1, reinterpret_cast<WCHAR*>(memory.bytes.get()));
+  clipboard.push_back({CF_UNICODETEXT, block});
 }
 
 std::optional<Text> Desktop::State::TextOnClipboard() const {
-  for (const ClipboardBlock& entry : clipboard) {
-    if (entry.format == CF_UNICODETEXT) {
-      return Text(reinterpret_cast<const WCHAR*>(globals.at(entry.block).bytes.get()));
-    }
+  const GlobalMemory* const memory = FindBlock(*this, CF_UNICODETEXT);
+  if (memory == nullptr) {
+    return std::nullopt;
   }
-  return std::nullopt;
+  const TextView whole(reinterpret_cast<const WCHAR*>(memory->bytes.get()), memory->size / sizeof(WCHAR));
+  return Text(whole.substr(0, whole.find(u'\0')));
 }
 
 // ---- Scripting ----
@@ -68,7 +87,7 @@ void Desktop::ReleaseClipboard() {
 
 void Desktop::SetClipboard(TextView text) {
   const std::lock_guard guard(state_->mutex);
-  state_->PutOnClipboard(CF_UNICODETEXT, TextBytes(text));
+  state_->PutOnClipboard(text);
 }
 
 void Desktop::ClearClipboard() {
@@ -83,14 +102,9 @@ std::optional<Text> Desktop::ClipboardText() const {
 
 std::vector<std::uint8_t> Desktop::ClipboardBytes(std::string_view formatName) const {
   const std::lock_guard guard(state_->mutex);
-  const auto registered = state_->formats.find(Text(formatName.begin(), formatName.end()));
-  const UINT format = registered == state_->formats.end() ? UINT{CF_UNICODETEXT} : registered->second;
-  if (registered == state_->formats.end() && formatName != "CF_UNICODETEXT") {
-    return {};
-  }
-  for (const auto& entry : state_->clipboard) {
-    if (entry.format == format) {
-      const auto& memory = state_->globals.at(entry.block);
+  for (const ClipboardEntry& entry : state_->clipboard) {
+    if (NameOf(*state_, entry.format) == formatName) {
+      const GlobalMemory& memory = state_->globals.at(entry.block);
       return {memory.bytes.get(), memory.bytes.get() + memory.size};
     }
   }
@@ -100,12 +114,8 @@ std::vector<std::uint8_t> Desktop::ClipboardBytes(std::string_view formatName) c
 std::vector<std::string> Desktop::ClipboardFormats() const {
   const std::lock_guard guard(state_->mutex);
   std::vector<std::string> names;
-  for (const auto& entry : state_->clipboard) {
-    std::string name = entry.format == CF_UNICODETEXT ? "CF_UNICODETEXT" : "";
-    for (const auto& [registered, format] : state_->formats) {
-      name = format == entry.format ? std::string(registered.begin(), registered.end()) : name;
-    }
-    names.push_back(std::move(name));
+  for (const ClipboardEntry& entry : state_->clipboard) {
+    names.push_back(NameOf(*state_, entry.format));
   }
   return names;
 }
@@ -116,11 +126,19 @@ using namespace standin;
 
 // ---- Platform functions ----
 
+namespace {
+
+bool HoldsClipboard(Desktop::State& state) {
+  return state.clipboardThread == state.Self().id;
+}
+
+}  // namespace
+
 extern "C" {
 
 BOOL OpenClipboard(HWND /*owner*/) {
   STANDIN_CALL(OpenClipboard);
-  if (call.Fails() || call->ClipboardHeldByOther() || call->clipboardThread != 0) {
+  if (call.Fails() || !call->ClipboardIsFree()) {
     return FALSE;
   }
   call->clipboardThread = call->Self().id;
@@ -129,40 +147,49 @@ BOOL OpenClipboard(HWND /*owner*/) {
 
 BOOL CloseClipboard() {
   STANDIN_CALL(CloseClipboard);
-  if (call->clipboardThread != call->Self().id) {
+  if (!HoldsClipboard(*call)) {
     call->Misuse("closed the clipboard without holding it");
     return FALSE;
   }
   call->clipboardThread = 0;
+  MoveBlocks(*call);
   return !call.Fails();
 }
 
 BOOL EmptyClipboard() {
   STANDIN_CALL(EmptyClipboard);
-  if (call.Fails() || call->clipboardThread != call->Self().id) {
+  if (call.Fails() || !HoldsClipboard(*call)) {
     return FALSE;
   }
-  Empty(call.State());
+  Empty(*call);
   return TRUE;
 }
 
 HANDLE SetClipboardData(UINT format, HANDLE block) {
   STANDIN_CALL(SetClipboardData);
   const auto memory = call->globals.find(block);
-  if (call.Fails() || call->clipboardThread != call->Self().id || memory == call->globals.end()) {
+  if (call.Fails() || !HoldsClipboard(*call) || memory == call->globals.end()) {
     return nullptr;
   }
+  if (memory->second.systemOwned || memory->second.locks > 0) {
+    call->Misuse("gave the clipboard a block that is locked or not the caller's");
+    return nullptr;
+  }
+  std::erase_if(call->clipboard, [&](const ClipboardEntry& entry) {
+    return entry.format == format && call->globals.erase(entry.block) > 0;
+  });
   memory->second.systemOwned = true;
   call->clipboard.push_back({format, block});
+  call->Note("SetClipboardData", "format=", format, " bytes=", static_cast<std::int64_t>(memory->second.size));
   return block;
 }
 
 HANDLE GetClipboardData(UINT format) {
   STANDIN_CALL(GetClipboardData);
-  if (call.Fails() || call->clipboardThread != call->Self().id) {
+  if (call.Fails() || !HoldsClipboard(*call)) {
     return nullptr;
   }
-  for (const auto& entry : call->clipboard) {
+  for (const ClipboardEntry& entry : call->clipboard) {
     if (entry.format == format) {
       return entry.block;
     }
@@ -177,42 +204,6 @@ UINT RegisterClipboardFormatW(const WCHAR* name) {
   }
   const auto next = static_cast<UINT>(kFirstRegisteredFormat + call->formats.size());
   return call->formats.try_emplace(name, next).first->second;
-}
-
-HGLOBAL GlobalAlloc(UINT /*flags*/, SIZE_T size) {
-  STANDIN_CALL(GlobalAlloc);
-  return call.Fails() ? nullptr : Allocate(call.State(), size);
-}
-
-LPVOID GlobalLock(HGLOBAL block) {
-  STANDIN_CALL(GlobalLock);
-  const auto memory = call->globals.find(block);
-  if (call.Fails() || memory == call->globals.end()) {
-    return nullptr;
-  }
-  ++memory->second.locks;
-  return memory->second.bytes.get();
-}
-
-BOOL GlobalUnlock(HGLOBAL block) {
-  STANDIN_CALL(GlobalUnlock);
-  const auto memory = call->globals.find(block);
-  if (memory == call->globals.end() || memory->second.locks == 0) {
-    call->Misuse("unlocked global memory that was not locked");
-    return FALSE;
-  }
-  return --memory->second.locks > 0 || call.Fails();
-}
-
-HGLOBAL GlobalFree(HGLOBAL block) {
-  STANDIN_CALL(GlobalFree);
-  const auto memory = call->globals.find(block);
-  if (memory == call->globals.end() || memory->second.systemOwned) {
-    call->Misuse("freed global memory of another owner");
-    return block;
-  }
-  call->globals.erase(memory);
-  return call.Fails() ? block : nullptr;
 }
 
 }  // extern "C"

@@ -1,5 +1,6 @@
 #include "standin/desktop/desktop.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 
@@ -7,107 +8,63 @@
 
 namespace standin {
 
-void ResetCallCounts();
+void Desktop::State::Reset() {
+  if (!JoinThreads()) {
+    std::fprintf(stderr, "stand-in desktop: reset while a thread made by CreateThread runs on\n");
+    std::abort();
+  }
+  for (const auto& [handle, object] : handles) {
+    Close(object);
+  }
+  static_cast<Model&>(*this) = Model();
+  ResetCallCounts();
 
-thread_local DWORD Desktop::State::lastError = 0;
+  Thread& self = Self();
+  self.takesTurns = true;
+  running = &self;
 
-// Everything but the caller's thread; threads of the library have ended by now, or their end is waited for.
-void Desktop::State::Clear() {
-  std::vector<std::shared_ptr<Thread>> ended;
-  {
-    const std::lock_guard guard(mutex);
-    for (auto& thread : threads) {
-      if (thread->start != nullptr) {
-        thread->terminated = true;
-        ended.push_back(thread);
-      }
+  Node& root = nodes[kRootElement];
+  root.id = kRootElement;
+  root.isWindow = true;
+  root.window.className = u"#32769";
+  root.rect = {0, 0, 1920, 1080};
+  cursorShape = reinterpret_cast<HCURSOR>(const_cast<WCHAR*>(IDC_ARROW));
+
+  if (ownLocalAppData.empty()) {
+    std::string folder = (std::filesystem::temp_directory_path() / "standin-desktop-XXXXXX").string();
+    if (const char* made = mkdtemp(folder.data())) {
+      ownLocalAppData = made;
     }
   }
-  for (const auto& thread : ended) {
-    {
-      std::unique_lock lock(mutex);
-      Wait(
-          kNever, [thread] { return thread->ended; }, "the end of a thread left over");
-    }
-    thread->runner.join();
-  }
+  localAppData = ownLocalAppData;
 }
 
 Desktop::Desktop() : state_(std::make_unique<State>()) {}
 
 Desktop::~Desktop() {
-  state_->Clear();
+  const std::lock_guard guard(state_->mutex);
+  // As at the end of a process.
+  state_->TerminateThreads();
+  state_->JoinThreads();
   if (!state_->ownLocalAppData.empty()) {
-    std::filesystem::remove_all(state_->ownLocalAppData);
+    std::error_code ignored;
+    std::filesystem::remove_all(state_->ownLocalAppData, ignored);
   }
 }
 
 void Desktop::Reset() {
-  state_->Clear();
   const std::lock_guard guard(state_->mutex);
-  State& state = *state_;
-  state.virtualTime = true;
-  state.clock = 0;
-  state.utcOffsetMinutes = 60;
-  state.scheduled.clear();
-  state.callActions.clear();
-  state.threads.clear();
-  state.running.reset();
-  state.Self();
-
-  state.nodes.clear();
-  state.nodes[kRootElement].id = kRootElement;
-  state.processes.clear();
-  state.focus = nullptr;
-  state.foreground = nullptr;
-  state.foregroundRefusals = 0;
-  state.attachRefused = false;
-  state.cursor = {};
-  std::fill(std::begin(state.keyDown), std::end(state.keyDown), false);
-  std::fill(std::begin(state.synthesizedDown), std::end(state.synthesizedDown), false);
-  state.buttonDown = false;
-  state.synthesizedButtonDown = false;
-  state.pressed = nullptr;
-  state.insertedPerCall.reset();
-  state.batches.clear();
-  state.keyMessages.clear();
-  state.keyOverrides.clear();
-  state.pasteDelay = 0;
-  state.hooks.clear();
-  state.cursorShape = "arrow";
-  state.clipboard.clear();
-  state.clipboardThread = 0;
-  state.clipboardHeldUntil = 0;
-  state.globals.clear();
-  state.handles.clear();
-  state.given.clear();
-  state.misuses.clear();
-  state.trace.clear();
-  state.tracing = true;
-  state.calls = 0;
-  state.crossProcessCalls = 0;
-  state.crossProcessCost = 0;
-  state.sequence.clear();
-  state.faults = {};
-  state.failureResults.clear();
-  state.tickOffset = 0x10000;
-  ResetCallCounts();
-
-  if (state.ownLocalAppData.empty()) {
-    std::string folder = (std::filesystem::temp_directory_path() / "standin-desktop-XXXXXX").string();
-    state.ownLocalAppData = mkdtemp(folder.data());
-  }
-  state.localAppData = state.ownLocalAppData;
+  state_->Reset();
   SetLocalTime({2026, 11, 3, 18, 9, 5, 7, 45});
 }
 
 Desktop& TheDesktop() {
-  static Desktop* const desktop = [] {
+  static Desktop& desktop = []() -> Desktop& {
     static Desktop instance;
     instance.Reset();
-    return &instance;
+    return instance;
   }();
-  return *desktop;
+  return desktop;
 }
 
 }  // namespace standin

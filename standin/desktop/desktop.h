@@ -28,8 +28,9 @@ enum class Behaviour {
   Window,  // a top-level window or panel
   Label,   // its text is its Name
   Button,  // its text is its Name; a press calls onPress and counts
-  Edit,  // text, caret and selection; WM_SETTEXT, EM_REPLACESEL, typed keys, Ctrl+A, Ctrl+C, Ctrl+V; Value is its text
-  List,  // a parent of windowless items
+  Edit,    // text, caret and selection; WM_SETTEXT, EM_REPLACESEL, typed keys, Ctrl+A, Ctrl+C, Ctrl+V, Shift+Insert; a
+           // press puts the caret behind the text; Value is its text
+  List,    // a parent of windowless items
 };
 
 struct WindowSpec {
@@ -42,8 +43,9 @@ struct WindowSpec {
   Behaviour behaviour = Behaviour::Window;
   CONTROLTYPEID controlType =
       0;  // 0: by behaviour (50032 top-level, 50033 panel, 50020 label, 50000 button, 50004 edit, 50008 list)
-  DWORD process = 0;      // 0: that of the parent, else a process "program.exe"
-  bool readOnly = false;  // an Edit that typing and pasting do not change
+  DWORD process = 0;       // 0: that of the parent, else a process "program.exe"
+  bool readOnly = false;   // an Edit that typing and pasting do not change
+  bool multiLine = false;  // an Edit that keeps line breaks; others paste up to the first one
 };
 
 struct ElementSpec {  // an element without a window
@@ -99,6 +101,10 @@ class CallGate {
   void SetCrossProcessCost(double milliseconds);
   std::uint64_t CrossProcessCalls() const;  // UI Automation calls that leave the process, SendMessageW
 
+  // Measures the machine's time that the calling thread spends in calls, beginning with nothing.
+  void MeasureTime(bool on);
+  double SecondsInside() const;
+
  private:
   friend class Desktop;
   CallGate() = default;
@@ -112,12 +118,14 @@ class Desktop {
   ~Desktop();
 
   // Back to an empty desktop with virtual time, English (US) layout, no faults, an empty ledger and trace. Leaks of the
-  // run before are forgotten: ask Outstanding() first.
+  // run before are forgotten: ask Outstanding() first. Waits a second for threads made by CreateThread to end, then
+  // aborts.
   void Reset();
 
   // --- Clock ---
   // Virtual time moves only by Sleep, waiting, call costs and Advance, and threads made by CreateThread take turns with
-  // the caller in a fixed order. Real time is the machine's, and threads really run together.
+  // the one that reset the desktop, in a fixed order; no other thread may wait then. Real time is the machine's, and
+  // threads of any kind really run together. To be changed while no thread made by CreateThread runs.
   void UseVirtualTime();
   void UseRealTime();
   double Now() const;                 // milliseconds since Reset
@@ -125,7 +133,8 @@ class Desktop {
   void SetLocalTime(const SYSTEMTIME& time);
   void SetUtcOffsetMinutes(int minutes);  // local = UTC + offset; 60 unless told
   void SetTickCount(DWORD ticks);         // what GetTickCount answers now
-  // Runs `action` when the clock reaches Now() + milliseconds, on whichever thread moves it there.
+  // Runs `action` when the clock reaches Now() + milliseconds, on whichever thread moves it there; in real time, on a
+  // thread that waits or makes a platform call then.
   void After(double milliseconds, std::function<void()> action);
   // Runs `action` right after the nth call from now of a platform function or UI Automation method.
   void AfterCall(std::string_view name, std::uint64_t nth, std::function<void()> action);
@@ -139,7 +148,7 @@ class Desktop {
   void DestroyWindow(HWND window);  // with its children
   void DestroyElement(Element element);
   void MoveWindowTo(HWND window, int x, int y);  // with its children
-  void SetText(HWND window, TextView text);
+  void SetText(HWND window, TextView text);      // an Edit's caret goes behind it
   Text TextOf(HWND window) const;
   void SetTitle(HWND window, TextView title);
   void Minimize(HWND window);
@@ -149,7 +158,8 @@ class Desktop {
   void OnPress(HWND button, std::function<void()> action);
   int Presses(HWND button) const;
   int MouseDowns(HWND window) const;  // left-button presses that reached this window
-  // Runs when an Edit's text was changed by input or a message: a field that reformats what it is given.
+  // Runs when an Edit's text was changed by input or a message, not by SetText: a field that reformats what it is
+  // given.
   void OnEdited(HWND edit, std::function<void(HWND)> action);
   void SetSelection(HWND edit, std::size_t begin, std::size_t end);
   HWND Focus() const;
@@ -212,11 +222,12 @@ class Desktop {
       std::optional<std::string> folder);  // nullopt: SHGetKnownFolderPath fails; a temporary one unless told
 
   // --- Messages and hooks ---
-  void PostMessageToThread(UINT message);  // to the calling thread's queue
+  // To the thread that waits for messages, else to the calling one.
+  void PostMessageToThread(UINT message);
   void PostQuit(int code);
   bool QuitPending() const;
   int HookCount() const;
-  std::string CursorShape() const;  // "arrow", "cross"
+  std::string CursorShape() const;  // "arrow", "cross", "none"
 
   // --- What happened ---
   CallGate& Gate();

@@ -1,67 +1,130 @@
-// A text field: text, caret and selection.
+// A text field: text, caret and selection, and what keys and messages do to them.
 #include <algorithm>
 
 #include "standin/desktop/state.h"
 
 namespace standin {
 
-void Desktop::State::Edited(Node& edit) {
-  if (edit.onEdited) {
-    const auto action = edit.onEdited;
-    action(WindowFor(edit.id));
+namespace {
+
+constexpr WORD kBackspace = 0x08;
+constexpr WORD kEnter = 0x0D;
+constexpr WORD kDelete = 0x2E;
+constexpr unsigned kShift = 1;
+constexpr unsigned kControl = 2;
+
+void SelectAll(Node& edit) {
+  edit.selectionBegin = 0;
+  edit.selectionEnd = edit.window.title.size();
+}
+
+void CopySelection(Desktop::State& state, const Node& edit) {
+  if (edit.selectionEnd > edit.selectionBegin && state.ClipboardIsFree()) {
+    state.PutOnClipboard(edit.window.title.substr(edit.selectionBegin, edit.selectionEnd - edit.selectionBegin));
   }
 }
 
-void Desktop::State::SetEditText(Node& edit, TextView text) {
-  edit.window.title = text;
-  edit.selectionBegin = edit.selectionEnd = edit.window.title.size();
+void Paste(Desktop::State& state, Node& edit) {
+  std::optional<Text> pasted = state.ClipboardIsFree() ? state.TextOnClipboard() : std::nullopt;
+  if (!pasted || edit.window.readOnly) {
+    return;
+  }
+  if (!edit.window.multiLine) {
+    pasted->resize(std::min(pasted->size(), pasted->find_first_of(u"\r\n")));
+  }
+  if (state.pasteDelay == 0) {
+    state.ReplaceSelection(edit, *pasted);
+    return;
+  }
+  state.Schedule(state.Now() + state.pasteDelay, [&state, id = edit.id, text = std::move(*pasted)] {
+    const std::lock_guard guard(state.mutex);
+    if (Node* later = state.Find(id)) {
+      state.ReplaceSelection(*later, text);
+    }
+  });
 }
 
+// Deletes the selection, or without one the unit before or behind the caret.
+void Erase(Desktop::State& state, Node& edit, bool before) {
+  if (edit.selectionBegin == edit.selectionEnd) {
+    if (before ? edit.selectionBegin == 0 : edit.selectionEnd == edit.window.title.size()) {
+      return;
+    }
+    edit.selectionBegin -= before ? 1 : 0;
+    edit.selectionEnd += before ? 0 : 1;
+  }
+  state.ReplaceSelection(edit, {});
+}
+
+}  // namespace
+
+void Desktop::State::Edited(Node& edit) {
+  if (const auto action = edit.onEdited) {
+    const HWND window = WindowFor(edit.id);
+    const CallOut out(*this, CallOut::To::Script);
+    action(window);
+  }
+}
+
+// Nothing of the field is to be touched after this: its script may have destroyed it.
 void Desktop::State::ReplaceSelection(Node& edit, TextView text) {
-  Text& content = edit.window.title;
-  const std::size_t begin = std::min(edit.selectionBegin, content.size());
-  const std::size_t end = std::clamp(edit.selectionEnd, begin, content.size());
-  content.replace(begin, end - begin, text);
-  edit.selectionBegin = edit.selectionEnd = begin + text.size();
+  edit.window.title.replace(edit.selectionBegin, edit.selectionEnd - edit.selectionBegin, text);
+  edit.selectionBegin = edit.selectionEnd = edit.selectionBegin + text.size();
   Edited(edit);
 }
 
 // What a pressed key does to the field that has the focus.
 void Desktop::State::TypeInto(Node& edit, WORD virtualKey) {
-  if (keyDown[VK_CONTROL] && !keyDown[VK_MENU]) {
+  const unsigned modifiers = Modifiers();
+  if (modifiers == kControl) {
     if (virtualKey == 'A') {
-      edit.selectionBegin = 0;
-      edit.selectionEnd = edit.window.title.size();
-    } else if (virtualKey == 'C' && edit.selectionEnd > edit.selectionBegin && !ClipboardHeldByOther()) {
-      const Text selected = edit.window.title.substr(edit.selectionBegin, edit.selectionEnd - edit.selectionBegin);
-      const auto* bytes = reinterpret_cast<const std::uint8_t*>(selected.c_str());
-      PutOnClipboard(CF_UNICODETEXT, {bytes, bytes + (selected.size() + 1) * sizeof(WCHAR)});
-    } else if (virtualKey == 'V' && TextOnClipboard() && !edit.window.readOnly && !ClipboardHeldByOther()) {
-      const Text pasted = *TextOnClipboard();
-      // A field of one line takes the first line only.
-      const Text line = pasted.substr(0, pasted.find_first_of(u"\r\n"));
-      if (pasteDelay == 0) {
-        ReplaceSelection(edit, line);
-      } else {
-        Schedule(Now() + pasteDelay, [this, id = edit.id, line] {
-          if (Node* later = Find(id)) {
-            ReplaceSelection(*later, line);
-          }
-        });
-      }
+      SelectAll(edit);
+    } else if (virtualKey == 'C') {
+      CopySelection(*this, edit);
+    } else if (virtualKey == 'V') {
+      Paste(*this, edit);
     }
     return;
   }
-  if (const Text typed = CharactersOf(virtualKey); !typed.empty() && !edit.window.readOnly) {
-    ReplaceSelection(edit, typed);
+  if (virtualKey == VK_INSERT && modifiers == kShift) {
+    return Paste(*this, edit);
+  }
+  if (edit.window.readOnly) {
+    return;
+  }
+  if (virtualKey == kBackspace || virtualKey == kDelete) {
+    return Erase(*this, edit, virtualKey == kBackspace);
+  }
+  if (virtualKey == kEnter) {
+    return edit.window.multiLine ? ReplaceSelection(edit, u"\r\n") : void();
+  }
+  if (const WCHAR typed = CharacterOf(virtualKey, modifiers); typed >= u' ') {
+    ReplaceSelection(edit, {&typed, 1});
   }
 }
 
+// ---- Scripting ----
+
 void Desktop::SetSelection(HWND edit, std::size_t begin, std::size_t end) {
   const std::lock_guard guard(state_->mutex);
-  Node* node = state_->FindWindow(edit);
-  node->selectionBegin = begin;
-  node->selectionEnd = end;
+  if (Node* node = state_->FindWindow(edit)) {
+    node->selectionEnd = std::min(end, node->window.title.size());
+    node->selectionBegin = std::min(begin, node->selectionEnd);
+  }
+}
+
+void Desktop::OnEdited(HWND edit, std::function<void(HWND)> action) {
+  const std::lock_guard guard(state_->mutex);
+  if (Node* node = state_->FindWindow(edit)) {
+    node->onEdited = std::move(action);
+  }
+}
+
+void Desktop::RefuseText(HWND edit) {
+  const std::lock_guard guard(state_->mutex);
+  if (Node* node = state_->FindWindow(edit)) {
+    node->refusesText = true;
+  }
 }
 
 void Desktop::DelayPaste(double milliseconds) {
@@ -70,3 +133,31 @@ void Desktop::DelayPaste(double milliseconds) {
 }
 
 }  // namespace standin
+
+using namespace standin;
+
+// ---- Platform functions ----
+
+extern "C" LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  STANDIN_CALL(SendMessageW);
+  Node* node = call->FindWindow(window);
+  if (call.Fails() || node == nullptr || node->refusesText || node->window.behaviour == Behaviour::None) {
+    return 0;
+  }
+  const auto* const given = reinterpret_cast<const WCHAR*>(lParam);
+  const TextView text = given == nullptr ? TextView() : TextView(given);
+  if (message == WM_SETTEXT) {
+    call->Note("WM_SETTEXT", "units=", static_cast<std::int64_t>(text.size()));
+    node->window.title = text;
+    node->selectionBegin = node->selectionEnd = 0;
+    call->Edited(*node);
+    return TRUE;
+  }
+  if (message == EM_REPLACESEL && node->window.behaviour == Behaviour::Edit) {
+    call->Note("EM_REPLACESEL", "canUndo=", static_cast<std::int64_t>(wParam),
+               " units=", static_cast<std::int64_t>(text.size()));
+    call->ReplaceSelection(*node, text);
+    return 1;
+  }
+  return 0;
+}

@@ -7,7 +7,8 @@ namespace standin {
 
 namespace {
 
-constexpr HRESULT kElementNotAvailable = static_cast<HRESULT>(0x80040201);
+using uia::kElementNotAvailable;
+constexpr HRESULT kNoClickablePoint = static_cast<HRESULT>(0x80040202);
 
 CONTROLTYPEID ControlTypeOf(const Node& node) {
   if (node.id == kRootElement) {
@@ -89,10 +90,24 @@ Text NameOf(const Node& node) {
 }
 
 Text ClassNameOf(const Node& node) {
-  if (node.id == kRootElement) {
-    return u"#32769";
-  }
   return node.isWindow ? node.window.className : node.element.className;
+}
+
+// The part of the element that is not cut off by what it lies in; empty when it is not shown.
+RECT VisiblePart(Desktop::State& state, const Node& element) {
+  RECT visible = element.rect;
+  for (const Node* node = &element; node != nullptr && node->id != kRootElement; node = state.Find(node->parent)) {
+    if (!node->visible || node->minimized) {
+      return {};
+    }
+    visible = {std::max(visible.left, node->rect.left), std::max(visible.top, node->rect.top),
+               std::min(visible.right, node->rect.right), std::min(visible.bottom, node->rect.bottom)};
+  }
+  return visible;
+}
+
+LONG Middle(LONG low, LONG high) {
+  return static_cast<LONG>((LONGLONG{low} + high) / 2);
 }
 
 }  // namespace
@@ -125,13 +140,12 @@ uia::Node Desktop::State::At(POINT point) {
 
 uia::Node Desktop::State::OfWindow(HWND window) {
   const std::lock_guard guard(mutex);
-  return FindWindow(window) != nullptr || ElementFor(window) == kRootElement ? ElementFor(window) : 0;
+  return FindWindow(window) != nullptr ? ElementFor(window) : 0;
 }
 
 HWND Desktop::State::WindowOf(uia::Node node) {
   const std::lock_guard guard(mutex);
-  const Node* found = Find(node);
-  return found != nullptr && (found->isWindow || node == kRootElement) ? WindowFor(node) : nullptr;
+  return FindWindow(WindowFor(node)) != nullptr ? WindowFor(node) : nullptr;
 }
 
 uia::PropertyValue Desktop::State::Property(uia::Node element, PROPERTYID property) {
@@ -180,13 +194,18 @@ HRESULT Desktop::State::ClickablePoint(uia::Node element, POINT* point, BOOL* go
   if (node == nullptr) {
     return kElementNotAvailable;
   }
-  const POINT centre{node->rect.left + (node->rect.right - node->rect.left) / 2,
-                     node->rect.top + (node->rect.bottom - node->rect.top) / 2};
-  const std::optional<POINT> clickable = node->clickablePoint.value_or(centre);
-  if (!clickable) {
-    return E_FAIL;
+  if (node->clickablePoint) {
+    if (!*node->clickablePoint) {
+      return kNoClickablePoint;
+    }
+    *point = **node->clickablePoint;
+  } else {
+    const RECT visible = VisiblePart(*this, *node);
+    if (visible.left >= visible.right || visible.top >= visible.bottom) {
+      return kNoClickablePoint;
+    }
+    *point = {Middle(visible.left, visible.right), Middle(visible.top, visible.bottom)};
   }
-  *point = *clickable;
   *gotClickable = TRUE;
   return S_OK;
 }
@@ -195,15 +214,18 @@ HRESULT Desktop::State::ClickablePoint(uia::Node element, POINT* point, BOOL* go
 
 Element Desktop::AddElement(Element parent, const ElementSpec& element) {
   const std::lock_guard guard(state_->mutex);
-  const Element id = state_->nextElement++;
-  Node& node = state_->nodes[id];
-  node.id = id;
+  Node* const above = state_->Find(parent);
+  if (above == nullptr) {
+    return 0;
+  }
+  Node node;
+  node.id = state_->nextElement++;
   node.parent = parent;
-  node.element = element;
-  node.rect = element.rect;
   node.z = state_->nextZ++;
-  state_->nodes[parent].children.push_back(id);
-  return id;
+  node.rect = element.rect;
+  node.element = element;
+  above->children.push_back(node.id);
+  return (state_->nodes[node.id] = std::move(node)).id;
 }
 
 Element Desktop::AddElement(HWND parent, const ElementSpec& element) {
@@ -225,52 +247,61 @@ Element Desktop::RootElement() const {
 
 RECT Desktop::RectOf(Element element) const {
   const std::lock_guard guard(state_->mutex);
-  return state_->Find(element)->rect;
+  const Node* node = state_->Find(element);
+  return node == nullptr ? RECT{} : node->rect;
 }
 
 std::vector<Element> Desktop::ChildrenOf(Element element) const {
-  const std::lock_guard guard(state_->mutex);
-  return state_->Find(element)->children;
+  return state_->Children(element);
 }
 
+namespace {
+
+// Runs `change` on an element that exists.
+template <class Change>
+void Alter(Desktop::State& state, Element element, Change change) {
+  const std::lock_guard guard(state.mutex);
+  if (Node* node = state.Find(element)) {
+    change(*node);
+  }
+}
+
+void Override(Desktop::State& state, Element element, PROPERTYID property, PropertyOverride answer) {
+  Alter(state, element, [&](Node& node) { node.overrides.insert_or_assign(property, std::move(answer)); });
+}
+
+}  // namespace
+
 void Desktop::SetProperty(Element element, PROPERTYID property, TextView text) {
-  const std::lock_guard guard(state_->mutex);
-  state_->Find(element)->overrides[property] = {PropertyOverride::Kind::String, Text(text), S_OK};
+  Override(*state_, element, property, {PropertyOverride::Kind::String, Text(text)});
 }
 
 void Desktop::SetNullString(Element element, PROPERTYID property) {
-  const std::lock_guard guard(state_->mutex);
-  state_->Find(element)->overrides[property] = {PropertyOverride::Kind::NullString, {}, S_OK};
+  Override(*state_, element, property, {PropertyOverride::Kind::NullString});
 }
 
 void Desktop::SetUnsupported(Element element, PROPERTYID property) {
-  const std::lock_guard guard(state_->mutex);
-  state_->Find(element)->overrides[property] = {PropertyOverride::Kind::Unsupported, {}, S_OK};
+  Override(*state_, element, property, {PropertyOverride::Kind::Unsupported});
 }
 
 void Desktop::FailProperty(Element element, PROPERTYID property, HRESULT result) {
-  const std::lock_guard guard(state_->mutex);
-  state_->Find(element)->overrides[property] = {PropertyOverride::Kind::Failure, {}, result};
+  Override(*state_, element, property, {PropertyOverride::Kind::Failure, {}, result});
 }
 
 void Desktop::SetClickablePoint(Element element, std::optional<POINT> point) {
-  const std::lock_guard guard(state_->mutex);
-  state_->Find(element)->clickablePoint = point;
+  Alter(*state_, element, [point](Node& node) { node.clickablePoint = point; });
 }
 
 void Desktop::FailRectangle(Element element) {
-  const std::lock_guard guard(state_->mutex);
-  state_->Find(element)->elementRectFails = true;
+  Alter(*state_, element, [](Node& node) { node.elementRectFails = true; });
 }
 
 void Desktop::HideFromArrays(Element element) {
-  const std::lock_guard guard(state_->mutex);
-  state_->Find(element)->hiddenFromArrays = true;
+  Alter(*state_, element, [](Node& node) { node.hiddenFromArrays = true; });
 }
 
 void Desktop::HideFromCache(Element element) {
-  const std::lock_guard guard(state_->mutex);
-  state_->Find(element)->hiddenFromCache = true;
+  Alter(*state_, element, [](Node& node) { node.hiddenFromCache = true; });
 }
 
 }  // namespace standin

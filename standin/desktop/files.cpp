@@ -49,19 +49,34 @@ std::string MachinePath(const WCHAR* path) {
   return machine;
 }
 
-constexpr const char* kFile = "handle of a file";
-constexpr const char* kProcess = "handle of a process";
-constexpr const char* kThread = "handle of a thread";
-constexpr const char* kEvent = "handle of an event";
-
-HANDLE MakeHandle(Desktop::State& state, KernelObject object, const char* kind) {
-  const auto handle = reinterpret_cast<HANDLE>(state.nextHandle += 4);
-  state.handles[handle] = std::move(object);
-  state.Give(handle, kind);
-  return handle;
+const char* KindOf(const KernelObject& object) {
+  switch (object.kind) {
+    case KernelObject::Kind::Thread:
+      return "handle of a thread";
+    case KernelObject::Kind::Event:
+      return "handle of an event";
+    case KernelObject::Kind::File:
+      return "handle of a file";
+    case KernelObject::Kind::Process:
+      break;
+  }
+  return "handle of a process";
 }
 
 }  // namespace
+
+HANDLE Desktop::State::MakeHandle(KernelObject object) {
+  const auto handle = reinterpret_cast<HANDLE>(nextHandle += 4);
+  Give(handle, KindOf(object));
+  handles[handle] = std::move(object);
+  return handle;
+}
+
+void Desktop::State::Close(const KernelObject& object) {
+  if (object.kind == KernelObject::Kind::File) {
+    close(object.file);
+  }
+}
 
 void Desktop::SetLocalAppData(std::optional<std::string> folder) {
   const std::lock_guard guard(state_->mutex);
@@ -81,15 +96,15 @@ BOOL CreateDirectoryW(const WCHAR* path, void* /*security*/) {
   return !call.Fails() && mkdir(MachinePath(path).c_str(), 0777) == 0;
 }
 
-HANDLE CreateFileW(const WCHAR* path, DWORD /*access*/, DWORD /*share*/, void* /*security*/, DWORD /*disposition*/,
+// Only what appends to a file that may be new.
+HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD /*share*/, void* /*security*/, DWORD disposition,
                    DWORD /*attributes*/, HANDLE /*templateFile*/) {
   STANDIN_CALL(CreateFileW);
-  if (call.Fails()) {
+  if (call.Fails() || access != FILE_APPEND_DATA || disposition != OPEN_ALWAYS) {
     return INVALID_HANDLE_VALUE;
   }
   const int file = open(MachinePath(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-  return file < 0 ? INVALID_HANDLE_VALUE
-                  : MakeHandle(call.State(), {.kind = KernelObject::Kind::File, .file = file}, kFile);
+  return file < 0 ? INVALID_HANDLE_VALUE : call->MakeHandle({.kind = KernelObject::Kind::File, .file = file});
 }
 
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD size, DWORD* written, void* /*overlapped*/) {
@@ -110,21 +125,10 @@ BOOL CloseHandle(HANDLE object) {
     call->Misuse("closed an unknown handle");
     return FALSE;
   }
-  const char* kind = entry->second.kind == KernelObject::Kind::Event ? kEvent : kThread;
-  if (entry->second.kind == KernelObject::Kind::File) {
-    close(entry->second.file);
-    kind = kFile;
-  } else if (entry->second.kind == KernelObject::Kind::Process) {
-    kind = kProcess;
-  }
-  call->Take(object, kind);
+  call->Close(entry->second);
+  call->Take(object, KindOf(entry->second));
   call->handles.erase(entry);
   return !call.Fails();
-}
-
-DWORD GetLastError() {
-  STANDIN_COUNTED_CALL(GetLastError);
-  return Desktop::State::lastError;
 }
 
 HMODULE GetModuleHandleW(const WCHAR* /*name*/) {
@@ -137,7 +141,7 @@ BOOL GetModuleHandleExW(DWORD flags, const WCHAR* /*nameOrAddress*/, HMODULE* mo
   if (call.Fails()) {
     return FALSE;
   }
-  call->Note("GetModuleHandleExW", "flags=" + std::to_string(flags));
+  call->Note("GetModuleHandleExW", "flags=", flags);
   *module = reinterpret_cast<HMODULE>(std::uintptr_t{0x10000000});
   return TRUE;
 }
@@ -148,8 +152,8 @@ HANDLE OpenProcess(DWORD access, BOOL /*inherit*/, DWORD processId) {
   if (call.Fails() || process == call->processes.end() || !process->second.canBeOpened) {
     return nullptr;
   }
-  call->Note("OpenProcess", "access=" + std::to_string(access));
-  return MakeHandle(call.State(), {.kind = KernelObject::Kind::Process, .process = processId}, kProcess);
+  call->Note("OpenProcess", "access=", access);
+  return call->MakeHandle({.kind = KernelObject::Kind::Process, .process = processId});
 }
 
 DWORD K32GetModuleFileNameExW(HANDLE process, HMODULE /*module*/, WCHAR* path, DWORD size) {
@@ -158,7 +162,7 @@ DWORD K32GetModuleFileNameExW(HANDLE process, HMODULE /*module*/, WCHAR* path, D
   if (call.Fails() || size == 0 || entry == call->handles.end() || entry->second.kind != KernelObject::Kind::Process) {
     return 0;
   }
-  const std::size_t length = call->processes[entry->second.process].path.copy(path, size - 1);
+  const std::size_t length = call->processes.at(entry->second.process).path.copy(path, size - 1);
   path[length] = 0;
   return static_cast<DWORD>(length);
 }
@@ -184,11 +188,10 @@ HRESULT SHGetKnownFolderPath(REFKNOWNFOLDERID /*folder*/, DWORD /*flags*/, HANDL
   if (call.Fails() || !call->localAppData) {
     return call.Failure();
   }
-  const std::u16string folder = std::filesystem::path(*call->localAppData).u16string();
+  const Text folder = std::filesystem::path(*call->localAppData).u16string();
   const std::size_t size = (folder.size() + 1) * sizeof(WCHAR);
-  *path = static_cast<WCHAR*>(std::malloc(size));
+  *path = static_cast<WCHAR*>(call->AllocateForTask(size));
   std::memcpy(*path, folder.c_str(), size);
-  call->Give(*path, "task memory");
   return S_OK;
 }
 

@@ -12,82 +12,123 @@ constexpr UINT kKeyUp = 0x0101;
 constexpr UINT kCharacter = 0x0102;
 constexpr UINT kSystemKeyDown = 0x0104;
 constexpr UINT kSystemKeyUp = 0x0105;
-constexpr SHORT kShift = 0x100;
 
-// The keys of the US layout that are neither letters nor digits, with their character without and with Shift.
+constexpr unsigned kShift = 1;
+constexpr unsigned kControl = 2;
+constexpr unsigned kAlt = 4;
+
+// The keys of the US layout that are no letters, with their character without and with Shift.
 struct LayoutKey {
   WORD virtualKey;
   WCHAR plain;
   WCHAR shifted;
 };
 constexpr LayoutKey kKeys[] = {
-    {0x20, u' ', u' '}, {0xBA, u';', u':'},  {0xBB, u'=', u'+'}, {0xBC, u',', u'<'}, {0xBD, u'-', u'_'},
-    {0xBE, u'.', u'>'}, {0xBF, u'/', u'?'},  {0xC0, u'`', u'~'}, {0xDB, u'[', u'{'}, {0xDC, u'\\', u'|'},
-    {0xDD, u']', u'}'}, {0xDE, u'\'', u'"'}, {0x30, u'0', u')'}, {0x31, u'1', u'!'}, {0x32, u'2', u'@'},
-    {0x33, u'3', u'#'}, {0x34, u'4', u'$'},  {0x35, u'5', u'%'}, {0x36, u'6', u'^'}, {0x37, u'7', u'&'},
-    {0x38, u'8', u'*'}, {0x39, u'9', u'('},
+    {0x08, u'\b', u'\b'}, {0x09, u'\t', u'\t'}, {0x0D, u'\r', u'\r'}, {0x1B, u'\x1B', u'\x1B'}, {0x20, u' ', u' '},
+    {0xBA, u';', u':'},   {0xBB, u'=', u'+'},   {0xBC, u',', u'<'},   {0xBD, u'-', u'_'},       {0xBE, u'.', u'>'},
+    {0xBF, u'/', u'?'},   {0xC0, u'`', u'~'},   {0xDB, u'[', u'{'},   {0xDC, u'\\', u'|'},      {0xDD, u']', u'}'},
+    {0xDE, u'\'', u'"'},  {0x30, u'0', u')'},   {0x31, u'1', u'!'},   {0x32, u'2', u'@'},       {0x33, u'3', u'#'},
+    {0x34, u'4', u'$'},   {0x35, u'5', u'%'},   {0x36, u'6', u'^'},   {0x37, u'7', u'&'},       {0x38, u'8', u'*'},
+    {0x39, u'9', u'('},
 };
 
-}  // namespace
+SHORT Combination(unsigned virtualKey, unsigned modifiers) {
+  return static_cast<SHORT>(modifiers << 8 | virtualKey);
+}
 
-SHORT Desktop::State::KeyFor(WCHAR character) const {
-  if (const auto override = keyOverrides.find(character); override != keyOverrides.end()) {
-    return override->second;
+// What VkKeyScanW answers.
+SHORT KeyFor(const Desktop::State& state, WCHAR character) {
+  if (const auto scripted = state.keyOverrides.find(character); scripted != state.keyOverrides.end()) {
+    return scripted->second;
   }
   if (character >= u'a' && character <= u'z') {
-    return static_cast<SHORT>(character - u'a' + 'A');
+    return Combination(character - u'a' + 'A', 0);
   }
   if (character >= u'A' && character <= u'Z') {
-    return static_cast<SHORT>(character | kShift);
+    return Combination(character, kShift);
   }
   for (const LayoutKey& key : kKeys) {
-    if (key.plain == character) {
-      return static_cast<SHORT>(key.virtualKey);
+    if (key.plain == character || key.shifted == character) {
+      return Combination(key.virtualKey, key.plain == character ? 0 : kShift);
     }
-    if (key.shifted == character) {
-      return static_cast<SHORT>(key.virtualKey | kShift);
-    }
+  }
+  if (character == u'\n') {
+    return Combination(0x0D, kControl);
+  }
+  if (character >= 1 && character <= 26) {
+    return Combination(character - 1u + 'A', kControl);
   }
   return -1;
 }
 
-Text Desktop::State::CharactersOf(WORD virtualKey) const {
-  const bool shifted = keyDown[VK_SHIFT];
-  if (virtualKey >= 'A' && virtualKey <= 'Z') {
-    return Text(1, static_cast<WCHAR>(shifted ? virtualKey : virtualKey - 'A' + u'a'));
+WCHAR CharacterOfLayout(WORD virtualKey, unsigned modifiers) {
+  const bool isLetter = virtualKey >= 'A' && virtualKey <= 'Z';
+  if (modifiers == kControl) {
+    return static_cast<WCHAR>(isLetter ? virtualKey - 'A' + 1 : 0);
   }
-  for (const LayoutKey& key : kKeys) {
-    if (key.virtualKey == virtualKey) {
-      return Text(1, shifted ? key.shifted : key.plain);
+  if (modifiers > kShift) {
+    return 0;
+  }
+  if (isLetter) {
+    return static_cast<WCHAR>(modifiers == kShift ? virtualKey : virtualKey - 'A' + 'a');
+  }
+  const auto* const key = std::find_if(std::begin(kKeys), std::end(kKeys),
+                                       [&](const LayoutKey& each) { return each.virtualKey == virtualKey; });
+  return key == std::end(kKeys) ? WCHAR{0} : modifiers == kShift ? key->shifted : key->plain;
+}
+
+void ReceiveKey(Desktop::State& state, HWND window, UINT message, WPARAM key) {
+  if (!state.tracing) {
+    return;
+  }
+  state.keyMessages.push_back({window, message, key});
+  const char* const name = message == kKeyDown         ? "WM_KEYDOWN"
+                           : message == kKeyUp         ? "WM_KEYUP"
+                           : message == kSystemKeyDown ? "WM_SYSKEYDOWN"
+                           : message == kSystemKeyUp   ? "WM_SYSKEYUP"
+                                                       : "WM_CHAR";
+  state.Note(name, "key=", static_cast<std::int64_t>(key));
+}
+
+}  // namespace
+
+unsigned Desktop::State::Modifiers() const {
+  return (keyDown[VK_SHIFT] ? kShift : 0) | (keyDown[VK_CONTROL] ? kControl : 0) | (keyDown[VK_MENU] ? kAlt : 0);
+}
+
+WCHAR Desktop::State::CharacterOf(WORD virtualKey, unsigned modifiers) const {
+  for (const auto& [character, key] : keyOverrides) {
+    if (key == Combination(virtualKey, modifiers)) {
+      return character;
     }
   }
-  return {};
+  return CharacterOfLayout(virtualKey, modifiers);
 }
 
 void Desktop::State::Key(WORD virtualKey, bool down, bool synthesized) {
-  const WORD index = virtualKey & 0xFF;
-  keyDown[index] = down;
+  keyDown[virtualKey & 0xFF] = down;
   if (synthesized) {
-    synthesizedDown[index] = down;
+    synthesizedDown[virtualKey & 0xFF] = down;
   }
   const HWND receiver = focus != nullptr ? focus : foreground;
-  if (receiver == nullptr || FindWindow(receiver) == nullptr) {
+  Node* const node = FindWindow(receiver);
+  if (node == nullptr) {
     return;
   }
-  const bool system = (keyDown[VK_MENU] || index == VK_MENU) && !keyDown[VK_CONTROL];
-  if (tracing) {
-    keyMessages.push_back(
-        {receiver, down ? (system ? kSystemKeyDown : kKeyDown) : (system ? kSystemKeyUp : kKeyUp), virtualKey});
+  const unsigned modifiers = Modifiers() | (virtualKey == VK_MENU ? kAlt : 0);
+  const bool isSystem = (modifiers & kAlt) != 0 && (modifiers & kControl) == 0;
+  if (!down) {
+    return ReceiveKey(*this, receiver, isSystem ? kSystemKeyUp : kKeyUp, virtualKey);
   }
-  if (!down || system) {
+  ReceiveKey(*this, receiver, isSystem ? kSystemKeyDown : kKeyDown, virtualKey);
+  if (isSystem) {
     return;
   }
-  Node& node = *FindWindow(receiver);
-  if (const Text typed = CharactersOf(virtualKey); !typed.empty() && !keyDown[VK_CONTROL] && tracing) {
-    keyMessages.push_back({receiver, kCharacter, typed[0]});
+  if (const WCHAR typed = CharacterOf(virtualKey, modifiers); typed != 0) {
+    ReceiveKey(*this, receiver, kCharacter, typed);
   }
-  if (node.window.behaviour == Behaviour::Edit) {
-    TypeInto(node, virtualKey);
+  if (node->window.behaviour == Behaviour::Edit) {
+    TypeInto(*node, virtualKey);
   }
 }
 
@@ -124,8 +165,9 @@ std::vector<std::vector<INPUT>> Desktop::InputBatches() const {
 }
 
 std::vector<INPUT> Desktop::SentInput() const {
+  const std::lock_guard guard(state_->mutex);
   std::vector<INPUT> all;
-  for (const auto& batch : InputBatches()) {
+  for (const auto& batch : state_->batches) {
     all.insert(all.end(), batch.begin(), batch.end());
   }
   return all;
@@ -157,14 +199,14 @@ UINT SendInput(UINT count, INPUT* inputs, int size) {
   const UINT inserted = std::min(count, call->insertedPerCall.value_or(count));
   if (call->tracing) {
     call->batches.emplace_back(inputs, inputs + count);
-    call->Note("SendInput", "count=" + std::to_string(count) + " inserted=" + std::to_string(inserted));
   }
-  for (UINT i = 0; i < inserted; ++i) {
-    const INPUT& input = inputs[i];
+  call->Note("SendInput", "count=", count, " inserted=", inserted);
+  for (const INPUT& input : std::vector(inputs, inputs + inserted)) {
     if (input.type == INPUT_KEYBOARD) {
       call->Key(input.ki.wVk, (input.ki.dwFlags & KEYEVENTF_KEYUP) == 0, true);
       continue;
     }
+    // Without MOUSEEVENTF_MOVE, which is not answered here, the pointer stays where it is.
     if ((input.mi.dwFlags & MOUSEEVENTF_LEFTDOWN) != 0) {
       call->MouseButton(true, true);
     }
@@ -177,7 +219,7 @@ UINT SendInput(UINT count, INPUT* inputs, int size) {
 
 SHORT VkKeyScanW(WCHAR character) {
   STANDIN_CALL(VkKeyScanW);
-  return call.Fails() ? SHORT{-1} : call->KeyFor(character);
+  return call.Fails() ? SHORT{-1} : KeyFor(*call, character);
 }
 
 SHORT GetAsyncKeyState(int virtualKey) {

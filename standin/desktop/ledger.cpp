@@ -1,12 +1,68 @@
-// What was handed out and is not given back yet.
+// What was handed out and is not given back yet, and the trace.
 #include <algorithm>
+#include <cstdio>
 
 #include "standin/desktop/state.h"
 
 namespace standin {
 
-void Desktop::State::Give(const void* thing, std::string kind) {
-  given[thing] = std::move(kind);
+namespace {
+
+using Lines = std::vector<std::string>;
+
+void ListMemory(const Model& model, Lines& lines) {
+  for (const auto& [block, memory] : model.globals) {
+    if (!memory.systemOwned) {
+      lines.emplace_back("global memory");
+    }
+    for (int i = 0; i < memory.locks; ++i) {
+      lines.emplace_back("lock of global memory");
+    }
+  }
+  if (model.clipboardThread != 0) {
+    lines.emplace_back("clipboard held open");
+  }
+}
+
+void ListThreads(const Model& model, Lines& lines) {
+  for (const auto& thread : model.threads) {
+    for (int i = 0; i < thread->comInitializations; ++i) {
+      lines.emplace_back("COM initialisation");
+    }
+    for (std::size_t i = 0; i < thread->attachedTo.size(); ++i) {
+      lines.emplace_back("attached input queue");
+    }
+    if (thread->start != nullptr && !thread->ended) {
+      lines.emplace_back("thread still running");
+    }
+  }
+}
+
+void ListWindowsAndInput(const Model& model, Lines& lines) {
+  for (std::size_t i = 0; i < model.hooks.size(); ++i) {
+    lines.emplace_back("hook");
+  }
+  for (const auto& [id, node] : model.nodes) {
+    for (std::size_t i = 0; i < node.properties.size(); ++i) {
+      lines.emplace_back("window property");
+    }
+  }
+  for (int key = 0; key < 256; ++key) {
+    if (model.synthesizedDown[key]) {
+      char line[32];
+      std::snprintf(line, sizeof line, "key left down: 0x%02X", static_cast<unsigned>(key));
+      lines.emplace_back(line);
+    }
+  }
+  if (model.synthesizedButtonDown) {
+    lines.emplace_back("left mouse button left down");
+  }
+}
+
+}  // namespace
+
+void Desktop::State::Give(const void* thing, const char* kind) {
+  given[thing] = kind;
 }
 
 bool Desktop::State::Take(const void* thing, std::string_view kind) {
@@ -23,12 +79,6 @@ void Desktop::State::Misuse(std::string what) {
   misuses.push_back(std::move(what));
 }
 
-void Desktop::State::Note(std::string name, std::string detail) {
-  if (tracing) {
-    trace.push_back({std::move(name), std::move(detail)});
-  }
-}
-
 void Desktop::State::Made(const void* object, const char* interfaceName) {
   const std::lock_guard guard(mutex);
   Give(object, interfaceName);
@@ -39,52 +89,19 @@ void Desktop::State::Destroyed(const void* object) {
   given.erase(object);
 }
 
+// ---- Scripting ----
+
 std::vector<std::string> Desktop::Outstanding() const {
   const std::lock_guard guard(state_->mutex);
-  std::vector<std::string> all;
+  Lines lines;
   for (const auto& [thing, kind] : state_->given) {
-    all.push_back(kind);
+    lines.emplace_back(kind);
   }
-  if (state_->clipboardThread != 0) {
-    all.emplace_back("clipboard held open");
-  }
-  for (std::size_t i = 0; i < state_->hooks.size(); ++i) {
-    all.emplace_back("hook");
-  }
-  for (const auto& [id, node] : state_->nodes) {
-    for (std::size_t i = 0; i < node.properties.size(); ++i) {
-      all.emplace_back("window property");
-    }
-  }
-  for (const auto& [block, memory] : state_->globals) {
-    if (!memory.systemOwned) {
-      all.emplace_back("global memory");
-    }
-    if (memory.locks > 0) {
-      all.emplace_back("locked global memory");
-    }
-  }
-  for (const auto& thread : state_->threads) {
-    if (thread->comInitializations > 0) {
-      all.emplace_back("COM initialisation");
-    }
-    if (!thread->attachedTo.empty()) {
-      all.emplace_back("attached input queue");
-    }
-    if (thread->start != nullptr && !thread->ended) {
-      all.emplace_back("thread still running");
-    }
-  }
-  for (int key = 0; key < 256; ++key) {
-    if (state_->synthesizedDown[key]) {
-      all.push_back("key left down: " + std::to_string(key));
-    }
-  }
-  if (state_->synthesizedButtonDown) {
-    all.emplace_back("mouse button left down");
-  }
-  std::sort(all.begin(), all.end());
-  return all;
+  ListMemory(*state_, lines);
+  ListThreads(*state_, lines);
+  ListWindowsAndInput(*state_, lines);
+  std::sort(lines.begin(), lines.end());
+  return lines;
 }
 
 std::vector<std::string> Desktop::Misuses() const {
@@ -105,10 +122,6 @@ void Desktop::ClearTrace() {
 void Desktop::SetTracing(bool on) {
   const std::lock_guard guard(state_->mutex);
   state_->tracing = on;
-}
-
-CallGate& Desktop::Gate() {
-  return gate_;
 }
 
 }  // namespace standin

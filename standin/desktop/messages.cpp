@@ -1,33 +1,63 @@
-// Message queues, the low-level mouse hook, and the cursor's shape.
+// Message queues, low-level mouse hooks, and the cursor's shape.
 #include "standin/desktop/state.h"
 
 namespace standin {
 
 namespace {
 
-Thread* FindThread(Desktop::State& state, DWORD id) {
+LRESULT CallProcedure(Desktop::State& state, const HookCall& call) {
+  const CallOut out(state, CallOut::To::Library);
+  MSLLHOOKSTRUCT event = call.event;
+  return call.procedure(0, call.message, reinterpret_cast<LPARAM>(&event));
+}
+
+// A hook procedure runs on the thread that installed it, whichever thread's input it is about.
+LRESULT CallOn(Desktop::State& state, Thread& owner, HookCall& call) {
+  if (&owner == &state.Self()) {
+    return CallProcedure(state, call);
+  }
+  owner.hookCalls.push_back(&call);
+  state.changed.notify_all();
+  state.Wait(
+      kNever, [&] { return call.done || owner.ended; }, "a hook procedure");
+  return call.result;
+}
+
+void AnswerHookCalls(Desktop::State& state, Thread& self) {
+  while (!self.hookCalls.empty()) {
+    HookCall& call = *self.hookCalls.front();
+    self.hookCalls.pop_front();
+    call.result = CallProcedure(state, call);
+    call.done = true;
+    state.changed.notify_all();
+  }
+}
+
+// The thread that a message of the script is for: the one that waits for messages, else the caller.
+Thread& Addressee(Desktop::State& state) {
   for (const auto& thread : state.threads) {
-    if (thread->id == id) {
-      return thread.get();
+    if (thread->inGetMessage) {
+      return *thread;
     }
   }
-  return nullptr;
+  return state.Self();
 }
 
 }  // namespace
 
-// Offers an event to the hooks, newest first; true when one swallows it. A hook is called while its thread waits for
-// messages, which is when Windows calls it.
-bool Desktop::State::PassMouseHooks(UINT message) {
+// Offers the event to the hooks, newest first. A thread answers for its hooks while it waits for messages; the system
+// does not wait for one that does something else.
+bool Desktop::State::HooksSwallow(UINT message) {
   const auto installed = hooks;
   for (auto hook = installed.rbegin(); hook != installed.rend(); ++hook) {
-    const Thread* thread = FindThread(*this, hook->second.thread);
-    if (thread == nullptr || !thread->inGetMessage) {
+    Thread* const owner = FindThread(hook->second.thread);
+    if (owner == nullptr || owner->ended || !owner->inGetMessage || !hooks.contains(hook->first)) {
       continue;
     }
-    MSLLHOOKSTRUCT event{};
-    event.pt = cursor;
-    if (hook->second.procedure(0, message, reinterpret_cast<LPARAM>(&event)) != 0) {
+    HookCall call{hook->second.procedure, message, {}};
+    call.event.pt = cursor;
+    call.event.time = static_cast<DWORD>(Now() / 1'000'000 + tickOffset);
+    if (CallOn(*this, *owner, call) != 0) {
       return true;
     }
   }
@@ -40,27 +70,14 @@ void Desktop::PostMessageToThread(UINT message) {
   const std::lock_guard guard(state_->mutex);
   MSG posted{};
   posted.message = message;
-  // From an action, to whoever waits for messages; else to the caller.
-  for (const auto& thread : state_->threads) {
-    if (thread->inGetMessage) {
-      thread->messages.push_back(posted);
-      state_->changed.notify_all();
-      return;
-    }
-  }
-  state_->Self().messages.push_back(posted);
+  Addressee(*state_).messages.push_back(posted);
+  state_->changed.notify_all();
 }
 
 void Desktop::PostQuit(int code) {
   const std::lock_guard guard(state_->mutex);
-  for (const auto& thread : state_->threads) {
-    if (thread->inGetMessage) {
-      thread->quit = code;
-      state_->changed.notify_all();
-      return;
-    }
-  }
-  state_->Self().quit = code;
+  Addressee(*state_).quit = code;
+  state_->changed.notify_all();
 }
 
 bool Desktop::QuitPending() const {
@@ -75,7 +92,11 @@ int Desktop::HookCount() const {
 
 std::string Desktop::CursorShape() const {
   const std::lock_guard guard(state_->mutex);
-  return state_->cursorShape;
+  const auto shape = reinterpret_cast<std::uintptr_t>(state_->cursorShape);
+  if (shape == reinterpret_cast<std::uintptr_t>(IDC_ARROW)) {
+    return "arrow";
+  }
+  return shape == reinterpret_cast<std::uintptr_t>(IDC_CROSS) ? "cross" : "none";
 }
 
 }  // namespace standin
@@ -84,18 +105,11 @@ using namespace standin;
 
 // ---- Platform functions ----
 
-namespace {
-
-constexpr std::uintptr_t kArrow = 32512;
-constexpr std::uintptr_t kCross = 32515;
-
-}  // namespace
-
 extern "C" {
 
 HHOOK SetWindowsHookExW(int kind, HOOKPROC procedure, HINSTANCE /*module*/, DWORD /*threadId*/) {
   STANDIN_CALL(SetWindowsHookExW);
-  if (call.Fails() || kind != WH_MOUSE_LL) {
+  if (call.Fails() || kind != WH_MOUSE_LL || procedure == nullptr) {
     return nullptr;
   }
   const auto hook = reinterpret_cast<HHOOK>(call->nextHook += 8);
@@ -105,7 +119,8 @@ HHOOK SetWindowsHookExW(int kind, HOOKPROC procedure, HINSTANCE /*module*/, DWOR
 
 BOOL UnhookWindowsHookEx(HHOOK hook) {
   STANDIN_CALL(UnhookWindowsHookEx);
-  return call->hooks.erase(hook) > 0 && !call.Fails();
+  const bool wasInstalled = call->hooks.erase(hook) > 0;
+  return wasInstalled && !call.Fails();
 }
 
 LRESULT CallNextHookEx(HHOOK /*hook*/, int /*code*/, WPARAM /*wParam*/, LPARAM /*lParam*/) {
@@ -120,10 +135,13 @@ BOOL GetMessageW(MSG* message, HWND /*window*/, UINT /*first*/, UINT /*last*/) {
     return -1;
   }
   Thread& self = call->Self();
-  self.inGetMessage = true;
-  call->Wait(
-      kNever, [&self] { return !self.messages.empty() || self.quit.has_value(); }, "a message");
-  self.inGetMessage = false;
+  const bool outer = std::exchange(self.inGetMessage, true);
+  while (self.messages.empty() && !self.quit) {
+    call->Wait(
+        kNever, [&self] { return !self.messages.empty() || self.quit || !self.hookCalls.empty(); }, "a message");
+    AnswerHookCalls(*call, self);
+  }
+  self.inGetMessage = outer;
   if (!self.messages.empty()) {
     *message = self.messages.front();
     self.messages.pop_front();
@@ -142,13 +160,13 @@ BOOL TranslateMessage(const MSG* /*message*/) {
 
 LRESULT DispatchMessageW(const MSG* message) {
   STANDIN_COUNTED_CALL(DispatchMessageW);
-  call->Note("DispatchMessageW", "message=" + std::to_string(message->message));
+  call->Note("DispatchMessageW", "message=", message->message);
   return 0;
 }
 
 BOOL PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam) {
   STANDIN_CALL(PostThreadMessageW);
-  Thread* thread = FindThread(call.State(), threadId);
+  Thread* const thread = call->FindThread(threadId);
   if (call.Fails() || thread == nullptr) {
     return FALSE;
   }
@@ -173,11 +191,7 @@ HCURSOR LoadCursorW(HINSTANCE /*module*/, const WCHAR* name) {
 
 HCURSOR SetCursor(HCURSOR cursor) {
   STANDIN_COUNTED_CALL(SetCursor);
-  const auto previous = reinterpret_cast<HCURSOR>(call->cursorShape == "cross" ? kCross : kArrow);
-  if (cursor != nullptr) {
-    call->cursorShape = reinterpret_cast<std::uintptr_t>(cursor) == kCross ? "cross" : "arrow";
-  }
-  return previous;
+  return std::exchange(call->cursorShape, cursor);
 }
 
 }  // extern "C"

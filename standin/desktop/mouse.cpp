@@ -5,7 +5,40 @@ namespace standin {
 
 namespace {
 
+constexpr UINT kMouseMove = 0x0200;
 constexpr UINT kButtonUp = 0x0202;
+
+bool TakesFocus(Behaviour behaviour) {
+  return behaviour == Behaviour::Edit || behaviour == Behaviour::Button || behaviour == Behaviour::List;
+}
+
+void Press(Desktop::State& state, Node& window) {
+  const HWND handle = WindowFor(window.id);
+  ++window.mouseDowns;
+  state.pressed = handle;
+  state.Note("WM_LBUTTONDOWN", "x=", state.cursor.x, " y=", state.cursor.y);
+  state.Activate(handle);
+  if (TakesFocus(window.window.behaviour)) {
+    state.GiveFocus(handle);
+  }
+  if (window.window.behaviour == Behaviour::Edit) {
+    // The caret goes behind the text: where in it a point lies is not modelled.
+    window.selectionBegin = window.selectionEnd = window.window.title.size();
+  }
+}
+
+// Nothing of the window is to be touched after this: its script may have destroyed it.
+void Release(Desktop::State& state, Node& window) {
+  state.Note("WM_LBUTTONUP", "x=", state.cursor.x, " y=", state.cursor.y);
+  if (state.pressed != WindowFor(window.id) || window.window.behaviour != Behaviour::Button) {
+    return;
+  }
+  ++window.presses;
+  if (const auto action = window.onPress) {
+    const CallOut out(state, CallOut::To::Script);
+    action();
+  }
+}
 
 }  // namespace
 
@@ -13,34 +46,15 @@ void Desktop::State::MouseButton(bool down, bool synthesized) {
   if (synthesized) {
     synthesizedButtonDown = down;
   }
-  buttonDown = down;
-  if (PassMouseHooks(down ? WM_LBUTTONDOWN : kButtonUp)) {
+  if (HooksSwallow(down ? WM_LBUTTONDOWN : kButtonUp)) {
     return;
   }
-  const HWND under = WindowFor(HitTest(kRootElement, cursor, true));
-  Node* node = FindWindow(under);
-  if (node == nullptr) {
-    return;
+  const Element under = HitTest(kRootElement, cursor, true);
+  if (Node* window = under == kRootElement ? nullptr : Find(under)) {
+    down ? Press(*this, *window) : Release(*this, *window);
   }
   if (!down) {
-    const HWND released = std::exchange(pressed, nullptr);
-    if (released == under && node->window.behaviour == Behaviour::Button) {
-      ++node->presses;
-      if (node->onPress) {
-        const auto action = node->onPress;
-        action();
-      }
-    }
-    return;
-  }
-  pressed = under;
-  ++node->mouseDowns;
-  Note("WM_LBUTTONDOWN", "x=" + std::to_string(cursor.x) + " y=" + std::to_string(cursor.y));
-  Activate(TopLevelOf(under));
-  focus = under;
-  if (node->window.behaviour == Behaviour::Edit) {
-    // The caret goes behind the text: where in it a point lies is not modelled.
-    node->selectionBegin = node->selectionEnd = node->window.title.size();
+    pressed = nullptr;
   }
 }
 
@@ -58,9 +72,8 @@ POINT Desktop::Cursor() const {
 
 void Desktop::ClickAsUser(int x, int y) {
   const std::lock_guard guard(state_->mutex);
-  constexpr UINT kMouseMove = 0x0200;
   state_->cursor = {x, y};
-  state_->PassMouseHooks(kMouseMove);
+  state_->HooksSwallow(kMouseMove);
   state_->MouseButton(true, false);
   state_->MouseButton(false, false);
 }
@@ -78,9 +91,7 @@ BOOL SetCursorPos(int x, int y) {
   if (call.Fails()) {
     return FALSE;
   }
-  if (call->tracing) {
-    call->Note("SetCursorPos", "x=" + std::to_string(x) + " y=" + std::to_string(y));
-  }
+  call->Note("SetCursorPos", "x=", x, " y=", y);
   call->cursor = {x, y};
   return TRUE;
 }
@@ -96,9 +107,7 @@ BOOL GetCursorPos(POINT* point) {
 
 void mouse_event(DWORD flags, DWORD /*dx*/, DWORD /*dy*/, DWORD /*data*/, ULONG_PTR /*extraInfo*/) {
   STANDIN_COUNTED_CALL(mouse_event);
-  if (call->tracing) {
-    call->Note("mouse_event", "flags=" + std::to_string(flags));
-  }
+  call->Note("mouse_event", "flags=", flags);
   if ((flags & MOUSEEVENTF_LEFTDOWN) != 0) {
     call->MouseButton(true, true);
   }

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "standin/uia/condition.h"
 #include "standin/uia/element.h"
 #include "standin/uia/object.h"
@@ -15,7 +17,31 @@ class TreeWalker final : public Object<IUIAutomationTreeWalker> {
   explicit TreeWalker(Tree& tree) : Object(tree, IID_IUIAutomationTreeWalker, "IUIAutomationTreeWalker") {}
 
   HRESULT STDMETHODCALLTYPE GetParentElement(IUIAutomationElement* element, IUIAutomationElement** parent) override {
-    return CallFor("IUIAutomationTreeWalker::GetParentElement", parent, [&]() -> HRESULT {
+    return Walk("IUIAutomationTreeWalker::GetParentElement", element, parent,
+                [this](Node node) { return tree_.Parent(node); });
+  }
+
+  HRESULT STDMETHODCALLTYPE GetFirstChildElement(IUIAutomationElement* element, IUIAutomationElement** first) override {
+    return Walk("IUIAutomationTreeWalker::GetFirstChildElement", element, first, [this](Node node) {
+      const std::vector<Node> children = tree_.Children(node);
+      return children.empty() ? Node{0} : children.front();
+    });
+  }
+
+  HRESULT STDMETHODCALLTYPE GetNextSiblingElement(IUIAutomationElement* element, IUIAutomationElement** next) override {
+    return Walk("IUIAutomationTreeWalker::GetNextSiblingElement", element, next, [this](Node node) {
+      const Node parent = tree_.Parent(node);
+      const std::vector<Node> siblings = parent == 0 ? std::vector<Node>() : tree_.Children(parent);
+      const auto here = std::find(siblings.begin(), siblings.end(), node);
+      return siblings.end() - here < 2 ? Node{0} : *(here + 1);
+    });
+  }
+
+ private:
+  // One step from an element; success without an element where the tree ends.
+  template <class Step>
+  HRESULT Walk(const char* method, IUIAutomationElement* element, IUIAutomationElement** reached, const Step& step) {
+    return CallFor(method, reached, [&]() -> HRESULT {
       if (element == nullptr) {
         return E_INVALIDARG;
       }
@@ -23,9 +49,8 @@ class TreeWalker final : public Object<IUIAutomationTreeWalker> {
       if (!tree_.Exists(node)) {
         return kElementNotAvailable;
       }
-      const Node above = tree_.Parent(node);
-      if (above != 0) {
-        *parent = new Element(tree_, above);
+      if (const Node there = step(node); there != 0) {
+        *reached = new Element(tree_, there);
       }
       return S_OK;
     });

@@ -17,7 +17,7 @@ FLOORS = [
     ["text"],
 ]
 HEIGHT = {room: height for height, rooms in enumerate(FLOORS) for room in rooms}
-CODE = ["src", "include", "standin", "samples", "tests", "host", "examples", "fuzz", "bench"]
+CODE = ["src", "include", "standin", "samples", "tests", "host", "bindings", "examples", "fuzz", "benchmarks"]
 NATIVE = ROOT / "src/platform/native.h"
 
 

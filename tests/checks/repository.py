@@ -24,7 +24,7 @@ def source(path):
     return without_comments(Path(path).read_text(encoding="utf-8"))
 
 
-def sources(*folders, suffixes=(".h", ".c", ".cpp")):
+def sources(*folders, suffixes=(".h", ".hpp", ".c", ".cpp")):
     return sorted(file for folder in folders for file in (ROOT / folder).rglob("*") if file.suffix in suffixes)
 
 

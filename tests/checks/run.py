@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
-"""Runs the checks of this folder, one line each, and adds what it counted to a file of results.
+"""Runs the checks of a folder, one line each, and adds what it counted to a file of results.
 
-run.py [RESULTS [NAME...]]      NAME: only checks whose name contains one of them
+run.py [--suite FOLDER] [RESULTS [NAME...]]
+
+FOLDER: this one unless told. NAME: only checks whose name contains one of them.
 """
 
 import sys
@@ -66,8 +68,12 @@ def chosen(suite, names):
 
 
 def main():
-    results, names = sys.argv[1:2], sys.argv[2:]
-    suite = unittest.defaultTestLoader.discover(str(FOLDER), pattern="check_*.py")
+    arguments = sys.argv[1:]
+    folder = FOLDER
+    if arguments[:1] == ["--suite"]:
+        folder, arguments = Path(arguments[1]).resolve(), arguments[2:]
+    results, names = arguments[:1], arguments[1:]
+    suite = unittest.defaultTestLoader.discover(str(folder), pattern="check_*.py")
     outcome = OneLineEach()
     unittest.TestSuite(chosen(suite, names)).run(outcome)
     if outcome.passed + outcome.failed + outcome.skips == 0:
@@ -75,7 +81,7 @@ def main():
         outcome.failed = 1
     if results:
         with open(results[0], "a", encoding="utf-8") as file:
-            file.write(f"{outcome.passed} {outcome.failed} {outcome.skips} checks\n")
+            file.write(f"{outcome.passed} {outcome.failed} {outcome.skips} {folder.name}\n")
     return 0 if outcome.failed == 0 else 1
 
 

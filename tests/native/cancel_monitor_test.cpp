@@ -112,6 +112,17 @@ TEST_F(CancelMonitorTest, LibraryStaysForAThreadThatDoesNotEnd) {
   EXPECT_EQ(PollsIn(100), 0U) << "it was asked to end all the same";
 }
 
+TEST_F(CancelMonitorTest, UnloadingEndsAThreadThatDoesNotCome) {
+  startCancelMonitor();
+  TheDesktop().AfterCall("GetAsyncKeyState", 1, [] { Sleep(10'000); });
+  delay(25);
+  EXPECT_THAT(Elapsed([] { EXPECT_EQ(DllMain(nullptr, DLL_PROCESS_DETACH, nullptr), TRUE); }),
+              ::testing::AllOf(::testing::Ge(300), ::testing::Le(310)));
+  EXPECT_EQ(TheDesktop().Gate().Count("TerminateThread"), 1U);
+  EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+  EXPECT_EQ(PollsIn(20'000), 0U);
+}
+
 TEST_F(CancelMonitorTest, UnloadingEndsTheThreadAndReleasesEverything) {
   struct Case {
     const char* failing;

@@ -185,7 +185,7 @@ TEST_F(CaptureTest, NamesAndIdsOfEveryKind) {
   Lines log = Log();
   EXPECT_THAT(log, Contains("[GetElementAtPoint] Found element but couldn't get name"));
   EXPECT_THAT(log, Contains("[captureTargetAtPoint] No AutomationId available"));
-  for (const std::size_t length : {255, 256, 300}) {
+  for (const std::size_t length : {255U, 256U, 300U}) {
     std::memset(&record_, 0xAB, sizeof record_);
     TheDesktop().SetProperty(element, UIA_AutomationIdPropertyId, standin::Text(length, u'i'));
     EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), 0);

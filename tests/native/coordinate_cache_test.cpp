@@ -215,5 +215,28 @@ TEST_F(CoordinateCacheTest, RecordsWithoutAnIdShareAPointThatOnlyVerifyingStores
   EXPECT_EQ(cursor.y, 135);
 }
 
+// Enough for the table to grow many times.
+TEST_F(CoordinateCacheTest, RemembersEveryPointOfMany) {
+  constexpr LONG kMany = 20'000;
+  // Of many lengths, with one to three bytes a unit.
+  const auto keyOf = [this](LONG number) {
+    const standin::Text filling(static_cast<std::size_t>(number % 200), u'x');
+    return CacheKey(dialog_, RecordById(filling + static_cast<char16_t>(0x40 + number / 200)));
+  };
+  for (LONG i = 0; i < kMany; ++i) {
+    ASSERT_FALSE(FindCachedPoint(keyOf(i))) << i;
+    ASSERT_TRUE(StoreCachedPoint(keyOf(i), {i, -i}));
+  }
+  ASSERT_TRUE(StoreCachedPoint(keyOf(7), {1, 2}));
+  for (LONG i = 0; i < kMany; ++i) {
+    const auto point = FindCachedPoint(keyOf(i));
+    ASSERT_TRUE(point) << i;
+    EXPECT_EQ(point->x, i == 7 ? 1 : i);
+    EXPECT_EQ(point->y, i == 7 ? 2 : -i);
+  }
+  clearElementCache();
+  EXPECT_FALSE(FindCachedPoint(keyOf(7)));
+}
+
 }  // namespace
 }  // namespace tests

