@@ -15,11 +15,20 @@ using standin::TheDesktop;
 constexpr int kMargin = 24;
 constexpr int kCaption = 26;
 constexpr int kRowHeight = 16;
+constexpr int kLineHeight = 22;
+constexpr int kPadding = 5;
+constexpr std::size_t kLongestText = 300;
 
+// A character that XML refuses even when escaped would cost the whole picture.
 std::string Escaped(const std::string& text) {
   std::string escaped;
-  for (const char character : text) {
-    switch (character) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text.compare(i, 3, "\uFFFE") == 0 || text.compare(i, 3, "\uFFFF") == 0) {
+      escaped += "\uFFFD";
+      i += 2;
+      continue;
+    }
+    switch (const char character = text[i]) {
       case '&':
         escaped += "&amp;";
         break;
@@ -27,7 +36,7 @@ std::string Escaped(const std::string& text) {
         escaped += "&lt;";
         break;
       default:
-        escaped += character;
+        escaped += static_cast<unsigned char>(character) < 0x20 ? ' ' : character;
     }
   }
   return escaped;
@@ -36,9 +45,8 @@ std::string Escaped(const std::string& text) {
 class Drawing {
  public:
   explicit Drawing(Rect area) : area_(area) {
-    const std::string size = Number(area.right - area.left) + "\" height=\"" + Number(area.bottom - area.top);
-    svg_ = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + size +
-           "\" font-family=\"Segoe UI, DejaVu Sans, sans-serif\" font-size=\"12\">";
+    svg_ = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + Number(area.right - area.left) + "\" height=\"" +
+           Number(area.bottom - area.top) + "\" font-family=\"Segoe UI, DejaVu Sans, sans-serif\" font-size=\"12\">";
     Box(area, "#5b7083", "");
   }
 
@@ -53,6 +61,14 @@ class Drawing {
   void Write(int x, int y, const std::string& text, const char* style = "") {
     svg_ += "<text x=\"" + Number(x - area_.left) + "\" y=\"" + Number(y - area_.top + 4) + "\" " + style + ">" +
             Escaped(text) + "</text>";
+  }
+
+  // What is longer than the box is cut off at its edge.
+  void WriteInside(Rect rect, const std::string& text, const char* style = "") {
+    svg_ += "<svg x=\"" + Number(rect.left - area_.left) + "\" y=\"" + Number(rect.top - area_.top) + "\" width=\"" +
+            Number(rect.right - rect.left - kPadding) + "\" height=\"" + Number(rect.bottom - rect.top) + "\">";
+    Write(area_.left + kPadding, area_.top + kLineHeight / 2 + kPadding / 2, text, style);
+    svg_ += "</svg>";
   }
 
   Picture Finish() const {
@@ -75,9 +91,7 @@ Rect RectOf(HWND window) {
 
 void DrawEdit(Drawing& drawing, Rect rect, const std::string& text, bool readOnly, bool focused) {
   drawing.Box(rect, readOnly ? "#ececec" : "#ffffff", focused ? "#0a64c8" : "#8a8a8a");
-  constexpr std::size_t kPixelsPerCharacter = 7;
-  const auto room = static_cast<std::size_t>(rect.right - rect.left) / kPixelsPerCharacter;
-  drawing.Write(rect.left + 5, rect.top + 13, Shortened(text, room));
+  drawing.WriteInside(rect, Shortened(text, kLongestText));
 }
 
 void DrawControl(Drawing& drawing, const order_form::Twin& form, const Control& control) {
@@ -118,8 +132,9 @@ Picture DrawForm(const order_form::Twin& form) {
   Drawing drawing({window.left - kMargin, window.top - kMargin, window.right + kMargin, window.bottom + kMargin});
   drawing.Box(window, "#f0f0f0", "#3c4a57");
   drawing.Box({window.left, window.top, window.right, window.top + kCaption}, "#2f5f8f", "#2f5f8f");
-  drawing.Write(window.left + 10, window.top + kCaption / 2, Utf8(TheDesktop().TextOf(form.Window())),
-                "fill=\"#ffffff\" font-weight=\"600\"");
+  const std::string title = Utf8(TheDesktop().TextOf(form.Window()));
+  drawing.WriteInside({window.left + kPadding, window.top, window.right, window.top + kCaption},
+                      Shortened(title, kLongestText), "fill=\"#ffffff\" font-weight=\"600\"");
   for (const Control& control : order_form::kControls) {
     DrawControl(drawing, form, control);
   }

@@ -3,6 +3,9 @@
   const data = JSON.parse(document.getElementById("data").textContent);
   const byId = (id) => document.getElementById(id);
   const search = byId("search");
+  const failedOnly = byId("failed-only");
+  const inOrder = byId("in-order");
+  const openAll = byId("open-all");
 
   const make = (tag, className, text) => {
     const element = document.createElement(tag);
@@ -12,50 +15,105 @@
   };
   const duration = (ms) => (ms < 1000 ? ms.toFixed(1) + " ms" : (ms / 1000).toFixed(2) + " s");
   const plural = (count, word) => count + " " + word + (count === 1 ? "" : "s");
+  const together = (pieces) => pieces.filter(Boolean).join(" · ");
   const classOf = (step) => step.state.replace(" ", "-");
+  const timeOf = (entries) => entries.reduce((sum, entry) => sum + (entry.step.milliseconds || 0), 0);
+  // Not by lower case: some letters change their length with it, and marks would be out of place.
+  const matcher = (needle) => new RegExp(needle.replace(/[.*+?^${}()|[\]\\]/g, "\\$&"), "giu");
 
   // One entry per step of each run, in order of time; `card` and `bar` are its two places on the page.
   const entries = data.runs.flatMap((run) => run.steps.map((step) => ({ run, step, open: step.state === "failed" })));
+  const ran = entries.filter((entry) => entry.step.state !== "not run");
   const failed = entries.filter((entry) => entry.step.state === "failed");
   let shown = [];
   let current = null;
+  let needle = null;
 
   function drawHead() {
-    const ran = entries.filter((entry) => entry.step.state !== "not run");
-    const total = ran.reduce((sum, entry) => sum + entry.step.milliseconds, 0);
     const name = data.file.replace(/^.*[\\/]/, "");
-    document.title = (failed.length ? "Failed: " : "Passed: ") + name;
+    const cancelled = failed.some((entry) => entry.step.words === "cancelled");
+    const verdict = cancelled ? "cancelled" : failed.length ? plural(failed.length, "failure") : "all steps passed";
+    document.title = (cancelled ? "Cancelled: " : failed.length ? "Failed: " : "Passed: ") + name;
     byId("title").textContent = name;
-    byId("verdict").textContent = failed.length ? plural(failed.length, "failure") : "all steps passed";
+    byId("verdict").textContent = verdict;
     byId("verdict").classList.toggle("failed", failed.length > 0);
-    byId("about").textContent = [
-      plural(ran.length, "step") + " in " + duration(total) + (data.dryRun ? " (dry run: nothing was done)" : ""),
-      data.runs.length > 1 ? plural(data.runs.length, "run") : "",
+    const bad = new Set(failed.map((entry) => entry.run)).size;
+    byId("about").textContent = together([
+      plural(ran.length, "step") + " in " + duration(timeOf(ran)) + (data.dryRun ? " (dry run: nothing was done)" : ""),
+      data.from > 1 ? "begun with step " + data.from : "",
+      ran.length < entries.length ? entries.length - ran.length + " not run" : "",
+      data.runs.length > 1 ? plural(data.runs.length, "run") + ", " + (bad ? bad + " failed" : "all passed") : "",
       data.windows.join(", "),
       data.time,
-    ].filter(Boolean).join(" · ");
+    ]);
   }
 
+  // Runs share one scale, so that a slow one looks slow.
   function drawTimeline() {
+    const longest = Math.max(...data.runs.map((run) => timeOf(entries.filter((entry) => entry.run === run))));
     for (const run of data.runs) {
+      const steps = entries.filter((entry) => entry.run === run);
+      const total = timeOf(steps);
       const line = make("div", "run");
       const bars = make("div", "bars");
-      const steps = entries.filter((entry) => entry.run === run);
+      bars.style.width = (longest > 0 ? Math.max(10, (100 * total) / longest) : 100) + "%";
       for (const entry of steps) {
         const { step } = entry;
-        entry.bar = make("button", classOf(step));
-        entry.bar.type = "button";
-        entry.bar.style.flexGrow = step.milliseconds || 0;
-        entry.bar.title = step.number + " " + step.title + ": " + (step.words ? step.words + ", " + duration(step.milliseconds) : "not run");
-        entry.bar.setAttribute("aria-label", entry.bar.title);
-        entry.bar.addEventListener("click", () => { entry.open = true; choose(entry); });
-        bars.append(entry.bar);
+        const bar = make("button", classOf(step));
+        bar.append(make("span", "", step.number));
+        bar.type = "button";
+        bar.tabIndex = -1;
+        if (step.milliseconds !== undefined) bar.style.flexGrow = step.milliseconds;
+        const outcome = step.words ? step.words + ", " + duration(step.milliseconds) : "not run";
+        bar.title = together([run.name, step.number + " " + step.title + ": " + outcome]);
+        bar.setAttribute("aria-label", bar.title);
+        bar.addEventListener("click", () => reveal(entry));
+        entry.bar = bar;
+        bars.append(bar);
       }
-      const total = steps.reduce((sum, entry) => sum + (entry.step.milliseconds || 0), 0);
-      line.append(make("span", "run-name", run.name), bars, make("span", "", duration(total)));
-      if (!run.name) line.firstChild.remove();
+      if (run.name) line.append(make("span", "run-name", run.name));
+      const track = make("div", "track");
+      track.append(bars);
+      line.append(track, make("span", "total", duration(total)));
       byId("timeline").append(line);
     }
+  }
+
+  function drawPicture(step) {
+    const { picture } = step;
+    const figure = make("figure");
+    const frame = make("div", "picture");
+    const image = make("img");
+    image.src = data.pictures[picture.index];
+    image.width = picture.width;
+    image.height = picture.height;
+    image.alt = "The window after: " + step.title;
+    frame.append(image);
+    const box = picture.mark || picture.recorded;
+    if (box) {
+      const mark = make("div", picture.mark ? "mark" : "mark recorded");
+      for (const side of ["left", "top", "width", "height"]) mark.style[side] = (box[side] || 0) + "%";
+      frame.append(mark);
+    }
+    const where = picture.mark ? "the target is marked"
+      : picture.recorded ? "the target was not seen; the dashed ring is where it was recorded"
+      : picture.aimless ? "" : "the target was not seen, and its recorded place is outside this picture";
+    figure.append(frame, make("figcaption", "", "After the step" + (where ? ": " + where : "") + "."));
+    return figure;
+  }
+
+  function drawLog(lines) {
+    const log = make("pre");
+    log.tabIndex = 0;
+    log.setAttribute("aria-label", "Log of the step");
+    for (const line of lines) {
+      const [, when, rest] = /^(\d\d-\d\d [\d:.]+ )?(.*)$/su.exec(line);
+      const row = make("span", / ERROR[ :]|FAILED/.test(rest) ? "error" : "");
+      if (when) row.append(make("span", "when", when));
+      row.append(rest);
+      log.append(row, "\n");
+    }
+    return log;
   }
 
   function drawBody(step) {
@@ -63,33 +121,9 @@
     if (step.explanation) body.append(make("p", "explanation", step.explanation));
     else if (step.remark) body.append(make("p", "remark", step.remark));
     const evidence = make("div", "evidence");
-    if (step.picture) {
-      const figure = make("figure");
-      const frame = make("div", "picture");
-      const image = make("img");
-      image.src = step.picture.address;
-      image.width = step.picture.width;
-      image.height = step.picture.height;
-      image.alt = "The window after: " + step.title;
-      frame.append(image);
-      const mark = step.picture.mark;
-      if (mark) {
-        const box = make("div", "mark");
-        for (const side of ["left", "top", "width", "height"]) box.style[side] = mark[side] + "%";
-        frame.append(box);
-      }
-      const targetless = step.action === "shortcut" ? "After the step." : "After the step; where the target is was not seen.";
-      figure.append(frame, make("figcaption", "", mark ? "After the step; the target is marked." : targetless));
-      evidence.append(figure);
-    }
-    if (step.lines && step.lines.length) {
-      const log = make("pre");
-      log.tabIndex = 0;
-      log.setAttribute("aria-label", "Log of the step");
-      for (const line of step.lines) log.append(make("span", / ERROR[ :]|FAILED/.test(line) ? "error" : "", line), "\n");
-      evidence.append(log);
-    }
-    body.append(evidence);
+    if (step.picture) evidence.append(drawPicture(step));
+    if (step.lines.length) evidence.append(drawLog(step.lines));
+    body.append(evidence, make("p", "began", "code " + step.code + ", begun " + duration(step.start) + " into the run"));
     return body;
   }
 
@@ -100,64 +134,90 @@
     const head = make("button");
     head.type = "button";
     const name = make("span", "name", step.title);
-    const extra = [run.name, step.text ? "“" + step.text + "”" : ""].filter(Boolean).join(" · ");
-    if (extra) name.append(make("small", "", extra));
+    if (run.name) name.append(make("small", "row", run.name));
+    if (step.text) name.append(make("small", "", "“" + step.text + "”"));
     head.append(make("span", "number", step.number), name, make("span", "words", step.words || "not run"),
       make("span", "time", step.milliseconds === undefined ? "" : duration(step.milliseconds)));
-    card.append(head);
-    if (step.state !== "not run") card.append(drawBody(step));
+    head.disabled = step.state === "not run";
     head.addEventListener("click", () => { entry.open = !entry.open; choose(entry); });
+    // The body comes when it is first seen: there may be thousands.
+    card.append(head);
     entry.card = card;
-    entry.haystack = card.textContent.toLowerCase();
+    entry.head = head;
+    entry.inHead = [step.title, run.name, step.text, step.words || "not run"].join("\n");
+    entry.inBody = [step.explanation, step.remark, ...(step.lines || [])].join("\n");
+  }
+
+  const isFound = (entry) => !needle || [entry.inHead, entry.inBody].some((text) => text.search(needle) >= 0);
+  // What was found must be seen.
+  const isOpen = (entry) => entry.step.state !== "not run" && (entry.open || (needle && entry.inHead.search(needle) < 0));
+
+  function fill(entry) {
+    entry.body ??= entry.card.appendChild(drawBody(entry.step));
   }
 
   // Marks what was searched for; undone by joining the pieces again.
-  function highlight(card, needle) {
+  function highlight(card) {
     for (const mark of card.querySelectorAll("mark")) mark.replaceWith(mark.textContent);
     card.normalize();
     if (!needle) return;
     const walker = document.createTreeWalker(card, NodeFilter.SHOW_TEXT);
     const texts = [];
     while (walker.nextNode()) texts.push(walker.currentNode);
-    for (let text of texts) {
-      for (let at = text.data.toLowerCase().indexOf(needle); at >= 0; at = text.data.toLowerCase().indexOf(needle)) {
-        const hit = text.splitText(at);
-        text = hit.splitText(needle.length);
-        const mark = make("mark", "", hit.data);
-        hit.replaceWith(mark);
+    for (const text of texts) {
+      // From the last to the first, so that places before a cut stay what they were.
+      for (const hit of [...text.data.matchAll(needle)].reverse()) {
+        text.splitText(hit.index).splitText(hit[0].length);
+        text.nextSibling.replaceWith(make("mark", "", hit[0]));
       }
     }
   }
 
   function apply() {
-    const needle = search.value.trim().toLowerCase();
-    const failedOnly = byId("failed-only").checked;
-    shown = entries.filter((entry) => (!needle || entry.haystack.includes(needle)) && (!failedOnly || entry.step.state === "failed"));
-    if (!byId("in-order").checked) {
-      const isFailed = (entry) => entry.step.state === "failed";
-      shown = [...shown.filter(isFailed), ...shown.filter((entry) => !isFailed(entry))];
-    }
-    for (const entry of shown) highlight(entry.card, needle);
+    const words = search.value.trim();
+    needle = words ? matcher(words) : null;
+    const isFailed = (entry) => entry.step.state === "failed";
+    shown = entries.filter((entry) => isFound(entry) && (!failedOnly.checked || isFailed(entry)));
+    if (!inOrder.checked) shown = [...shown.filter(isFailed), ...shown.filter((entry) => !isFailed(entry))];
     byId("steps").replaceChildren(...shown.map((entry) => entry.card));
     byId("nothing").hidden = shown.length > 0;
-    byId("count").textContent = shown.length === entries.length ? plural(entries.length, "step") : shown.length + " of " + plural(entries.length, "step");
+    byId("count").textContent =
+      shown.length === entries.length ? plural(entries.length, "step") : shown.length + " of " + plural(entries.length, "step");
     if (!shown.includes(current)) current = null;
     refresh();
+    shown.forEach((entry) => highlight(entry.card));
   }
 
   function refresh() {
     for (const entry of entries) {
-      entry.card.classList.toggle("open", entry.open);
+      const open = Boolean(isOpen(entry));
+      if (open && shown.includes(entry) && !entry.body) {
+        fill(entry);
+        highlight(entry.card);
+      }
+      entry.card.classList.toggle("open", open);
       entry.card.classList.toggle("current", entry === current);
-      entry.card.firstChild.setAttribute("aria-expanded", entry.open);
+      entry.head.setAttribute("aria-expanded", open);
       entry.bar.classList.toggle("current", entry === current);
     }
+    openAll.textContent = ran.every((entry) => entry.open) ? "close all" : "open all";
   }
 
   function choose(entry) {
     current = entry;
     refresh();
-    if (entry.card.isConnected) entry.card.scrollIntoView({ block: "nearest" });
+    entry.head.focus({ preventScroll: true });
+    entry.card.scrollIntoView({ block: "nearest" });
+  }
+
+  function reveal(entry) {
+    entry.open = true;
+    if (!shown.includes(entry)) {
+      failedOnly.checked = false;
+      search.value = "";
+      apply();
+    }
+    choose(entry);
   }
 
   function move(by) {
@@ -166,31 +226,41 @@
     choose(shown[at < 0 ? (by > 0 ? 0 : shown.length - 1) : Math.min(shown.length - 1, Math.max(0, at + by))]);
   }
 
+  function toggleAll() {
+    const open = !ran.every((entry) => entry.open);
+    for (const entry of ran) entry.open = open;
+    refresh();
+  }
+
   function clearSearch() {
     search.value = "";
     search.blur();
     apply();
   }
 
+  const keys = {
+    j: () => move(1), ArrowDown: () => move(1), k: () => move(-1), ArrowUp: () => move(-1),
+    "/": () => search.focus(), o: toggleAll, Escape: clearSearch,
+  };
+  const keysInSearch = { Escape: clearSearch, Enter: () => move(1), ArrowDown: () => move(1) };
   document.addEventListener("keydown", (event) => {
     if (event.ctrlKey || event.altKey || event.metaKey) return;
-    if (event.key === "Escape") return clearSearch();
-    if (event.target === search) {
-      if (event.key === "Enter") search.blur();
-      return;
-    }
-    const onButton = event.target instanceof HTMLButtonElement;
-    if (event.key === "j" || event.key === "ArrowDown") move(1);
-    else if (event.key === "k" || event.key === "ArrowUp") move(-1);
-    else if (event.key === "/") search.focus();
-    else if (event.key === "Enter" && current && !onButton) { current.open = !current.open; choose(current); }
-    else return;
+    // A log that has the focus scrolls with the arrows.
+    if (event.target.tagName === "PRE" && event.key.startsWith("Arrow")) return;
+    const act = (event.target === search ? keysInSearch : keys)[event.key];
+    if (!act) return;
+    act();
     event.preventDefault();
   });
   search.addEventListener("input", apply);
-  byId("failed-only").addEventListener("change", apply);
-  byId("in-order").addEventListener("change", apply);
+  failedOnly.addEventListener("change", apply);
+  inOrder.addEventListener("change", apply);
+  openAll.addEventListener("click", toggleAll);
+  // Paper cannot be opened.
+  window.addEventListener("beforeprint", () => shown.filter((entry) => entry.step.state !== "not run").forEach(fill));
 
+  // With nothing to put right, how it ended is what one wants to see.
+  if (!failed.length && ran.length) ran[ran.length - 1].open = true;
   drawHead();
   drawTimeline();
   entries.forEach(drawCard);
