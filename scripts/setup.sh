@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs what is missing to build and test, and nothing that is there already.
 #
-#   scripts/setup.sh [native] [checks] [windows] [package] [consumers] [lint] [fuzz] [coverage] [bench]
+#   scripts/setup.sh [native] [checks] [windows] [package] [consumers] [lint] [fuzz] [coverage] [bench] [host]
 #
 # (the first three unless told)
 #
@@ -60,6 +60,16 @@ setup_needs() {
     bench)
       setup_needs native
       echo libbenchmark-dev /usr/include/benchmark/benchmark.h
+      ;;
+    host)
+      setup_needs native
+      echo libcli11-dev /usr/include/CLI
+      echo nlohmann-json3-dev /usr/include/nlohmann
+      echo libstb-dev /usr/include/stb
+      echo chromium chromium
+      echo chromium-driver chromedriver
+      echo fonts-dejavu-core /usr/share/fonts/truetype/dejavu
+      echo python3-selenium /usr/lib/python3/dist-packages/selenium
       ;;
     fuzz)
       setup_needs native
