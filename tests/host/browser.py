@@ -83,8 +83,6 @@ class Browser:
             # Chromium's sandbox does not work for root, who is all there is in a container.
             options.add_argument("--no-sandbox")
         self.driver = webdriver.Chrome(service=Service(tool("chromedriver")), options=options)
-        self.problems = []
-        self.requests = set()
 
     def close(self):
         self.driver.quit()
@@ -128,10 +126,11 @@ class Browser:
         return self.driver.execute_cdp_cmd("Page.printToPDF", {"printBackground": False})["data"]
 
     def heard(self):
-        """What the console said, and where the pages have reached for, since the start."""
-        self.problems += [entry["message"] for entry in self.driver.get_log("browser")]
+        """What the console said, and what the pages have reached for, since it was asked last."""
+        problems = [entry["message"] for entry in self.driver.get_log("browser")]
+        requests = set()
         for entry in self.driver.get_log("performance"):
             message = json.loads(entry["message"])["message"]
             if message["method"] == "Network.requestWillBeSent":
-                self.requests.add(message["params"]["request"]["url"])
-        return self.problems, self.requests
+                requests.add(message["params"]["request"]["url"])
+        return problems, requests

@@ -149,7 +149,7 @@ class Report(unittest.TestCase):
         def opened():
             return [card["number"] for card in page.cards() if card["open"]]
 
-        for keys, number in ((["j"], 2), (["j"], 1), (["arrow_down", "k"], 1), (["arrow_up", "arrow_up"], 2)):
+        for keys, number in ((["j"], 2), (["j"], 1), (["arrow_down"], 3), (["k"], 1), (["arrow_up", "arrow_up"], 2)):
             page.press(*keys)
             self.assertEqual([number], current(), keys)
         self.assertEqual([2], opened())
@@ -190,7 +190,11 @@ class Report(unittest.TestCase):
             page.driver.set_window_size(500, 900)
             for name in self.pages:
                 self.open(name).press("o")
-                self.assertEqual(0, page.run("return document.body.parentElement.scrollWidth - document.body.parentElement.clientWidth"), name)
+                self.assertGreater(page.run("return document.querySelector('.picture').clientWidth"), 400)
+                edges = page.run("""return [...document.querySelectorAll("h1, #about, .time, pre, .picture, .total")].map(
+                  (element) => element.getBoundingClientRect().right)""")
+                self.assertLess(max(edges), 500, name)
+                self.assertEqual(0, page.run("const root = document.documentElement; return root.scrollWidth - root.clientWidth"))
         finally:
             page.driver.set_window_size(1200, 900)
 

@@ -35,7 +35,7 @@ HOSTILE = [
     "@DATA@ @SCRIPT@ )korvane\"",
     "\U0001f9ed \u4e2d\u6587 \u202edlrow\u202c \u2028 end",
     "\u0130\u0130\u0130 compass [a.b*(c]",
-    "]]>&amp;&#x41;</text></svg>",
+    "]]>&amp;&#x41;</text></svg>" + "W" * 120,
 ]
 
 

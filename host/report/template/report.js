@@ -107,7 +107,7 @@
     log.tabIndex = 0;
     log.setAttribute("aria-label", "Log of the step");
     for (const line of lines) {
-      const [, when, rest] = /^(\d\d-\d\d [\d:.]+ )?(.*)$/su.exec(line);
+      const [, when, rest] = /^(\[?[\d-]+ [\d:.]+\]?(?: -)? )?(.*)$/su.exec(line);
       const row = make("span", / ERROR[ :]|FAILED/.test(rest) ? "error" : "");
       if (when) row.append(make("span", "when", when));
       row.append(rest);
@@ -138,7 +138,6 @@
     if (step.text) name.append(make("small", "", "“" + step.text + "”"));
     head.append(make("span", "number", step.number), name, make("span", "words", step.words || "not run"),
       make("span", "time", step.milliseconds === undefined ? "" : duration(step.milliseconds)));
-    head.disabled = step.state === "not run";
     head.addEventListener("click", () => { entry.open = !entry.open; choose(entry); });
     // The body comes when it is first seen: there may be thousands.
     card.append(head);
@@ -197,7 +196,7 @@
       }
       entry.card.classList.toggle("open", open);
       entry.card.classList.toggle("current", entry === current);
-      entry.head.setAttribute("aria-expanded", open);
+      if (entry.step.state !== "not run") entry.head.setAttribute("aria-expanded", open);
       entry.bar.classList.toggle("current", entry === current);
     }
     openAll.textContent = ran.every((entry) => entry.open) ? "close all" : "open all";
