@@ -8,8 +8,8 @@ import replays
 from browser import Browser
 
 MARGIN = 24  # of the desktop around the window in a picture
-TEXTS = ["h1", "#about", "#verdict", ".bars button.failed", ".bars button.ok", ".name", ".name small", ".words", ".time",
-         ".explanation", "figcaption", "pre > span", "pre .when", "kbd", "#open-all", "mark"]
+TEXTS = ["h1", "#about", "#verdict", ".bars button.failed", ".bars button.ok", ".name", ".name small", ".words",
+         ".time", ".explanation", "figcaption", "pre > span", "pre .when", "kbd", "#open-all", "mark"]
 
 
 class Report(unittest.TestCase):
@@ -48,7 +48,8 @@ class Report(unittest.TestCase):
         page.press("o")
         cards = page.cards()
         texts = ["“Anna”", "“12 Harbour Lane”", "“Port Ellis”", "“ctrl+a”", "", "“Submitted”", "", "“Anna”"]
-        self.assertEqual([title + text for title, text in zip(replays.TITLES, texts)], [card["title"] for card in cards])
+        titles = [title + text for title, text in zip(replays.TITLES, texts, strict=True)]
+        self.assertEqual(titles, [card["title"] for card in cards])
         for card in cards:
             self.assertRegex(card["time"], r"^\d+\.\d ms$")
             self.assertEqual(("ok", True), (card["words"], card["open"]))
@@ -85,8 +86,8 @@ class Report(unittest.TestCase):
         picture = page.pictures()[0]
         left, top, right, bottom = (length - MARGIN for length in picture["mark"])
         self.assertTrue(picture["ring"])
-        for middle, recorded in (((left + right) / 2, replays.STREET[0] - replays.LOST), ((top + bottom) / 2, replays.STREET[1])):
-            self.assertLess(abs(middle - recorded), 3)
+        self.assertAlmostEqual(replays.STREET[0] - replays.LOST, (left + right) / 2, delta=3)
+        self.assertAlmostEqual(replays.STREET[1], (top + bottom) / 2, delta=3)
         self.assertEqual([(1, "ok")] + [(number, "not run") for number in range(3, 9)],
                          [(card["number"], card["words"]) for card in others])
         self.assertFalse(any(card["open"] for card in others))
@@ -111,7 +112,7 @@ class Report(unittest.TestCase):
         (chosen,) = [card for card in page.cards() if card["current"]]
         self.assertEqual(("row 3", 2, True), (chosen["row"], chosen["number"], chosen["open"]))
         widths = page.run("""return [...document.querySelectorAll(".run")].map((run) => [
-          run.querySelector(".bars").getBoundingClientRect().width, parseFloat(run.querySelector(".total").textContent)])""")
+          run.querySelector(".bars").clientWidth, parseFloat(run.querySelector(".total").textContent)])""")
         self.assertGreater(widths[1][1], 1.5 * widths[0][1])
         for width, total in widths:
             self.assertAlmostEqual(width / widths[1][0], max(total / widths[1][1], 0.1), delta=0.02)
@@ -171,7 +172,8 @@ class Report(unittest.TestCase):
         page.press("o", *["j"] * 6, *["k"] * 2)
         covered = page.run("""
           const head = document.activeElement.getBoundingClientRect();
-          return document.elementFromPoint(head.left + 60, head.top + 6)?.closest("article") !== document.activeElement.parentElement;
+          const seen = document.elementFromPoint(head.left + 60, head.top + 6);
+          return seen?.closest("article") !== document.activeElement.parentElement;
         """)
         self.assertFalse(covered)
 
@@ -194,7 +196,9 @@ class Report(unittest.TestCase):
                 edges = page.run("""return [...document.querySelectorAll("h1, #about, .time, pre, .picture, .total")].map(
                   (element) => element.getBoundingClientRect().right)""")
                 self.assertLess(max(edges), 500, name)
-                self.assertEqual(0, page.run("const root = document.documentElement; return root.scrollWidth - root.clientWidth"))
+                self.assertEqual(0, page.run("""
+                  const root = document.documentElement;
+                  return root.scrollWidth - root.clientWidth"""), name)
         finally:
             page.driver.set_window_size(1200, 900)
 

@@ -28,6 +28,7 @@
   let shown = [];
   let current = null;
   let needle = null;
+  let revealed = new Set();  // opened by the search
 
   function drawHead() {
     const name = data.file.replace(/^.*[\\/]/, "");
@@ -148,8 +149,7 @@
   }
 
   const isFound = (entry) => !needle || [entry.inHead, entry.inBody].some((text) => text.search(needle) >= 0);
-  // What was found must be seen.
-  const isOpen = (entry) => entry.step.state !== "not run" && (entry.open || (needle && entry.inHead.search(needle) < 0));
+  const isOpen = (entry) => entry.step.state !== "not run" && (entry.open || revealed.has(entry));
 
   function fill(entry) {
     entry.body ??= entry.card.appendChild(drawBody(entry.step));
@@ -178,6 +178,8 @@
     const isFailed = (entry) => entry.step.state === "failed";
     shown = entries.filter((entry) => isFound(entry) && (!failedOnly.checked || isFailed(entry)));
     if (!inOrder.checked) shown = [...shown.filter(isFailed), ...shown.filter((entry) => !isFailed(entry))];
+    // What was found inside must be seen; thousands of opened steps would take long, and nobody reads them.
+    revealed = new Set(needle ? shown.filter((entry) => entry.inHead.search(needle) < 0).slice(0, 30) : []);
     byId("steps").replaceChildren(...shown.map((entry) => entry.card));
     byId("nothing").hidden = shown.length > 0;
     byId("count").textContent =
@@ -189,8 +191,8 @@
 
   function refresh() {
     for (const entry of entries) {
-      const open = Boolean(isOpen(entry));
-      if (open && shown.includes(entry) && !entry.body) {
+      const open = isOpen(entry);
+      if (open && !entry.body) {
         fill(entry);
         highlight(entry.card);
       }
