@@ -16,6 +16,9 @@ setup_needs() {
       echo g++ g++
       echo googletest /usr/src/googletest/CMakeLists.txt
       echo python3 python3
+      echo libcli11-dev /usr/include/CLI/CLI.hpp
+      echo nlohmann-json3-dev /usr/include/nlohmann/json.hpp
+      echo libstb-dev /usr/include/stb/stb_image_write.h
       ;;
     windows)
       setup_needs native
