@@ -79,7 +79,11 @@ setup_needs() {
 setup_missing() {
   local package shown
   setup_needs "$1" | sort -u | while read -r package shown; do
-    [ -e "$shown" ] || command -v "$shown" >/dev/null || echo "$package"
+    if [[ $shown == /* ]]; then
+      [ -e "$shown" ]
+    else
+      type -P "$shown" >/dev/null
+    fi || echo "$package"
   done
 }
 
