@@ -31,13 +31,8 @@ WindowName WindowFromJson(const Json& json, const std::string& where) {
     fields.Refuse("title", "is missing, and so are \"class\" and \"process\"");
   }
   if (fields.Has("rect")) {
-    const Json& rect = fields.List("rect");
-    for (const Json& number : rect) {
-      if (rect.size() != 4 || !number.is_number_integer()) {
-        fields.Refuse("rect", "is not a list of four whole numbers");
-      }
-    }
-    window.rect = {rect.at(0).get<int>(), rect.at(1).get<int>(), rect.at(2).get<int>(), rect.at(3).get<int>()};
+    const auto rect = fields.Numbers("rect", 4);
+    window.rect = {rect[0], rect[1], rect[2], rect[3]};
   }
   return window;
 }
@@ -162,11 +157,8 @@ ScriptStep ScriptedStep(const Json& json, const std::string& where) {
   ScriptStep scripted{StepFromJson(fields), {}, std::nullopt};
   scripted.step.hasTarget = fields.Has("at") || WordsOf(scripted.step.action).needsTarget;
   if (scripted.step.hasTarget) {
-    const Json& at = fields.List("at");
-    if (at.size() != 2 || !at[0].is_number_integer() || !at[1].is_number_integer()) {
-      fields.Refuse("at", "is not a list of two whole numbers");
-    }
-    scripted.at = {at[0].get<int>(), at[1].get<int>()};
+    const auto at = fields.Numbers("at", 2);
+    scripted.at = {at[0], at[1]};
   }
   if (fields.Has("method")) {
     scripted.method = MethodFromJson(fields.At("method"), where + ": field \"method\"");
