@@ -1,7 +1,7 @@
 #include "host/recording/json_fields.h"
 
 #include <algorithm>
-#include <limits>
+#include <utility>
 
 #include "host/base/failure.h"
 
@@ -10,9 +10,9 @@ namespace host {
 namespace {
 
 bool IsNumber(const Json& value) {
-  using Limits = std::numeric_limits<std::int32_t>;
-  return value.is_number_unsigned() ? value.get<std::uint64_t>() <= static_cast<std::uint64_t>(Limits::max())
-                                    : value.is_number_integer() && value.get<std::int64_t>() >= Limits::min();
+  return value.is_number_unsigned()
+             ? std::in_range<std::int32_t>(value.get<std::uint64_t>())
+             : value.is_number_integer() && std::in_range<std::int32_t>(value.get<std::int64_t>());
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "host/base/failure.h"
 #include "host/base/file.h"
+#include "host/base/text.h"
 #include "host/recording/json_fields.h"
 #include "host/recording/shortcut.h"
 
@@ -119,7 +120,9 @@ Json Parse(const std::string& file, const std::string& text) {
     // Its own message names the place; what comes before that is of no use to a reader.
     const std::string message = error.what();
     const auto place = message.find("parse error");
-    throw Failure(ExitCode::BadFile, file + ": not JSON: " + message.substr(place == std::string::npos ? 0 : place));
+    // It quotes the bytes that it stumbled over, whatever they are.
+    throw Failure(ExitCode::BadFile,
+                  file + ": not JSON: " + Shortened(message.substr(place == std::string::npos ? 0 : place), 200));
   }
 }
 

@@ -116,15 +116,16 @@
     for (const mark of card.querySelectorAll("mark")) mark.replaceWith(mark.textContent);
     card.normalize();
     if (!needle) return;
+    // Folding case can change a text's length, so that places in the folded text are not places in the text.
+    const pattern = new RegExp(needle.replace(/[\\^$.*+?()[\]{}|]/g, "\\$&"), "iu");
     const walker = document.createTreeWalker(card, NodeFilter.SHOW_TEXT);
     const texts = [];
     while (walker.nextNode()) texts.push(walker.currentNode);
     for (let text of texts) {
-      for (let at = text.data.toLowerCase().indexOf(needle); at >= 0; at = text.data.toLowerCase().indexOf(needle)) {
-        const hit = text.splitText(at);
-        text = hit.splitText(needle.length);
-        const mark = make("mark", "", hit.data);
-        hit.replaceWith(mark);
+      for (let found = pattern.exec(text.data); found; found = pattern.exec(text.data)) {
+        const hit = text.splitText(found.index);
+        text = hit.splitText(found[0].length);
+        hit.replaceWith(make("mark", "", hit.data));
       }
     }
   }
