@@ -3,6 +3,7 @@
 import json
 import os
 import re
+import resource
 import unittest
 
 from program import CONFIRMATION, SCRIPT, VALUES, korvane, recorded, scratch
@@ -193,6 +194,12 @@ class Commands(unittest.TestCase):
         self.refuses(6, "no/r.html: cannot be written: its folder does not exist", "replay", "order.json", *VALUES,
                      "--report", "no/r.html")
         self.refuses(6, "no/k.log: the log cannot be opened there", "replay", "order.json", *VALUES, "--log", "no/k.log")
+        # A disk that is full in the middle of the file; Python has programs ignore the signal that tells of it.
+        full = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (3000, 3000)), "restore_signals": False}
+        self.refuses(6, "new.json: cannot be written: File too large", "record", "new.json", "--script", SCRIPT, **full)
+        self.refuses(6, "order.json: cannot be written: File too large", "record", "order.json", "--force", "--script",
+                     SCRIPT, **full)
+        self.assertEqual(recorded(), (self.folder / "order.json").read_text(encoding="utf-8"))
         self.refuses(6, "no/o.json: cannot be written: No such file or directory", "record", "no/o.json", "--script", SCRIPT)
 
     def test_bad_words(self):

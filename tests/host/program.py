@@ -22,11 +22,11 @@ def scratch(name):
     return folder
 
 
-def korvane(*words, folder, desktop="", command=NATIVE):
+def korvane(*words, folder, desktop="", **options):
     """Exit code and what was said, on the scripted desktop that `desktop` describes."""
     done = subprocess.run(
-        [command, *map(str, words)], cwd=folder, stdin=subprocess.DEVNULL, capture_output=True, check=False, timeout=60,
-        env={**os.environ, "KORVANE_DESKTOP": desktop},
+        [NATIVE, *map(str, words)], cwd=folder, stdin=subprocess.DEVNULL, capture_output=True, check=False, timeout=60,
+        env={**os.environ, "KORVANE_DESKTOP": desktop}, **options,
     )
     return done.returncode, done.stdout.decode("utf-8"), done.stderr.decode("utf-8")
 
