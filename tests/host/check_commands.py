@@ -7,6 +7,7 @@ import resource
 import unittest
 
 from program import CONFIRMATION, SCRIPT, VALUES, korvane, recorded, scratch
+from repository import ROOT
 
 ELSEWHERE = "form 560,380"
 
@@ -233,6 +234,21 @@ class Commands(unittest.TestCase):
         code, _, err = korvane("record", "new.json", "--script", "s.json", folder=self.folder)
         self.assertEqual(3, code)
         self.assertIn('s.json: step 1 "Keys": field "keys" is "Ctrl+Alt+Q", which is not known; known are ', err)
+
+    def test_documents(self):
+        """commands: the samples and exit codes that the documents give are those of the program"""
+        page = (ROOT / "docs/host.md").read_text(encoding="utf-8")
+        recording, script = re.findall(r"^```json\n(.*?)^```", page, re.M | re.S)
+        (self.folder / "order.json").write_text(recording, encoding="utf-8")
+        (self.folder / "script.json").write_text(script, encoding="utf-8")
+        self.says(0, "replay", "order.json", *VALUES, desktop=ELSEWHERE)
+        self.says(0, "record", "new.json", "--script", "script.json", desktop=ELSEWHERE)
+        self.says(0, "replay", "new.json", *VALUES)
+        told = re.findall(r"^  (\d)  (.*)$", self.says(0, "--help"), re.M)
+        self.assertEqual(told, re.findall(r"^\| (\d) \| (.*) \|$", page, re.M))
+        for command in ("capture", "record", "replay"):
+            for option in re.findall(r"--[a-z-]+", self.says(0, command, "--help")):
+                self.assertTrue(option == "--help" or option in page, option)
 
 
 if __name__ == "__main__":
