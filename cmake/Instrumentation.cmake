@@ -1,4 +1,4 @@
-# Sanitizers and coverage watch everything that is compiled, the test framework included.
+# Sanitizers and coverage watch everything that is compiled, except the test framework (tests/CMakeLists.txt).
 if(KORVANE_SANITIZERS)
   add_compile_options(-fsanitize=${KORVANE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KORVANE_SANITIZERS})

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs what is missing to build and test, and nothing that is there already.
 #
-#   scripts/setup.sh [native] [checks] [windows] [package] [consumers] [lint] [fuzz] [coverage] [bench] [host]
+#   scripts/setup.sh [native] [checks] [windows] [host] [package] [consumers] [lint] [fuzz] [coverage] [bench]
 #
 # (the first three unless told)
 #
@@ -16,6 +16,9 @@ setup_needs() {
       echo g++ g++
       echo googletest /usr/src/googletest/CMakeLists.txt
       echo python3 python3
+      echo libcli11-dev /usr/include/CLI/CLI.hpp
+      echo nlohmann-json3-dev /usr/include/nlohmann/json.hpp
+      echo libstb-dev /usr/include/stb/stb_image_write.h
       ;;
     windows)
       setup_needs native
@@ -43,6 +46,14 @@ setup_needs() {
       echo mono-runtime mono
       echo unzip unzip
       ;;
+    host)
+      setup_needs windows
+      # The browser's driver is a module of Debian's own Python.
+      echo python3 /usr/bin/python3
+      echo chromium chromium
+      echo chromium-driver chromedriver
+      echo python3-selenium /usr/lib/python3/dist-packages/selenium/__init__.py
+      ;;
     checks)
       setup_needs native
       echo clang clang
@@ -61,16 +72,6 @@ setup_needs() {
       setup_needs native
       echo libbenchmark-dev /usr/include/benchmark/benchmark.h
       ;;
-    host)
-      setup_needs native
-      echo libcli11-dev /usr/include/CLI
-      echo nlohmann-json3-dev /usr/include/nlohmann
-      echo libstb-dev /usr/include/stb
-      echo chromium chromium
-      echo chromium-driver chromedriver
-      echo fonts-dejavu-core /usr/share/fonts/truetype/dejavu
-      echo python3-selenium /usr/lib/python3/dist-packages/selenium
-      ;;
     fuzz)
       setup_needs native
       echo clang clang++
@@ -86,7 +87,11 @@ setup_needs() {
 setup_missing() {
   local package shown
   setup_needs "$1" | sort -u | while read -r package shown; do
-    [ -e "$shown" ] || command -v "$shown" >/dev/null || echo "$package"
+    if [[ $shown == /* ]]; then
+      [ -e "$shown" ]
+    else
+      type -P "$shown" >/dev/null
+    fi || echo "$package"
   done
 }
 

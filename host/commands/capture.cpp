@@ -103,8 +103,9 @@ std::string FieldsTable(const Captured& captured) {
 
 std::string LevelsTable(const TargetRecord& record) {
   Table table({"level", "controlType", "className", "childIndex"});
+  const Json fields = ToJson(record);
   int number = 0;
-  for (const Json& level : ToJson(record)["levels"]) {
+  for (const Json& level : fields["levels"]) {
     const Json& name = level["className"];
     table.Add({std::to_string(++number), level["controlType"].dump(),
                name.is_string() ? name.get<std::string>() : name.dump(), level["childIndex"].dump()});

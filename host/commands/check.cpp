@@ -52,7 +52,7 @@ ExitCode Check(const Options& options) {
   std::size_t failed = 0;
   for (std::size_t i = 0; i < recording.steps.size(); ++i) {
     const Step& step = recording.steps[i];
-    const std::string number = std::to_string(i + 1) + "  " + step.name;
+    const std::string number = Padded(std::to_string(i + 1), 4) + step.name;
     const auto& window = windows[step.window];
     if (!window) {
       table.Add({number, WordsOf(step.action).word, "NO WINDOW", "", "", ""});

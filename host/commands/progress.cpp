@@ -23,7 +23,7 @@ std::string Bar(std::size_t done, std::size_t all) {
 
 std::string LineOf(const StepResult& result, std::size_t all) {
   const std::string number = std::to_string(result.index + 1) + "/" + std::to_string(all);
-  const std::string words = result.windowGone ? "window not found" : WordsOfCode(result.code);
+  const std::string words = result.windowGone ? "no window" : WordsOfCode(result.code);
   return "  " + Padded(number, 6) + Padded(Shortened(Title(*result.step), kTitleWidth), kTitleWidth + 1) +
          Padded(result.code == KORVANE_OK ? words : "FAILED: " + words, 10) + "  " + Milliseconds(result.milliseconds) +
          "\n";

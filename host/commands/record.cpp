@@ -170,7 +170,7 @@ void Show(const Recording& recording, const std::string& file) {
   Table table({"step", "action", "AutomationId", "levels", "point"});
   for (std::size_t i = 0; i < recording.steps.size(); ++i) {
     const Step& step = recording.steps[i];
-    const std::string number = std::to_string(i + 1) + "  " + step.name;
+    const std::string number = Padded(std::to_string(i + 1), 4) + step.name;
     if (step.hasTarget) {
       table.Add({number, WordsOf(step.action).word, Utf8(step.target.automationId),
                  std::to_string(step.target.pathLength), PointText({step.target.x, step.target.y})});

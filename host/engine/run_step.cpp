@@ -81,6 +81,10 @@ StepResult StepRunner::Run(std::size_t index, Variables& variables) {
     result.remark = "no window " + Describe(recording_.windows[step.window]);
   } else {
     result.code = Act({step, result.window->handle, timeoutMs, result, variables});
+    if (result.code != KORVANE_OK && !world::Describe(result.window->handle)) {
+      result.windowGone = true;
+      result.remark = "the window " + Describe(recording_.windows[step.window]) + " was closed meanwhile";
+    }
   }
   result.milliseconds = world::Now() - result.start;
   logAction(Wide(std::to_string(index + 1) + " " + Title(step)).c_str(), result.code,

@@ -1,11 +1,21 @@
 #include "host/recording/json_fields.h"
 
 #include <algorithm>
-#include <limits>
+#include <utility>
 
 #include "host/base/failure.h"
 
 namespace host {
+
+namespace {
+
+bool IsNumber(const Json& value) {
+  return value.is_number_unsigned()
+             ? std::in_range<std::int32_t>(value.get<std::uint64_t>())
+             : value.is_number_integer() && std::in_range<std::int32_t>(value.get<std::int64_t>());
+}
+
+}  // namespace
 
 JsonFields::JsonFields(const Json& object, std::string where) : object_(object), where_(std::move(where)) {
   if (!object.is_object()) {
@@ -51,11 +61,7 @@ std::string JsonFields::Text(const char* field, const std::string& otherwise) co
 
 std::int32_t JsonFields::Number(const char* field) const {
   const Json& value = At(field);
-  using Limits = std::numeric_limits<std::int32_t>;
-  const bool fits = value.is_number_unsigned()
-                        ? value.get<std::uint64_t>() <= static_cast<std::uint64_t>(Limits::max())
-                        : value.is_number_integer() && value.get<std::int64_t>() >= Limits::min();
-  if (!fits) {
+  if (!IsNumber(value)) {
     Refuse(field, "is not a whole number of 32 bits");
   }
   return value.get<std::int32_t>();
@@ -63,6 +69,14 @@ std::int32_t JsonFields::Number(const char* field) const {
 
 std::int32_t JsonFields::Number(const char* field, std::int32_t otherwise) const {
   return Has(field) ? Number(field) : otherwise;
+}
+
+std::vector<std::int32_t> JsonFields::Numbers(const char* field, std::size_t count) const {
+  const Json& list = List(field);
+  if (list.size() != count || !std::all_of(list.begin(), list.end(), IsNumber)) {
+    Refuse(field, "is not a list of " + std::to_string(count) + " whole numbers of 32 bits");
+  }
+  return list.get<std::vector<std::int32_t>>();
 }
 
 void JsonFields::AllowOnly(std::initializer_list<const char*> fields) const {

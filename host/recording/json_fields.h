@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "host/recording/record_json.h"
 
@@ -21,6 +22,8 @@ class JsonFields {
   std::string Text(const char* field, const std::string& otherwise) const;
   std::int32_t Number(const char* field) const;
   std::int32_t Number(const char* field, std::int32_t otherwise) const;
+  // A list of exactly so many numbers.
+  std::vector<std::int32_t> Numbers(const char* field, std::size_t count) const;
   // A field that is not one of these is a mistake, not something to pass over.
   void AllowOnly(std::initializer_list<const char*> fields) const;
   [[noreturn]] void Refuse(const std::string& field, const std::string& why) const;

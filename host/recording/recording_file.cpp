@@ -2,6 +2,7 @@
 
 #include "host/base/failure.h"
 #include "host/base/file.h"
+#include "host/base/text.h"
 #include "host/recording/json_fields.h"
 #include "host/recording/shortcut.h"
 
@@ -31,13 +32,8 @@ WindowName WindowFromJson(const Json& json, const std::string& where) {
     fields.Refuse("title", "is missing, and so are \"class\" and \"process\"");
   }
   if (fields.Has("rect")) {
-    const Json& rect = fields.List("rect");
-    for (const Json& number : rect) {
-      if (rect.size() != 4 || !number.is_number_integer()) {
-        fields.Refuse("rect", "is not a list of four whole numbers");
-      }
-    }
-    window.rect = {rect.at(0).get<int>(), rect.at(1).get<int>(), rect.at(2).get<int>(), rect.at(3).get<int>()};
+    const auto rect = fields.Numbers("rect", 4);
+    window.rect = {rect[0], rect[1], rect[2], rect[3]};
   }
   return window;
 }
@@ -124,7 +120,9 @@ Json Parse(const std::string& file, const std::string& text) {
     // Its own message names the place; what comes before that is of no use to a reader.
     const std::string message = error.what();
     const auto place = message.find("parse error");
-    throw Failure(ExitCode::BadFile, file + ": not JSON: " + message.substr(place == std::string::npos ? 0 : place));
+    // It quotes the bytes that it stumbled over, whatever they are.
+    throw Failure(ExitCode::BadFile,
+                  file + ": not JSON: " + Shortened(message.substr(place == std::string::npos ? 0 : place), 200));
   }
 }
 
@@ -162,11 +160,8 @@ ScriptStep ScriptedStep(const Json& json, const std::string& where) {
   ScriptStep scripted{StepFromJson(fields), {}, std::nullopt};
   scripted.step.hasTarget = fields.Has("at") || WordsOf(scripted.step.action).needsTarget;
   if (scripted.step.hasTarget) {
-    const Json& at = fields.List("at");
-    if (at.size() != 2 || !at[0].is_number_integer() || !at[1].is_number_integer()) {
-      fields.Refuse("at", "is not a list of two whole numbers");
-    }
-    scripted.at = {at[0].get<int>(), at[1].get<int>()};
+    const auto at = fields.Numbers("at", 2);
+    scripted.at = {at[0], at[1]};
   }
   if (fields.Has("method")) {
     scripted.method = MethodFromJson(fields.At("method"), where + ": field \"method\"");

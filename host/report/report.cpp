@@ -90,7 +90,7 @@ Json ResultToJson(const Recording& recording, const StepResult& result, double r
   Json json = StepToJson(recording, result.index);
   json["state"] = result.code == KORVANE_OK ? "ok" : "failed";
   json["code"] = result.code;
-  json["words"] = result.windowGone ? "window not found" : WordsOfCode(result.code);
+  json["words"] = result.windowGone ? "no window" : WordsOfCode(result.code);
   json["text"] = result.step->action == Action::Read ? std::string() : result.text;
   json["start"] = result.start - runStart;
   json["milliseconds"] = result.milliseconds;

@@ -116,6 +116,8 @@ void Start() {
   // Screen points are physical pixels, as the library has them.
   SetProcessDPIAware();
   SetConsoleOutputCP(CP_UTF8);
+  // Without a buffer every byte would be written alone, and a console does not put the bytes of a character together.
+  std::setvbuf(stdout, nullptr, _IOFBF, 1 << 16);
   DWORD mode = 0;
   const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
   if (GetConsoleMode(output, &mode)) {
@@ -207,6 +209,7 @@ std::optional<std::string> WhyNobodyCanPoint() {
 }
 
 char WaitForKey() {
+  std::cout << std::flush;
   INPUT_RECORD record{};
   DWORD count = 0;
   while (ReadConsoleInputW(Input(), &record, 1, &count)) {

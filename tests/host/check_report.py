@@ -17,7 +17,6 @@ class Report(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        replays.clear()
         cls.browser = Browser()
         cls.addClassCleanup(cls.browser.close)
         pages = (replays.good, replays.stopped, replays.rows, replays.cancelled, replays.hostile)

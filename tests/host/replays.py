@@ -3,13 +3,8 @@
 import csv
 import json
 import os
-import shutil
-import subprocess
 
-from repository import ROOT, SCRATCH, missing
-
-KORVANE = ROOT / "build/native/bin/korvane"
-FOLDER = SCRATCH / "host"
+from program import korvane, scratch
 
 LOST = 280  # how far to the left of its field a step is looked for that is not found
 # Points are relative to the window.
@@ -39,35 +34,24 @@ HOSTILE = [
 ]
 
 
-def korvane(*arguments, desktop=""):
-    """Exit code and all that was written, whatever bytes that was."""
-    if not KORVANE.exists():
-        missing(f"{KORVANE} is not built")
-    result = subprocess.run(
-        [KORVANE, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, cwd=FOLDER,
-        env={**os.environ, "KORVANE_DESKTOP": desktop}, timeout=60, check=False,
-    )
-    return result.returncode, result.stdout.decode("utf-8", "replace")
-
-
 def report(name, expected_code, *arguments, steps=STEPS, change=lambda recording: None, rows=None, desktop=""):
     """A recording of the steps, changed, and then the report of its replay."""
-    FOLDER.mkdir(parents=True, exist_ok=True)
-    script, recording, page = (FOLDER / f"{name}{ending}" for ending in (".steps.json", ".json", ".html"))
+    folder = scratch("report-" + name)
+    script, recording, page = (folder / f"{name}{ending}" for ending in (".steps.json", ".json", ".html"))
     script.write_text(json.dumps({"korvane": 1, "steps": steps, "window": {"class": "OrderForm"}}), encoding="utf-8")
-    code, output = korvane("record", "--force", "--script", script, recording)
-    assert code == 0, output
+    code, out, err = korvane("record", "--script", script, recording, folder=folder)
+    assert code == 0, out + err
     content = json.loads(recording.read_text(encoding="utf-8"))
     change(content)
     recording.write_text(json.dumps(content, ensure_ascii=False), encoding="utf-8")
     if rows:
-        table = FOLDER / f"{name}.csv"
+        table = folder / f"{name}.csv"
         with open(table, "w", newline="", encoding="utf-8") as file:
             csv.writer(file).writerows(rows)
         arguments = ("--data", table, *arguments)
-    page.unlink(missing_ok=True)
-    code, output = korvane("replay", recording, "--timeout", "200", "--report", page, *arguments, desktop=desktop)
-    assert code == expected_code, f"{name}: exit code {code}\n{output}"
+    words = ("replay", recording, "--timeout", 200, "--report", page, *arguments)
+    code, out, err = korvane(*words, folder=folder, desktop=desktop)
+    assert code == expected_code, f"{name}: exit code {code}\n{out}{err}"
     return page
 
 
@@ -106,10 +90,5 @@ def hostile():
             step["name"] = text
 
     steps = [{**STEPS[0], "name": str(number)} for number in range(len(HOSTILE))]
-    name = b"NAME=</script>\xef\xbf\xbe \x01 \xed\xa0\x80 \xff </text></svg>"
+    name = os.fsdecode(b"NAME=</script>\xef\xbf\xbe \x01 \xed\xa0\x80 \xff </text></svg>")
     return report("hostile", 0, "--set", name, steps=steps, change=change)
-
-
-def clear():
-    shutil.rmtree(FOLDER, ignore_errors=True)
-    FOLDER.mkdir(parents=True)

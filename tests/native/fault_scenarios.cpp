@@ -81,7 +81,8 @@ const Failures kClipboardWithHtml = {
     {-3, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to set unicode clipboard data"},
     {-3, "ERROR setClipboardTextAndHtml Code:-3 Details:Clipboard verification failed"}};
 
-const Failures kRead = {{-1, "getTargetText: FAILED - No element found"},
+const Failures kRead = {{-1, "getTargetText: ERROR - Failed to allocate memory"},
+                        {-1, "getTargetText: FAILED - No element found"},
                         {-1, "getTargetText: FAILED - No text found in any property"}};
 
 // The line of the last attempt.
