@@ -34,10 +34,11 @@ SOURCES = {
     "scripts/run_under_wine.sh": "scripts/run_under_wine.sh",
     "scripts/wine_env.sh": "scripts/wine_env.sh",
 }
-DOCUMENTS = ("abi", "bindings", "guide", "linux", "log", "reference", "troubleshooting")
+DOCUMENTS = ("abi", "bindings", "guide", "host", "linux", "log", "reference", "troubleshooting")
 BUILT = {
     "bin/korvane.dll": "bin/korvane.dll",
     "bin/korvane.dll.debug": "bin/korvane.dll.debug",
+    "bin/korvane.exe": "bin/korvane.exe",
     "lib/libkorvane.dll.a": "src/libkorvane.dll.a",
     "examples/stage/stage.dll": "bin/stage.dll",
     "examples/stage/order_form.exe": "bin/order_form.exe",

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs what is missing to build and test, and nothing that is there already.
 #
-#   scripts/setup.sh [native] [checks] [windows] [package] [consumers] [lint] [fuzz] [coverage] [bench]
+#   scripts/setup.sh [native] [checks] [windows] [host] [package] [consumers] [lint] [fuzz] [coverage] [bench]
 #
 # (the first three unless told)
 #
@@ -16,6 +16,9 @@ setup_needs() {
       echo g++ g++
       echo googletest /usr/src/googletest/CMakeLists.txt
       echo python3 python3
+      echo libcli11-dev /usr/include/CLI/CLI.hpp
+      echo nlohmann-json3-dev /usr/include/nlohmann/json.hpp
+      echo libstb-dev /usr/include/stb/stb_image_write.h
       ;;
     windows)
       setup_needs native
@@ -42,6 +45,14 @@ setup_needs() {
       echo mono-mcs mcs
       echo mono-runtime mono
       echo unzip unzip
+      ;;
+    host)
+      setup_needs windows
+      # The browser's driver is a module of Debian's own Python.
+      echo python3 /usr/bin/python3
+      echo chromium chromium
+      echo chromium-driver chromedriver
+      echo python3-selenium /usr/lib/python3/dist-packages/selenium/__init__.py
       ;;
     checks)
       setup_needs native

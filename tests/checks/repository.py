@@ -61,6 +61,20 @@ def run(*command, **options):
     return subprocess.run(command, capture_output=True, text=True, check=False, **options)
 
 
+def run_windows(*command, folder, environment=None, seconds=120):
+    """Exit code and output. The output goes through a file: some Windows programs cannot write to a pipe."""
+    tool("wine")
+    if not os.environ.get("DISPLAY") or not os.environ.get("WINEPREFIX"):
+        missing("no Wine is started: ./test does")
+    output = Path(folder) / "output.txt"
+    with open(output, "wb") as file:
+        result = subprocess.run(
+            ["wine", *map(str, command)], stdin=subprocess.DEVNULL, stdout=file, stderr=subprocess.STDOUT, cwd=folder,
+            env={**os.environ, **(environment or {})}, timeout=seconds, check=False,
+        )
+    return result.returncode, output.read_bytes().decode("utf-8", "replace").replace("\r", "")
+
+
 def dll():
     """The built DLL, brought up to date."""
     tool("x86_64-w64-mingw32-g++-posix")

@@ -1,13 +1,10 @@
-"""What these checks share: the package as a user unpacks it, and programs run under Wine."""
+"""What these checks share: the package as a user unpacks it, and its examples."""
 
 import functools
-import os
 import shutil
-import subprocess
 import zipfile
-from pathlib import Path
 
-from repository import ROOT, SCRATCH, missing, tool
+from repository import ROOT, SCRATCH, run_windows
 
 OUTPUT = ROOT / "build/package"
 STANDIN = ROOT / "build/native/bin/libkorvane.so"
@@ -43,20 +40,6 @@ def scratch(name):
 def windows_path(path):
     """How Wine's programs know a path of this machine."""
     return "Z:" + str(path).replace("/", "\\")
-
-
-def run_windows(*command, folder, environment=None, seconds=120):
-    """Exit code and output. The output goes through a file: some Windows programs cannot write to a pipe."""
-    tool("wine")
-    if not os.environ.get("DISPLAY") or not os.environ.get("WINEPREFIX"):
-        missing("no Wine is started: ./test package does")
-    output = Path(folder) / "output.txt"
-    with open(output, "wb") as file:
-        result = subprocess.run(
-            ["wine", *map(str, command)], stdin=subprocess.DEVNULL, stdout=file, stderr=subprocess.STDOUT, cwd=folder,
-            env={**os.environ, **(environment or {})}, timeout=seconds, check=False,
-        )
-    return result.returncode, output.read_bytes().decode("utf-8", "replace").replace("\r", "")
 
 
 def run_order(*command, **options):

@@ -1,0 +1,22 @@
+// A table for the terminal: columns as wide as they need to be.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace host {
+
+class Table {
+ public:
+  explicit Table(std::vector<std::string> heads) : rows_{std::move(heads)} {}
+
+  void Add(std::vector<std::string> row) {
+    rows_.push_back(std::move(row));
+  }
+  std::string Text() const;
+
+ private:
+  std::vector<std::vector<std::string>> rows_;
+};
+
+}  // namespace host

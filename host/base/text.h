@@ -1,0 +1,31 @@
+// Texts of the library are UTF-16; files, the terminal and this program use UTF-8.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "korvane/korvane.h"
+
+namespace host {
+
+using WideText = std::basic_string<KorvaneChar>;
+using WideView = std::basic_string_view<KorvaneChar>;
+
+// Lone halves of surrogate pairs become U+FFFD, as do bytes that are not UTF-8.
+std::string Utf8(WideView text);
+WideText Wide(std::string_view utf8);
+bool IsWellFormed(WideView text);
+
+// Characters that a terminal shows in one column each, near enough for tables.
+std::size_t Columns(std::string_view utf8);
+std::string Padded(std::string text, std::size_t columns);
+// Cut to so many columns, with an ellipsis when something is missing; control characters become blanks.
+std::string Shortened(std::string_view utf8, std::size_t columns);
+
+bool EqualsIgnoringCase(std::string_view left, std::string_view right);  // of ASCII letters
+std::string Lower(std::string text);                                     // of ASCII letters
+std::string Trimmed(std::string_view text);
+std::string Milliseconds(double milliseconds);  // "12.3 ms"
+std::string Base64(std::string_view bytes);
+
+}  // namespace host

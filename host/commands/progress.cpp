@@ -1,0 +1,64 @@
+#include "host/commands/progress.h"
+
+#include <iostream>
+
+#include "host/base/text.h"
+#include "host/engine/result_words.h"
+#include "host/world/world.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::size_t kBarWidth = 24;
+constexpr std::size_t kTitleWidth = 38;
+
+std::string Bar(std::size_t done, std::size_t all) {
+  std::string bar;
+  for (std::size_t i = 0; i < kBarWidth; ++i) {
+    bar += i * all < done * kBarWidth ? "█" : "░";
+  }
+  return bar;
+}
+
+std::string LineOf(const StepResult& result, std::size_t all) {
+  const std::string number = std::to_string(result.index + 1) + "/" + std::to_string(all);
+  const std::string words = result.windowGone ? "no window" : WordsOfCode(result.code);
+  return "  " + Padded(number, 6) + Padded(Shortened(Title(*result.step), kTitleWidth), kTitleWidth + 1) +
+         Padded(result.code == KORVANE_OK ? words : "FAILED: " + words, 10) + "  " + Milliseconds(result.milliseconds) +
+         "\n";
+}
+
+}  // namespace
+
+Progress ShowProgress(const Recording& recording) {
+  const std::size_t all = recording.steps.size();
+  const bool terminal = world::OutputIsTerminal();
+  const std::string erase = terminal ? "\r\x1b[K" : "";
+  Progress progress;
+  progress.runBegins = [erase](const Run& run) {
+    if (!run.name.empty()) {
+      std::cout << erase << run.name << "\n" << std::flush;
+    }
+  };
+  progress.stepBegins = [&recording, all, terminal, erase](std::size_t index) {
+    if (terminal) {
+      std::cout << erase << "  " << Bar(index, all) << "  " << index + 1 << "/" << all << "  "
+                << Shortened(Title(recording.steps[index]), kTitleWidth) << std::flush;
+    }
+  };
+  progress.stepEnds = [all, terminal, erase](const StepResult& result) {
+    // On a terminal the bar is enough for what went well.
+    if (!terminal || result.code != KORVANE_OK) {
+      std::cout << erase << LineOf(result, all) << std::flush;
+    } else if (result.index + 1 == all) {
+      std::cout << erase << "  " << Bar(all, all) << "  " << all << "/" << all << "\n" << std::flush;
+    }
+    if (result.code == KORVANE_OK && !result.remark.empty()) {
+      std::cout << erase << "        " << result.remark << "\n" << std::flush;
+    }
+  };
+  return progress;
+}
+
+}  // namespace host

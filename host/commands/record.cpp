@@ -1,0 +1,217 @@
+#include <iostream>
+#include <memory>
+
+#include "host/base/file.h"
+#include "host/base/table.h"
+#include "host/base/text.h"
+#include "host/commands/commands.h"
+#include "host/engine/find_window.h"
+#include "host/engine/library_log.h"
+#include "host/recording/recording_file.h"
+#include "host/recording/shortcut.h"
+
+namespace host {
+
+namespace {
+
+struct Options {
+  std::string file;
+  std::string script;
+  bool force = false;
+};
+
+std::string PointText(world::Point point) {
+  return std::to_string(point.x) + "," + std::to_string(point.y);
+}
+
+// A recording as it grows.
+class Recorder {
+ public:
+  // Captures what is at the point as the step's target. Failure: StepFailed, beginning with `where`
+  void AddTarget(Step& step, world::Point point, std::optional<int> method, const std::string& where) {
+    if (captureTargetAtPoint(&step.target, point.x, point.y) != KORVANE_OK) {
+      throw Failure(ExitCode::StepFailed, where + "there is no element at " + PointText(point));
+    }
+    const auto window = world::WindowAt(point);
+    if (!window) {
+      throw Failure(ExitCode::StepFailed, where + "there is no window at " + PointText(point));
+    }
+    const int usual = step.target.pathLength > 0 ? KORVANE_METHOD_TREE_PATH : KORVANE_METHOD_COORDINATES;
+    step.target.identificationMethod = method.value_or(usual);
+    step.hasTarget = true;
+    step.window = IndexOf(*window);
+  }
+
+  void Add(Step step) {
+    if (!step.hasTarget) {
+      step.window = lastWindow_;
+    }
+    lastWindow_ = step.window;
+    recording_.steps.push_back(std::move(step));
+  }
+
+  void RemoveLast() {
+    recording_.steps.pop_back();
+  }
+
+  std::size_t IndexOf(const world::Window& window) {
+    for (std::size_t i = 0; i < handles_.size(); ++i) {
+      if (handles_[i] == window.handle) {
+        return i;
+      }
+    }
+    handles_.push_back(window.handle);
+    recording_.windows.push_back(NameOf(window));
+    return handles_.size() - 1;
+  }
+
+  const Recording& Result() const {
+    return recording_;
+  }
+
+ private:
+  Recording recording_;
+  std::vector<HWND> handles_;
+  std::size_t lastWindow_ = 0;
+};
+
+Recording RecordScript(const std::string& file) {
+  const Script script = LoadScript(file);
+  constexpr int kWindowTimeoutMs = 3000;
+  world::Point origin;
+  Recorder recorder;
+  if (script.window) {
+    const auto window = AwaitWindow(*script.window, kWindowTimeoutMs, [] { return false; });
+    if (!window) {
+      throw Failure(ExitCode::NoWindow, file + ": field \"window\": there is no window " + Describe(*script.window));
+    }
+    origin = {window->rect.left, window->rect.top};
+    recorder.IndexOf(*window);
+  }
+  for (std::size_t i = 0; i < script.steps.size(); ++i) {
+    ScriptStep scripted = script.steps[i];
+    const std::string where = file + ": " + NameOf(i, scripted.step) + ": ";
+    if (scripted.step.hasTarget) {
+      recorder.AddTarget(scripted.step, {origin.x + scripted.at.x, origin.y + scripted.at.y}, scripted.method,
+                         where + "field \"at\": ");
+    } else if (recorder.Result().windows.empty()) {
+      throw Failure(ExitCode::BadFile, where + "comes before any window is known: give the script a \"window\"");
+    }
+    recorder.Add(scripted.step);
+  }
+  return recorder.Result();
+}
+
+// ---- By pointing ----
+
+constexpr const char* kInstructions =
+    "Point at an element with the mouse, and with this terminal in front press a key:\n"
+    "  c click   p paste text   t type   k shortcut   w wait for text   v check text   r read into a variable\n"
+    "  u take the last step back   q write the file and end\n";
+
+const ActionWords* ActionOfKey(char key) {
+  static constexpr char kKeys[] = {'c', 'p', 't', 'k', 'w', 'v', 'r'};
+  for (std::size_t i = 0; i < std::size(kKeys); ++i) {
+    if (kKeys[i] == key) {
+      return &AllActions()[i];
+    }
+  }
+  return nullptr;
+}
+
+std::string AskForText(const ActionWords& words) {
+  for (;;) {
+    std::string text = world::AskForLine(std::string("     ") + words.textField + ": ");
+    if (!text.empty() && (words.action != Action::Shortcut || FindShortcut(text))) {
+      return text;
+    }
+    if (words.action == Action::Shortcut) {
+      std::cout << "     one of " << AllShortcuts() << "\n";
+    }
+  }
+}
+
+void RecordOne(Recorder& recorder, const ActionWords& words) {
+  Step step;
+  step.action = words.action;
+  try {
+    // At once: while a text is typed, the mouse may wander.
+    recorder.AddTarget(step, world::Cursor(), std::nullopt, "");
+  } catch (const Failure& failure) {
+    std::cout << "     " << failure.what() << "\n";
+    return;
+  }
+  if (words.textField != nullptr) {
+    step.text = AskForText(words);
+  }
+  step.name = world::AskForLine("     name of the step: ");
+  recorder.Add(step);
+  std::cout << "  " << recorder.Result().steps.size() << "  " << Title(step) << "\n";
+}
+
+Recording RecordByPointing() {
+  std::cout << kInstructions;
+  Recorder recorder;
+  for (;;) {
+    const char key = world::WaitForKey();
+    if (key == 'q') {
+      return recorder.Result();
+    }
+    if (key == 'u' && !recorder.Result().steps.empty()) {
+      recorder.RemoveLast();
+      std::cout << "     taken back; " << recorder.Result().steps.size() << " left\n";
+    } else if (const ActionWords* const words = ActionOfKey(key)) {
+      RecordOne(recorder, *words);
+    }
+  }
+}
+
+void Show(const Recording& recording, const std::string& file) {
+  Table table({"step", "action", "AutomationId", "levels", "point"});
+  for (std::size_t i = 0; i < recording.steps.size(); ++i) {
+    const Step& step = recording.steps[i];
+    const std::string number = Padded(std::to_string(i + 1), 4) + step.name;
+    if (step.hasTarget) {
+      table.Add({number, WordsOf(step.action).word, Utf8(step.target.automationId),
+                 std::to_string(step.target.pathLength), PointText({step.target.x, step.target.y})});
+    } else {
+      table.Add({number, WordsOf(step.action).word, "", "", ""});
+    }
+  }
+  std::cout << table.Text() << "\n  " << file << ": " << recording.steps.size() << " steps in "
+            << Describe(recording.windows.front()) << "\n";
+}
+
+void Record(const Options& options) {
+  if (options.script.empty()) {
+    if (const auto why = world::WhyNobodyCanPoint()) {
+      throw Failure(ExitCode::NotHere, "record needs somebody who points, but " + *why + "; use --script");
+    }
+  }
+  if (std::error_code ignored; !options.force && std::filesystem::exists(PathOf(options.file), ignored)) {
+    throw Failure(ExitCode::CannotWrite, options.file + ": is there already; --force replaces it");
+  }
+  const LibraryLog log("");
+  const Recording recording = options.script.empty() ? RecordByPointing() : RecordScript(options.script);
+  if (recording.steps.empty()) {
+    throw Failure(ExitCode::StepFailed, options.file + ": no step was recorded, so nothing is written");
+  }
+  WriteFile(options.file, WriteRecording(recording));
+  Show(recording, options.file);
+}
+
+}  // namespace
+
+void AddRecord(CLI::App& program, ExitCode& code) {
+  CLI::App* const command = program.add_subcommand("record", "Record steps into a file, by pointing or from a script");
+  const auto options = std::make_shared<Options>();
+  command->add_option("FILE", options->file, "The recording to write")->required();
+  command->add_option("--script", options->script, "Take the steps from this file instead of from somebody who points");
+  command->add_flag("--force", options->force, "Replace a recording that is there");
+  command->callback([options, &code] {
+    Record(*options);
+    code = ExitCode::Ok;
+  });
+}
+
+}  // namespace host

@@ -1,0 +1,116 @@
+#include "host/engine/replay.h"
+
+#include <iostream>
+#include <memory>
+
+#include "host/base/file.h"
+#include "host/base/text.h"
+#include "host/commands/commands.h"
+#include "host/commands/progress.h"
+#include "host/recording/recording_file.h"
+#include "host/report/report.h"
+
+namespace host {
+
+namespace {
+
+struct Options {
+  std::string file;
+  std::string report;
+  std::string data;
+  std::string log;
+  std::vector<std::string> set;
+  int from = 1;
+  int timeoutMs = 3000;
+  bool dryRun = false;
+  bool keepGoing = false;
+};
+
+std::vector<Variables> RowsOf(const Options& options) {
+  std::vector<Variables> rows(1);
+  if (!options.data.empty()) {
+    rows = ParseCsv(options.data, ReadFile(options.data));
+  }
+  for (Variables& row : rows) {
+    for (const std::string& assignment : options.set) {
+      SetVariable(row, assignment);
+    }
+  }
+  return rows;
+}
+
+// Before anything is clicked: a replay that ends for want of a folder to write to has already changed something.
+void CheckReportFolder(const std::string& report) {
+  const auto folder = PathOf(report).parent_path();
+  std::error_code ignored;
+  if (!report.empty() && !folder.empty() && !std::filesystem::is_directory(folder, ignored)) {
+    throw Failure(ExitCode::CannotWrite, report + ": cannot be written: its folder does not exist");
+  }
+}
+
+void Tell(const Replayed& replayed, const Options& options) {
+  std::size_t steps = 0;
+  std::size_t failed = 0;
+  double milliseconds = 0;
+  for (const Run& run : replayed.runs) {
+    for (const StepResult& result : run.steps) {
+      ++steps;
+      failed += result.code == KORVANE_OK ? 0 : 1;
+      milliseconds += result.milliseconds;
+      if (!result.explanation.empty()) {
+        std::cout << "\n" << (run.name.empty() ? "" : run.name + ": ") << result.explanation << "\n";
+      }
+    }
+  }
+  std::cout << "\n  " << steps << " steps, " << failed << " failed, " << Milliseconds(milliseconds)
+            << (options.dryRun ? ", nothing was done" : "") << "\n";
+  if (!options.report.empty()) {
+    std::cout << "  report: " << options.report << "\n";
+  }
+  if (!options.log.empty()) {
+    std::cout << "  log: " << options.log << "\n";
+  }
+}
+
+ExitCode RunReplay(const Options& options) {
+  const Recording recording = LoadRecording(options.file);
+  const std::vector<Variables> rows = RowsOf(options);
+  const auto from = static_cast<std::size_t>(options.from) - 1;
+  if (from >= recording.steps.size()) {
+    throw Failure(ExitCode::Usage, "--from " + std::to_string(options.from) + ": " + options.file + " has " +
+                                       std::to_string(recording.steps.size()) + " steps");
+  }
+  for (const Variables& row : rows) {
+    CheckVariables(recording, options.file, from, row);
+  }
+  CheckReportFolder(options.report);
+  LibraryLog log(options.log);
+  const ReplayOptions replay{
+      options.file, {options.timeoutMs, options.dryRun, !options.report.empty()}, from, options.keepGoing};
+  const Replayed replayed = Replay(recording, rows, log, replay, ShowProgress(recording));
+  if (!options.report.empty()) {
+    WriteFile(options.report, WriteReport(recording, replayed, replay));
+  }
+  Tell(replayed, options);
+  return replayed.code;
+}
+
+}  // namespace
+
+void AddReplay(CLI::App& program, ExitCode& code) {
+  CLI::App* const command = program.add_subcommand("replay", "Do the steps of a recording");
+  const auto options = std::make_shared<Options>();
+  command->add_option("FILE", options->file, "The recording")->required();
+  command->add_option("--report", options->report, "Write what happened to this HTML file");
+  command->add_option("--set", options->set, "NAME=VALUE: the value of a variable")->allow_extra_args(false);
+  command->add_option("--data", options->data, "A CSV file with a run's variables in each row");
+  command->add_option("--from", options->from, "Begin with this step (1)")->check(CLI::PositiveNumber);
+  command->add_option("--timeout", options->timeoutMs, "Milliseconds to wait for windows and texts (3000)")
+      ->check(CLI::Range(1, 3600000));
+  command->add_option("--log", options->log, "Keep the library's log in this file");
+  command->add_flag("--dry-run", options->dryRun, "Find the targets, but do nothing");
+  command->add_flag("--keep-going", options->keepGoing, "Do not stop at the first failure");
+  command->callback([options, &code] { code = RunReplay(*options); });
+}
+
+}  // namespace host

@@ -1,0 +1,33 @@
+// The library's own log, opened by this program, which reads back what each step wrote.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// Lines of a log as UTF-8, without their ends: the library writes one byte up to U+00FF and \uXXXX beyond.
+std::vector<std::string> LogLines(const std::string& bytes);
+
+// While it lives, the library is set up and writes to the file; one without a name is temporary. One at a time.
+class LibraryLog {
+ public:
+  explicit LibraryLog(const std::string& file);
+  LibraryLog(const LibraryLog&) = delete;
+  LibraryLog& operator=(const LibraryLog&) = delete;
+  ~LibraryLog();
+
+  // What was written since the last call.
+  std::vector<std::string> NewLines();
+  const std::string& File() const {
+    return file_;
+  }
+
+ private:
+  std::string file_;
+  bool temporary_;
+  std::uintmax_t read_ = 0;
+};
+
+}  // namespace host

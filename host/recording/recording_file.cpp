@@ -1,0 +1,227 @@
+#include "host/recording/recording_file.h"
+
+#include "host/base/failure.h"
+#include "host/base/file.h"
+#include "host/base/text.h"
+#include "host/recording/json_fields.h"
+#include "host/recording/shortcut.h"
+
+namespace host {
+
+namespace {
+
+constexpr const char* kMatchWords[] = {"contains", "equals"};
+
+bool HasMatch(Action action) {
+  return action == Action::Wait || action == Action::Check;
+}
+
+Json WindowToJson(const WindowName& window) {
+  const auto& rect = window.rect;
+  return {{"title", window.title},
+          {"class", window.className},
+          {"process", window.process},
+          {"rect", {rect.left, rect.top, rect.right, rect.bottom}}};
+}
+
+WindowName WindowFromJson(const Json& json, const std::string& where) {
+  const JsonFields fields(json, where);
+  fields.AllowOnly({"title", "class", "process", "rect"});
+  WindowName window{fields.Text("title", ""), fields.Text("class", ""), fields.Text("process", ""), {}};
+  if (window.title.empty() && window.className.empty() && window.process.empty()) {
+    fields.Refuse("title", "is missing, and so are \"class\" and \"process\"");
+  }
+  if (fields.Has("rect")) {
+    const auto rect = fields.Numbers("rect", 4);
+    window.rect = {rect[0], rect[1], rect[2], rect[3]};
+  }
+  return window;
+}
+
+Json StepToJson(const Step& step) {
+  const ActionWords& words = WordsOf(step.action);
+  Json json = {{"name", step.name}, {"action", words.word}};
+  if (words.textField != nullptr) {
+    json[words.textField] = step.text;
+  }
+  if (HasMatch(step.action)) {
+    json["match"] = kMatchWords[step.match == Match::Equals];
+  }
+  if (step.timeoutMs != 0) {
+    json["timeout"] = step.timeoutMs;
+  }
+  json["window"] = step.window + 1;
+  if (step.hasTarget) {
+    json["target"] = ToJson(step.target);
+  }
+  return json;
+}
+
+Action ActionFrom(const JsonFields& fields) {
+  const std::string word = fields.Text("action");
+  for (const ActionWords& known : AllActions()) {
+    if (word == known.word) {
+      return known.action;
+    }
+  }
+  fields.Refuse("action", "is \"" + word +
+                              "\", which is not known; known are click, paste, type, shortcut, wait, "
+                              "check, read");
+}
+
+std::string TextFrom(const JsonFields& fields, const ActionWords& words) {
+  if (words.textField == nullptr) {
+    return {};
+  }
+  const std::string text = fields.Text(words.textField);
+  if (text.empty()) {
+    fields.Refuse(words.textField, "is empty");
+  }
+  if (words.action == Action::Shortcut && !FindShortcut(text)) {
+    fields.Refuse(words.textField, "is \"" + text + "\", which is not known; known are " + AllShortcuts());
+  }
+  return text;
+}
+
+Match MatchFrom(const JsonFields& fields) {
+  const std::string word = fields.Text("match", kMatchWords[0]);
+  if (word != kMatchWords[0] && word != kMatchWords[1]) {
+    fields.Refuse("match", "is \"" + word + "\"; it can be \"contains\" or \"equals\"");
+  }
+  return word == kMatchWords[1] ? Match::Equals : Match::Contains;
+}
+
+// What steps of recordings and of scripts have in common.
+Step StepFromJson(const JsonFields& fields) {
+  Step step;
+  step.name = fields.Text("name", "");
+  step.action = ActionFrom(fields);
+  step.text = TextFrom(fields, WordsOf(step.action));
+  step.match = MatchFrom(fields);
+  step.timeoutMs = fields.Number("timeout", 0);
+  if (step.timeoutMs < 0) {
+    fields.Refuse("timeout", "is negative");
+  }
+  return step;
+}
+
+std::string Label(const std::string& file, std::size_t index, const Json& step) {
+  Step named;
+  if (step.is_object() && step.contains("name") && step["name"].is_string()) {
+    named.name = step["name"].get<std::string>();
+  }
+  return file + ": " + NameOf(index, named);
+}
+
+Json Parse(const std::string& file, const std::string& text) {
+  try {
+    return Json::parse(text);
+  } catch (const Json::parse_error& error) {
+    // Its own message names the place; what comes before that is of no use to a reader.
+    const std::string message = error.what();
+    const auto place = message.find("parse error");
+    // It quotes the bytes that it stumbled over, whatever they are.
+    throw Failure(ExitCode::BadFile,
+                  file + ": not JSON: " + Shortened(message.substr(place == std::string::npos ? 0 : place), 200));
+  }
+}
+
+void CheckVersion(const JsonFields& fields, const std::string& file) {
+  const int version = fields.Number("korvane");
+  if (version > kRecordingVersion) {
+    throw Failure(ExitCode::BadFile, file + ": field \"korvane\" is " + std::to_string(version) +
+                                         ": written by a newer version; this one reads up to " +
+                                         std::to_string(kRecordingVersion));
+  }
+  if (version < 1) {
+    fields.Refuse("korvane", "is not a version");
+  }
+}
+
+Step RecordedStep(const Json& json, const std::string& where, std::size_t windows) {
+  const JsonFields fields(json, where);
+  fields.AllowOnly({"name", "action", "text", "keys", "variable", "match", "timeout", "window", "target"});
+  Step step = StepFromJson(fields);
+  const int window = fields.Number("window", 1);
+  if (window < 1 || static_cast<std::size_t>(window) > windows) {
+    fields.Refuse("window", "is " + std::to_string(window) + ", but the recording has " + std::to_string(windows));
+  }
+  step.window = static_cast<std::size_t>(window) - 1;
+  step.hasTarget = fields.Has("target") || WordsOf(step.action).needsTarget;
+  if (step.hasTarget) {
+    step.target = RecordFromJson(fields.At("target"), where + ", target");
+  }
+  return step;
+}
+
+ScriptStep ScriptedStep(const Json& json, const std::string& where) {
+  const JsonFields fields(json, where);
+  fields.AllowOnly({"name", "action", "text", "keys", "variable", "match", "timeout", "at", "method"});
+  ScriptStep scripted{StepFromJson(fields), {}, std::nullopt};
+  scripted.step.hasTarget = fields.Has("at") || WordsOf(scripted.step.action).needsTarget;
+  if (scripted.step.hasTarget) {
+    const auto at = fields.Numbers("at", 2);
+    scripted.at = {at[0], at[1]};
+  }
+  if (fields.Has("method")) {
+    scripted.method = MethodFromJson(fields.At("method"), where + ": field \"method\"");
+  }
+  return scripted;
+}
+
+}  // namespace
+
+std::string WriteRecording(const Recording& recording) {
+  Json json = {{"korvane", kRecordingVersion}, {"windows", Json::array()}, {"steps", Json::array()}};
+  for (const WindowName& window : recording.windows) {
+    json["windows"].push_back(WindowToJson(window));
+  }
+  for (const Step& step : recording.steps) {
+    json["steps"].push_back(StepToJson(step));
+  }
+  // Titles come from other programs; what is not text in them must not make the recording fail.
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+Recording ParseRecording(const std::string& file, const std::string& text) {
+  const Json json = Parse(file, text);
+  const JsonFields fields(json, file);
+  CheckVersion(fields, file);
+  fields.AllowOnly({"korvane", "windows", "steps"});
+  Recording recording;
+  for (const Json& window : fields.List("windows")) {
+    recording.windows.push_back(
+        WindowFromJson(window, file + ": window " + std::to_string(recording.windows.size() + 1)));
+  }
+  for (const Json& step : fields.List("steps")) {
+    recording.steps.push_back(RecordedStep(step, Label(file, recording.steps.size(), step), recording.windows.size()));
+  }
+  if (recording.steps.empty()) {
+    fields.Refuse("steps", "is empty");
+  }
+  return recording;
+}
+
+Recording LoadRecording(const std::string& file) {
+  return ParseRecording(file, ReadFile(file));
+}
+
+Script LoadScript(const std::string& file) {
+  const Json json = Parse(file, ReadFile(file));
+  const JsonFields fields(json, file);
+  CheckVersion(fields, file);
+  fields.AllowOnly({"korvane", "window", "steps"});
+  Script script;
+  if (fields.Has("window")) {
+    script.window = WindowFromJson(fields.At("window"), file + ": window");
+  }
+  for (const Json& step : fields.List("steps")) {
+    script.steps.push_back(ScriptedStep(step, Label(file, script.steps.size(), step)));
+  }
+  if (script.steps.empty()) {
+    fields.Refuse("steps", "is empty");
+  }
+  return script;
+}
+
+}  // namespace host

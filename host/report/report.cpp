@@ -1,0 +1,146 @@
+#include "host/report/report.h"
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+#include <map>
+#include <optional>
+
+#include "host/engine/find_window.h"
+#include "host/engine/result_words.h"
+#include "host/recording/record_json.h"
+#include "host/report/template.h"
+
+namespace host {
+
+namespace {
+
+std::string LocalTime() {
+  const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+  char text[40] = {};
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&now));
+  return text;
+}
+
+// Pictures of the replay, each once: a step that only reads leaves the window as it was.
+class Pictures {
+ public:
+  std::size_t IndexOf(const std::string& address) {
+    const auto [place, isNew] = indices_.try_emplace(address, indices_.size());
+    if (isNew) {
+      addresses_.push_back(address);
+    }
+    return place->second;
+  }
+  const Json& Addresses() const {
+    return addresses_;
+  }
+
+ private:
+  std::map<std::string, std::size_t> indices_;
+  Json addresses_ = Json::array();
+};
+
+// In parts of a hundred of the picture, so that it stays in place at any size.
+double Part(int length, int whole) {
+  return whole > 0 ? 100.0 * length / whole : 0.0;
+}
+
+Json MarkToJson(const world::Rect& mark, const world::Rect& area) {
+  const int width = area.right - area.left;
+  const int height = area.bottom - area.top;
+  return {{"left", Part(mark.left - area.left, width)},
+          {"top", Part(mark.top - area.top, height)},
+          {"width", Part(mark.right - mark.left, width)},
+          {"height", Part(mark.bottom - mark.top, height)}};
+}
+
+// Where the target's recorded point is now that its window may have moved; nothing outside the picture.
+std::optional<world::Rect> RecordedPlace(const WindowName& recorded, const StepResult& result,
+                                         const world::Rect& area) {
+  const TargetRecord& target = result.step->target;
+  const bool known = recorded.rect.right > recorded.rect.left && (target.x != 0 || target.y != 0);
+  const int x = target.x - recorded.rect.left + result.window->rect.left;
+  const int y = target.y - recorded.rect.top + result.window->rect.top;
+  const bool inside = x >= area.left && x < area.right && y >= area.top && y < area.bottom;
+  return known && inside ? std::optional(world::Rect{x, y, x, y}) : std::nullopt;
+}
+
+Json PictureToJson(const Recording& recording, const StepResult& result, Pictures& pictures) {
+  const world::Rect& area = result.picture->area;
+  Json json = {{"index", pictures.IndexOf(result.picture->address)},
+               {"width", area.right - area.left},
+               {"height", area.bottom - area.top}};
+  if (!result.step->hasTarget) {
+    json["aimless"] = true;
+  } else if (result.mark) {
+    json["mark"] = MarkToJson(*result.mark, area);
+  } else if (const auto place = RecordedPlace(recording.windows[result.step->window], result, area)) {
+    json["recorded"] = MarkToJson(*place, area);
+  }
+  return json;
+}
+
+Json StepToJson(const Recording& recording, std::size_t index) {
+  const Step& step = recording.steps[index];
+  return {{"number", index + 1}, {"title", Title(step)}};
+}
+
+Json ResultToJson(const Recording& recording, const StepResult& result, double runStart, Pictures& pictures) {
+  Json json = StepToJson(recording, result.index);
+  json["state"] = result.code == KORVANE_OK ? "ok" : "failed";
+  json["code"] = result.code;
+  json["words"] = result.windowGone ? "no window" : WordsOfCode(result.code);
+  json["text"] = result.step->action == Action::Read ? std::string() : result.text;
+  json["start"] = result.start - runStart;
+  json["milliseconds"] = result.milliseconds;
+  json["remark"] = result.remark;
+  json["explanation"] = result.explanation;
+  json["lines"] = result.lines;
+  if (result.picture) {
+    json["picture"] = PictureToJson(recording, result, pictures);
+  }
+  return json;
+}
+
+Json RunToJson(const Recording& recording, const Run& run, std::size_t from, Pictures& pictures) {
+  Json steps = Json::array();
+  const double start = run.steps.empty() ? 0 : run.steps.front().start;
+  for (const StepResult& result : run.steps) {
+    steps.push_back(ResultToJson(recording, result, start, pictures));
+  }
+  for (std::size_t i = from + run.steps.size(); i < recording.steps.size(); ++i) {
+    Json skipped = StepToJson(recording, i);
+    skipped["state"] = "not run";
+    steps.push_back(skipped);
+  }
+  return {{"name", run.name}, {"steps", steps}};
+}
+
+// Nothing in the data may look like the end of the script element that holds it.
+std::string WithoutTags(const std::string& json) {
+  std::string safe;
+  for (const char character : json) {
+    safe += character == '<' ? std::string("\\u003c") : std::string(1, character);
+  }
+  return safe;
+}
+
+}  // namespace
+
+std::string WriteReport(const Recording& recording, const Replayed& replayed, const ReplayOptions& options) {
+  Json windows = Json::array();
+  for (const WindowName& window : recording.windows) {
+    windows.push_back(Describe(window));
+  }
+  Json data = {{"file", options.file},         {"time", LocalTime()}, {"from", options.from + 1},
+               {"dryRun", options.run.dryRun}, {"windows", windows},  {"runs", Json::array()}};
+  Pictures pictures;
+  for (const Run& run : replayed.runs) {
+    data["runs"].push_back(RunToJson(recording, run, options.from, pictures));
+  }
+  data["pictures"] = pictures.Addresses();
+  return kReportBeforeData + WithoutTags(data.dump(-1, ' ', false, Json::error_handler_t::replace)) + kReportAfterData;
+}
+
+}  // namespace host

@@ -1,0 +1,65 @@
+// What a host needs and the library does not offer: finding windows by name, where things are, pictures, the terminal.
+// Answered by Windows itself, or where there is none by the scripted desktop with an order form on it.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "korvane/korvane.h"
+
+namespace host::world {
+
+struct Point {
+  int x = 0;
+  int y = 0;
+};
+
+struct Rect {
+  int left = 0;
+  int top = 0;
+  int right = 0;
+  int bottom = 0;
+};
+
+struct Window {
+  HWND handle = nullptr;
+  std::string title;
+  std::string className;
+  std::string process;  // file name of its program
+  Rect rect;
+};
+
+// Before anything else: makes the terminal take UTF-8, and sets up the scripted desktop.
+void Start();
+// The words behind the program's name, in UTF-8.
+std::vector<std::string> Arguments(int count, char** arguments);
+// One paragraph for `--help`; empty where nothing is special.
+std::string HelpAboutThisWorld();
+
+// Visible top-level windows, the front one first.
+std::vector<Window> Windows();
+std::optional<Window> WindowAt(Point point);
+std::optional<Window> Describe(HWND window);
+
+Point Cursor();
+// The control, or part of one, at a screen point.
+std::optional<Rect> ElementAt(Point point);
+double Now();  // milliseconds since some start
+
+// A picture of a window with a little of what is around it, as an address that an <img> takes.
+struct Picture {
+  std::string address;
+  Rect area;
+};
+std::optional<Picture> TakePicture(HWND window);
+
+// Whether a person can point at something here and press a key in the terminal; if not, why.
+std::optional<std::string> WhyNobodyCanPoint();
+// The next key pressed in the terminal, in lower case.
+char WaitForKey();
+// A line typed into the terminal.
+std::string AskForLine(const std::string& question);
+bool OutputIsTerminal();
+
+}  // namespace host::world

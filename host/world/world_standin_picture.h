@@ -1,0 +1,11 @@
+// A drawing of the order form as the scripted desktop has it now.
+#pragma once
+
+#include "host/world/world.h"
+#include "samples/order_form/twin.h"
+
+namespace host::world {
+
+Picture DrawForm(const order_form::Twin& form);
+
+}  // namespace host::world

@@ -1,0 +1,255 @@
+"""The commands on the scripted desktop: what they find, do and say, and what they answer to bad input."""
+
+import json
+import os
+import re
+import resource
+import unittest
+
+from program import CONFIRMATION, SCRIPT, VALUES, korvane, recorded, scratch
+from repository import ROOT
+
+ELSEWHERE = "form 560,380"
+
+
+class Commands(unittest.TestCase):
+    def setUp(self):
+        self.folder = scratch("commands")
+        (self.folder / "order.json").write_text(recorded(), encoding="utf-8")
+
+    def says(self, expected, *words, desktop="", folder=None):
+        """Runs it, and returns what it said; `expected` is the exit code."""
+        code, out, err = korvane(*words, folder=folder or self.folder, desktop=desktop)
+        self.assertEqual(expected, code, out + err)
+        return out + err
+
+    def refuses(self, expected, line, *words, **options):
+        """One line on the error output, the code, and no file that was not there."""
+        before = sorted(os.listdir(self.folder))
+        code, out, err = korvane(*words, folder=self.folder, **options)
+        self.assertEqual((expected, f"korvane: {line}\n"), (code, err), out)
+        self.assertEqual(before, sorted(os.listdir(self.folder)))
+
+    def changed(self, change, base=None):
+        """The recording with a change, as order.json."""
+        recording = json.loads(base or recorded())
+        change(recording)
+        (self.folder / "order.json").write_text(json.dumps(recording), encoding="utf-8")
+
+    def test_recording(self):
+        """commands: a recording names every field, is the same each time, and replaces no file unless told"""
+        recording = json.loads(recorded())
+        self.assertEqual([1, 11, 1], [recording["korvane"], len(recording["steps"]), len(recording["windows"])])
+        self.assertEqual("Order form OrderForm order_form.exe", " ".join(
+            recording["windows"][0][field] for field in ("title", "class", "process")))
+        name = recording["steps"][1]
+        self.assertEqual(("Name", "paste", "${NAME}"), (name["name"], name["action"], name["text"]))
+        self.assertEqual("automation-id 101 308 98 3", "{identificationMethod} {automationId} {x} {y} {pathLength}".format(
+            **name["target"]))
+        self.assertEqual([(50032, "OrderForm"), (50033, "OrderFormPanel"), (50004, "Edit")],
+                         [(level["controlType"], level["className"]) for level in name["target"]["levels"]])
+        self.refuses(6, "order.json: is there already; --force replaces it", "record", "order.json", "--script", SCRIPT)
+        self.says(0, "record", "order.json", "--script", SCRIPT, "--force")
+        self.assertEqual(recorded(), (self.folder / "order.json").read_text(encoding="utf-8"))
+
+    def test_check(self):
+        """commands: check tells which identification answers, which would, and does nothing"""
+        rows = self.says(0, "check", "order.json", desktop=ELSEWHERE).splitlines()
+        self.assertEqual("  11 steps, 0 cannot be done", rows[-1])
+        for row, answer in ((rows[2], "AutomationId"), (rows[3], "tree path")):
+            self.assertRegex(row, rf"{answer}, [\d.]+ ms +found, [\d.]+ ms +found, [\d.]+ ms +not found, [\d.]+ ms$")
+        # Another button stands where this one is recorded by nothing but its point.
+        self.changed(lambda recording: recording["steps"][0]["target"].update(
+            identificationMethod="undecided", x=103, automationId="", pathLength=2))
+        self.assertIn("ANOTHER ELEMENT", self.says(1, "check", "order.json"))
+
+    def test_replay(self):
+        """commands: a replay does the steps, elsewhere and under another title, and reads what came of them"""
+        for desktop in ("", ELSEWHERE, "title"):
+            out = self.says(0, "replay", "order.json", *VALUES, desktop=desktop)
+            self.assertIn(CONFIRMATION, out)
+            self.assertEqual(11, len(re.findall(r"^  \d+/11 +.* ok +[\d.]+ ms$", out, re.M)), out)
+            self.assertIn("  11 steps, 0 failed, ", out)
+        self.assertIn("nothing was done", self.says(0, "replay", "order.json", *VALUES, "--dry-run"))
+        self.assertIn("  9 steps, 0 failed", self.says(0, "replay", "order.json", *VALUES, "--from", 3, "--dry-run"))
+
+    def test_data(self):
+        """commands: a row of data is a run, and the command line goes before it"""
+        data = self.folder / "data.csv"
+        data.write_text('NAME,ARTICLE\nAda,Lamp\n"Ben, jr.",Rope\n', encoding="utf-8")
+        out = self.says(0, "replay", "order.json", "--data", "data.csv")
+        self.assertIn("row 1\n", out)
+        self.assertIn("Submitted: Ben, jr. / Rope", out)
+        self.assertIn("Submitted: Ben, jr. / Oar", self.says(0, "replay", "order.json", "--data", "data.csv", "--set",
+                                                             "ARTICLE=Oar"))
+
+    def test_failures(self):
+        """commands: a failure is told in a paragraph: what was tried, why it failed, what to do"""
+        def lose(recording):
+            target = recording["steps"][2]["target"]
+            target["automationId"] = "gone"
+            target["levels"][2]["childIndex"] = 7
+        self.changed(lose)
+        out = self.says(1, "replay", "order.json", *VALUES, desktop=ELSEWHERE)
+        self.assertRegex(out, r"  3/11 +paste Street +FAILED: not found")
+        self.assertIn(
+            "Step 3 \"Street\" (paste): not found (-1) after", out)
+        self.assertRegex(out, r"First its path through the window's elements: .*; then its screen point 308,130: .*\.")
+        self.assertIn("None of its identifications finds it alone", out)
+        self.assertIn("korvane replay order.json --from 3", out)
+        self.assertNotIn("4/11", out)
+        self.assertIn("11/11", self.says(1, "replay", "order.json", *VALUES, "--keep-going", desktop=ELSEWHERE))
+
+        def keep_only_id(recording):
+            recording["steps"][2]["target"]["levels"][2]["childIndex"] = 7
+        self.changed(keep_only_id)
+        self.assertIn('Its AutomationId alone finds it: set "identificationMethod" to "automation-id" in this step',
+                      self.says(1, "replay", "order.json", *VALUES, desktop=ELSEWHERE))
+
+        def expect_more(recording):
+            recording["steps"][8].update(text="Delivered", timeout=300)
+        self.changed(expect_more)
+        self.assertIn('What is there: shows "Submitted: Ada Löwe / Brass compass" after 300 ms, not "Delivered".',
+                      self.says(1, "replay", "order.json", *VALUES))
+
+    def test_interrupted(self):
+        """commands: Escape ends a replay between and within steps; a closed window is told apart from a lost element"""
+        self.assertIn("FAILED: cancelled", self.says(5, "replay", "order.json", *VALUES, desktop="escape 5"))
+        self.changed(lambda recording: recording["steps"][8].update(text="Delivered", timeout=60000))
+        out = self.says(5, "replay", "order.json", *VALUES, desktop="escape 500")
+        self.assertIn('Step 9 "Status" (wait): cancelled (-4)', out)
+        self.assertIn("was closed meanwhile", self.says(4, "replay", "order.json", *VALUES, desktop="close 500"))
+        window = 'there is no window "Order form" of order_form.exe (class OrderForm)'
+        for command in ("check", "replay"):
+            out = self.says(4, command, "order.json", *(VALUES if command == "replay" else ()), "--timeout", 100,
+                            desktop="no-form")
+            self.assertIn(window if command == "check" else "no window", out)
+
+    def test_capture_and_window(self):
+        """commands: capture shows the record and tries it; window names what was clicked"""
+        captured = json.loads(self.says(0, "capture", "--at", "308,98", "--json"))
+        self.assertEqual("101", captured["target"]["automationId"])
+        self.assertEqual("OrderForm", captured["window"]["class"])
+        self.assertEqual([("AutomationId", True, True), ("tree path", True, True), ("screen point", True, True)],
+                         [(each["by"], each["recorded"], each["found"]) for each in captured["identifications"]])
+        table = self.says(0, "capture", "--at", "308,98", "--after", "0.2")
+        for row in (r"automationId +101", r"3 +50004 +Edit +1", r"tree path +found, [\d.]+ ms +yes"):
+            self.assertRegex(table, row)
+        self.assertIn("pathLength", self.says(0, "capture", "--cursor"))
+        self.assertRegex(self.says(0, "window", desktop="click 300 100,100"), r"class +OrderForm\n")
+
+    def test_log(self):
+        """commands: log sums up steps, failures and searches"""
+        self.says(0, "replay", "order.json", *VALUES, "--log", "k.log")
+        out = self.says(0, "log", "k.log")
+        self.assertRegex(out, r"\d{4}-\d\d-\d\d [\d:.]+ +2 paste Name +ok +\d+ ms\n")
+        self.assertRegex(out, r"  \d+ lines, 11 steps, 0 failed, \d+ ms\n")
+        self.assertRegex(out, r"targets searched for: [1-9]\d*, clicked from memory \(cache hits\): 0")
+        self.changed(lambda recording: recording["steps"][8].update(text="Delivered", timeout=300))
+        self.says(1, "replay", "order.json", *VALUES, "--log", "k2.log")
+        self.assertIn("steps that ended with -3 (failed): 1", self.says(0, "log", "k2.log"))
+
+    def test_bad_recordings(self):
+        """commands: a bad recording is refused in one line with file, step and field, and nothing is done"""
+        def step(**fields):
+            return lambda recording: recording["steps"][2].update(**fields)
+        third = 'order.json: step 3 "Street": field '
+        cases = (
+            (step(action="dance"), third + '"action" is "dance", which is not known; known are click, paste, type, '
+             "shortcut, wait, check, read"),
+            (step(window=2), third + '"window" is 2, but the recording has 1'),
+            (step(text=7), third + '"text" is not a text'),
+            (step(text=""), third + '"text" is empty'),
+            (step(txt="x"), third + '"txt" is not known here'),
+            (step(action="wait", match="like"), third + '"match" is "like"; it can be "contains" or "equals"'),
+            (step(timeout=-1), third + '"timeout" is negative'),
+            (step(target=[]), 'order.json: step 3 "Street", target: is not an object'),
+            (lambda recording: recording["steps"][2].pop("target"), third + '"target" is missing'),
+            (lambda recording: recording["steps"][2]["target"].pop("x"),
+             'order.json: step 3 "Street", target: field "x" is missing'),
+            (lambda recording: recording.update(korvane=2),
+             'order.json: field "korvane" is 2: written by a newer version; this one reads up to 1'),
+            (lambda recording: recording.update(steps=[]), 'order.json: field "steps" is empty'),
+            (lambda recording: recording["windows"][0].update(rect=[1, 2]),
+             'order.json: window 1: field "rect" is not a list of 4 whole numbers of 32 bits'),
+        )
+        for change, line in cases:
+            with self.subTest(line):
+                self.changed(change)
+                for command in ("check", "replay"):
+                    self.refuses(3, line, command, "order.json")
+
+    def test_bad_files(self):
+        """commands: files that cannot be read or written are named, with the reason"""
+        (self.folder / "empty.json").write_bytes(b"")
+        (self.folder / "binary.json").write_bytes(b'{"korvane": "\xff"}')
+        (self.folder / "rows.csv").write_bytes(b"NAME,NAME\n1,2\n")
+        self.refuses(3, "gone.json: cannot be read: No such file or directory", "check", "gone.json")
+        self.refuses(3, ".: is a folder, not a file", "check", ".")
+        for name in ("empty.json", "binary.json"):
+            code, _, err = korvane("check", name, folder=self.folder)
+            self.assertEqual((3, 1), (code, err.count("\n")), err)
+            self.assertTrue(err.startswith(f"korvane: {name}: not JSON: parse error at "), err)
+        self.refuses(3, 'rows.csv: line 1: "NAME" cannot name a variable, or is there twice', "replay", "order.json",
+                     "--data", "rows.csv")
+        self.refuses(6, "no/r.html: cannot be written: its folder does not exist", "replay", "order.json", *VALUES,
+                     "--report", "no/r.html")
+        self.refuses(6, "no/k.log: the log cannot be opened there", "replay", "order.json", *VALUES, "--log", "no/k.log")
+        # A disk that is full in the middle of the file; Python has programs ignore the signal that tells of it.
+        full = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (3000, 3000)), "restore_signals": False}
+        self.refuses(6, "new.json: cannot be written: File too large", "record", "new.json", "--script", SCRIPT, **full)
+        self.refuses(6, "order.json: cannot be written: File too large", "record", "order.json", "--force", "--script",
+                     SCRIPT, **full)
+        self.assertEqual(recorded(), (self.folder / "order.json").read_text(encoding="utf-8"))
+        self.refuses(6, "no/o.json: cannot be written: No such file or directory", "record", "no/o.json", "--script", SCRIPT)
+
+    def test_bad_words(self):
+        """commands: a wrong command line answers 2 and does nothing"""
+        need = 'order.json: step 2 "Name": field "text": no value for ${NAME}; give one with --set NAME=VALUE, or a column '
+        self.refuses(2, need + "NAME in the data", "replay", "order.json")
+        self.refuses(2, "--from 12: order.json has 11 steps", "replay", "order.json", *VALUES, "--from", 12)
+        self.refuses(2, "--set =1: must be NAME=VALUE, the name of letters, digits, _ and -", "replay", "order.json",
+                     "--set", "=1")
+        for words in ((), ("dance",), ("replay",), ("capture",), ("capture", "--at", "1"), ("capture", "--at", "1,2,3"),
+                      ("capture", "--at", "1,2", "--cursor"), ("replay", "order.json", "--timeout", "0"),
+                      ("replay", "order.json", "--from", "x")):
+            with self.subTest(words):
+                self.says(2, *words)
+        self.refuses(7, "record needs somebody who points, but the scripted desktop has no mouse to point with; use "
+                     "--script", "record", "new.json")
+
+    def test_bad_scripts(self):
+        """commands: a script that leads nowhere leaves no recording"""
+        script = json.loads(SCRIPT.read_text(encoding="utf-8"))
+        place = self.folder / "s.json"
+
+        def written(**fields):
+            place.write_text(json.dumps({**script, **fields}), encoding="utf-8")
+        written(steps=[{"name": "Out", "action": "click", "at": [5000, 5000]}])
+        self.refuses(1, 's.json: step 1 "Out": field "at": there is no window at 5040,5040', "record", "new.json",
+                     "--script", "s.json")
+        written(window={"title": "Nobody"})
+        self.refuses(4, 's.json: field "window": there is no window "Nobody"', "record", "new.json", "--script", "s.json")
+        written(steps=[{"name": "Keys", "action": "shortcut", "keys": "Ctrl+Alt+Q"}])
+        code, _, err = korvane("record", "new.json", "--script", "s.json", folder=self.folder)
+        self.assertEqual(3, code)
+        self.assertIn('s.json: step 1 "Keys": field "keys" is "Ctrl+Alt+Q", which is not known; known are ', err)
+
+    def test_documents(self):
+        """commands: the samples and exit codes that the documents give are those of the program"""
+        page = (ROOT / "docs/host.md").read_text(encoding="utf-8")
+        recording, script = re.findall(r"^```json\n(.*?)^```", page, re.M | re.S)
+        (self.folder / "order.json").write_text(recording, encoding="utf-8")
+        (self.folder / "script.json").write_text(script, encoding="utf-8")
+        self.says(0, "replay", "order.json", *VALUES, desktop=ELSEWHERE)
+        self.says(0, "record", "new.json", "--script", "script.json", desktop=ELSEWHERE)
+        self.says(0, "replay", "new.json", *VALUES)
+        told = re.findall(r"^  (\d)  (.*)$", self.says(0, "--help"), re.M)
+        self.assertEqual(told, re.findall(r"^\| (\d) \| (.*) \|$", page, re.M))
+        for command in ("capture", "record", "replay"):
+            for option in re.findall(r"--[a-z-]+", self.says(0, command, "--help")):
+                self.assertTrue(option == "--help" or option in page, option)
+
+
+if __name__ == "__main__":
+    unittest.main()
