@@ -1,5 +1,4 @@
 #include <iostream>
-#include <memory>
 
 #include "host/base/table.h"
 #include "host/base/text.h"
@@ -13,13 +12,6 @@
 namespace host {
 
 namespace {
-
-struct Options {
-  std::vector<int> at;
-  bool cursor = false;
-  double afterSeconds = 0;
-  bool json = false;
-};
 
 struct Captured {
   TargetRecord record{};
@@ -45,7 +37,7 @@ std::string UniqueWord(const TargetRecord& record, Identification by, const worl
   return "yes, every level has its position";
 }
 
-Captured Capture(const Options& options) {
+Captured CaptureThere(const CaptureOptions& options) {
   if (options.afterSeconds > 0) {
     delay(static_cast<int>(options.afterSeconds * 1000));
   }
@@ -123,24 +115,14 @@ std::string AttemptsTable(const Captured& captured) {
 
 }  // namespace
 
-void AddCapture(CLI::App& program, ExitCode& code) {
-  CLI::App* const command = program.add_subcommand("capture", "Show what a record of one element holds, and try it");
-  const auto options = std::make_shared<Options>();
-  CLI::Option_group* const where = command->add_option_group("where");
-  where->add_option("--at", options->at, "The screen point X,Y")->delimiter(',')->expected(2);
-  where->add_flag("--cursor", options->cursor, "The point under the mouse cursor");
-  where->require_option(1);
-  command->add_option("--after", options->afterSeconds, "Wait so many seconds first")->check(CLI::Range(0.0, 3600.0));
-  command->add_flag("--json", options->json, "As JSON");
-  command->callback([options, &code] {
-    const Captured captured = Capture(*options);
-    if (options->json) {
-      std::cout << CapturedToJson(captured).dump(2) << "\n";
-    } else {
-      std::cout << FieldsTable(captured) << "\n" << LevelsTable(captured.record) << "\n" << AttemptsTable(captured);
-    }
-    code = ExitCode::Ok;
-  });
+ExitCode Capture(const CaptureOptions& options) {
+  const Captured captured = CaptureThere(options);
+  if (options.json) {
+    std::cout << CapturedToJson(captured).dump(2) << "\n";
+  } else {
+    std::cout << FieldsTable(captured) << "\n" << LevelsTable(captured.record) << "\n" << AttemptsTable(captured);
+  }
+  return ExitCode::Ok;
 }
 
 }  // namespace host

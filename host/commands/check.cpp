@@ -1,5 +1,4 @@
 #include <iostream>
-#include <memory>
 
 #include "host/base/table.h"
 #include "host/base/text.h"
@@ -12,11 +11,6 @@
 namespace host {
 
 namespace {
-
-struct Options {
-  std::string file;
-  int timeoutMs = 3000;
-};
 
 struct Row {
   std::string answer;
@@ -40,7 +34,9 @@ Row CheckTarget(const TargetRecord& target, HWND window, LibraryLog& log) {
   return row;
 }
 
-ExitCode Check(const Options& options) {
+}  // namespace
+
+ExitCode Check(const CheckOptions& options) {
   const Recording recording = LoadRecording(options.file);
   LibraryLog log("");
   std::vector<std::optional<world::Window>> windows;
@@ -76,17 +72,6 @@ ExitCode Check(const Options& options) {
     }
   }
   return code;
-}
-
-}  // namespace
-
-void AddCheck(CLI::App& program, ExitCode& code) {
-  CLI::App* const command = program.add_subcommand("check", "Find every target of a recording without acting");
-  const auto options = std::make_shared<Options>();
-  command->add_option("FILE", options->file, "The recording")->required();
-  command->add_option("--timeout", options->timeoutMs, "Milliseconds to wait for a window (3000)")
-      ->check(CLI::Range(0, 3600000));
-  command->callback([options, &code] { code = Check(*options); });
 }
 
 }  // namespace host

@@ -1,18 +1,48 @@
-// The commands of the program, each with its options. A command that has run leaves its exit code; one that cannot go
-// on throws a Failure.
+// What the program can be told to do. Each command returns its exit code; one that cannot go on throws a Failure.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 #include "host/base/failure.h"
 
 namespace host {
 
-void AddCapture(CLI::App& program, ExitCode& code);
-void AddRecord(CLI::App& program, ExitCode& code);
-void AddCheck(CLI::App& program, ExitCode& code);
-void AddReplay(CLI::App& program, ExitCode& code);
-void AddWindow(CLI::App& program, ExitCode& code);
-void AddLog(CLI::App& program, ExitCode& code);
+struct CaptureOptions {
+  std::vector<int> at;  // x and y, unless at the cursor
+  bool cursor = false;
+  double afterSeconds = 0;
+  bool json = false;
+};
+ExitCode Capture(const CaptureOptions& options);
+
+struct RecordOptions {
+  std::string file;
+  std::string script;  // empty: somebody points
+  bool force = false;
+};
+ExitCode Record(const RecordOptions& options);
+
+struct CheckOptions {
+  std::string file;
+  int timeoutMs = 3000;
+};
+ExitCode Check(const CheckOptions& options);
+
+struct ReplayCommandOptions {
+  std::string file;
+  std::string report;
+  std::string data;
+  std::string log;
+  std::vector<std::string> set;
+  int from = 1;
+  int timeoutMs = 3000;
+  bool dryRun = false;
+  bool keepGoing = false;
+};
+ExitCode RunReplay(const ReplayCommandOptions& options);
+
+ExitCode PickWindow();
+ExitCode ShowLog(const std::string& file);
 
 }  // namespace host

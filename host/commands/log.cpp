@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <iostream>
-#include <memory>
 
 #include "host/base/file.h"
 #include "host/base/table.h"
@@ -50,18 +49,13 @@ void ShowTotals(const LogSummary& summary) {
 
 }  // namespace
 
-void AddLog(CLI::App& program, ExitCode& code) {
-  CLI::App* const command = program.add_subcommand("log", "Sum up a log of the library");
-  const auto file = std::make_shared<std::string>();
-  command->add_option("FILE", *file, "The log")->required();
-  command->callback([file, &code] {
-    const LogSummary summary = Summarise(LogLines(ReadFile(*file)));
-    if (!summary.steps.empty()) {
-      ShowSteps(summary);
-    }
-    ShowTotals(summary);
-    code = ExitCode::Ok;
-  });
+ExitCode ShowLog(const std::string& file) {
+  const LogSummary summary = Summarise(LogLines(ReadFile(file)));
+  if (!summary.steps.empty()) {
+    ShowSteps(summary);
+  }
+  ShowTotals(summary);
+  return ExitCode::Ok;
 }
 
 }  // namespace host

@@ -1,5 +1,4 @@
 #include <iostream>
-#include <memory>
 
 #include "host/base/file.h"
 #include "host/base/table.h"
@@ -13,12 +12,6 @@
 namespace host {
 
 namespace {
-
-struct Options {
-  std::string file;
-  std::string script;
-  bool force = false;
-};
 
 std::string PointText(world::Point point) {
   return std::to_string(point.x) + "," + std::to_string(point.y);
@@ -182,7 +175,9 @@ void Show(const Recording& recording, const std::string& file) {
             << Describe(recording.windows.front()) << "\n";
 }
 
-void Record(const Options& options) {
+}  // namespace
+
+ExitCode Record(const RecordOptions& options) {
   if (options.script.empty()) {
     if (const auto why = world::WhyNobodyCanPoint()) {
       throw Failure(ExitCode::NotHere, "record needs somebody who points, but " + *why + "; use --script");
@@ -198,20 +193,7 @@ void Record(const Options& options) {
   }
   WriteFile(options.file, WriteRecording(recording));
   Show(recording, options.file);
-}
-
-}  // namespace
-
-void AddRecord(CLI::App& program, ExitCode& code) {
-  CLI::App* const command = program.add_subcommand("record", "Record steps into a file, by pointing or from a script");
-  const auto options = std::make_shared<Options>();
-  command->add_option("FILE", options->file, "The recording to write")->required();
-  command->add_option("--script", options->script, "Take the steps from this file instead of from somebody who points");
-  command->add_flag("--force", options->force, "Replace a recording that is there");
-  command->callback([options, &code] {
-    Record(*options);
-    code = ExitCode::Ok;
-  });
+  return ExitCode::Ok;
 }
 
 }  // namespace host

@@ -1,7 +1,6 @@
 #include "host/engine/replay.h"
 
 #include <iostream>
-#include <memory>
 
 #include "host/base/file.h"
 #include "host/base/text.h"
@@ -14,19 +13,7 @@ namespace host {
 
 namespace {
 
-struct Options {
-  std::string file;
-  std::string report;
-  std::string data;
-  std::string log;
-  std::vector<std::string> set;
-  int from = 1;
-  int timeoutMs = 3000;
-  bool dryRun = false;
-  bool keepGoing = false;
-};
-
-std::vector<Variables> RowsOf(const Options& options) {
+std::vector<Variables> RowsOf(const ReplayCommandOptions& options) {
   std::vector<Variables> rows(1);
   if (!options.data.empty()) {
     rows = ParseCsv(options.data, ReadFile(options.data));
@@ -48,7 +35,7 @@ void CheckReportFolder(const std::string& report) {
   }
 }
 
-void Tell(const Replayed& replayed, const Options& options) {
+void Tell(const Replayed& replayed, const ReplayCommandOptions& options) {
   std::size_t steps = 0;
   std::size_t failed = 0;
   double milliseconds = 0;
@@ -72,7 +59,9 @@ void Tell(const Replayed& replayed, const Options& options) {
   }
 }
 
-ExitCode RunReplay(const Options& options) {
+}  // namespace
+
+ExitCode RunReplay(const ReplayCommandOptions& options) {
   const Recording recording = LoadRecording(options.file);
   const std::vector<Variables> rows = RowsOf(options);
   const auto from = static_cast<std::size_t>(options.from) - 1;
@@ -93,24 +82,6 @@ ExitCode RunReplay(const Options& options) {
   }
   Tell(replayed, options);
   return replayed.code;
-}
-
-}  // namespace
-
-void AddReplay(CLI::App& program, ExitCode& code) {
-  CLI::App* const command = program.add_subcommand("replay", "Do the steps of a recording");
-  const auto options = std::make_shared<Options>();
-  command->add_option("FILE", options->file, "The recording")->required();
-  command->add_option("--report", options->report, "Write what happened to this HTML file");
-  command->add_option("--set", options->set, "NAME=VALUE: the value of a variable")->allow_extra_args(false);
-  command->add_option("--data", options->data, "A CSV file with a run's variables in each row");
-  command->add_option("--from", options->from, "Begin with this step (1)")->check(CLI::PositiveNumber);
-  command->add_option("--timeout", options->timeoutMs, "Milliseconds to wait for windows and texts (3000)")
-      ->check(CLI::Range(1, 3600000));
-  command->add_option("--log", options->log, "Keep the library's log in this file");
-  command->add_flag("--dry-run", options->dryRun, "Find the targets, but do nothing");
-  command->add_flag("--keep-going", options->keepGoing, "Do not stop at the first failure");
-  command->callback([options, &code] { code = RunReplay(*options); });
 }
 
 }  // namespace host

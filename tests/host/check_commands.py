@@ -96,7 +96,7 @@ class Commands(unittest.TestCase):
             "Step 3 \"Street\" (paste): not found (-1) after", out)
         self.assertRegex(out, r"First its path through the window's elements: .*; then its screen point 308,130: .*\.")
         self.assertIn("None of its identifications finds it alone", out)
-        self.assertIn("korvane replay order.json --from 3", out)
+        self.assertIn("Go on from here: the same command with --from 3.", out)
         self.assertNotIn("4/11", out)
         self.assertIn("11/11", self.says(1, "replay", "order.json", *VALUES, "--keep-going", desktop=ELSEWHERE))
 

@@ -1,0 +1,113 @@
+#include "host/commands/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "host/commands/commands.h"
+#include "host/world/world.h"
+
+namespace host {
+
+namespace {
+
+constexpr const char* kExitCodes =
+    "Exit codes:\n"
+    "  0  everything was done, or found\n"
+    "  1  a step failed, or a target was not found\n"
+    "  2  the command line is wrong, or a variable has no value\n"
+    "  3  a file cannot be read, is not what it should be, or is of a newer version\n"
+    "  4  the recorded window is not there\n"
+    "  5  cancelled with Escape\n"
+    "  6  a file cannot be written\n"
+    "  7  this desktop lacks what the command needs";
+
+constexpr int kLongestTimeoutMs = 3600000;
+
+struct Options {
+  CaptureOptions capture;
+  RecordOptions record;
+  CheckOptions check;
+  ReplayCommandOptions replay;
+  std::string log;
+};
+
+void AddCapture(CLI::App& program, CaptureOptions& options, ExitCode& code) {
+  CLI::App* const command = program.add_subcommand("capture", "Show what a record of one element holds, and try it");
+  CLI::Option_group* const where = command->add_option_group("where");
+  where->add_option("--at", options.at, "The screen point X,Y")->delimiter(',')->expected(2);
+  where->add_flag("--cursor", options.cursor, "The point under the mouse cursor");
+  where->require_option(1);
+  command->add_option("--after", options.afterSeconds, "Wait so many seconds first")->check(CLI::Range(0.0, 3600.0));
+  command->add_flag("--json", options.json, "As JSON");
+  command->callback([&] { code = Capture(options); });
+}
+
+void AddRecord(CLI::App& program, RecordOptions& options, ExitCode& code) {
+  CLI::App* const command = program.add_subcommand("record", "Record steps into a file, by pointing or from a script");
+  command->add_option("FILE", options.file, "The recording to write")->required();
+  command->add_option("--script", options.script, "Take the steps from this file instead of from somebody who points");
+  command->add_flag("--force", options.force, "Replace a recording that is there");
+  command->callback([&] { code = Record(options); });
+}
+
+void AddCheck(CLI::App& program, CheckOptions& options, ExitCode& code) {
+  CLI::App* const command = program.add_subcommand("check", "Find every target of a recording without acting");
+  command->add_option("FILE", options.file, "The recording")->required();
+  command->add_option("--timeout", options.timeoutMs, "Milliseconds to wait for a window (3000)")
+      ->check(CLI::Range(0, kLongestTimeoutMs));
+  command->callback([&] { code = Check(options); });
+}
+
+void AddReplay(CLI::App& program, ReplayCommandOptions& options, ExitCode& code) {
+  CLI::App* const command = program.add_subcommand("replay", "Do the steps of a recording");
+  command->add_option("FILE", options.file, "The recording")->required();
+  command->add_option("--report", options.report, "Write what happened to this HTML file");
+  command->add_option("--set", options.set, "NAME=VALUE: the value of a variable")->allow_extra_args(false);
+  command->add_option("--data", options.data, "A CSV file with a run's variables in each row");
+  command->add_option("--from", options.from, "Begin with this step (1)")->check(CLI::PositiveNumber);
+  command->add_option("--timeout", options.timeoutMs, "Milliseconds to wait for windows and texts (3000)")
+      ->check(CLI::Range(1, kLongestTimeoutMs));
+  command->add_option("--log", options.log, "Keep the library's log in this file");
+  command->add_flag("--dry-run", options.dryRun, "Find the targets, but do nothing");
+  command->add_flag("--keep-going", options.keepGoing, "Do not stop at the first failure");
+  command->callback([&] { code = RunReplay(options); });
+}
+
+void AddWindow(CLI::App& program, ExitCode& code) {
+  program.add_subcommand("window", "Pick a window with a click and show how it is named")->callback([&] {
+    code = PickWindow();
+  });
+}
+
+void AddLog(CLI::App& program, std::string& file, ExitCode& code) {
+  CLI::App* const command = program.add_subcommand("log", "Sum up a log of the library");
+  command->add_option("FILE", file, "The log")->required();
+  command->callback([&] { code = ShowLog(file); });
+}
+
+}  // namespace
+
+int RunCommandLine(std::vector<std::string> words) {
+  CLI::App program("Records steps in other programs' windows, checks them, does them again and reports.", "korvane");
+  const std::string about = world::HelpAboutThisWorld();
+  program.footer(kExitCodes + (about.empty() ? "" : "\n\n" + about));
+  program.require_subcommand(1);
+  Options options;
+  ExitCode code = ExitCode::Ok;
+  AddCapture(program, options.capture, code);
+  AddRecord(program, options.record, code);
+  AddCheck(program, options.check, code);
+  AddReplay(program, options.replay, code);
+  AddWindow(program, code);
+  AddLog(program, options.log, code);
+  try {
+    // It takes the last word first.
+    std::reverse(words.begin(), words.end());
+    program.parse(std::move(words));
+  } catch (const CLI::ParseError& error) {
+    return program.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+  }
+  return static_cast<int>(code);
+}
+
+}  // namespace host
