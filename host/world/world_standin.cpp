@@ -25,7 +25,12 @@ constexpr Point kUsualPlace{40, 40};
 // Calls into another program take their time on a real desktop, too.
 constexpr double kCrossProcessCost = 0.2;
 
-std::unique_ptr<order_form::Twin> g_form;
+// Made after the desktop that it is on, and so gone before it.
+std::unique_ptr<order_form::Twin>& Form() {
+  TheDesktop();
+  static std::unique_ptr<order_form::Twin> form;
+  return form;
+}
 
 Rect FromRect(const RECT& rect) {
   return {rect.left, rect.top, rect.right, rect.bottom};
@@ -58,17 +63,17 @@ void Obey(const std::string& instruction) {
   }
   const bool complete = words.eof();
   if (word == "form" && complete && numbers.size() == 2) {
-    g_form = std::make_unique<order_form::Twin>(numbers[0], numbers[1]);
+    Form() = std::make_unique<order_form::Twin>(numbers[0], numbers[1]);
   } else if (word == "no-form" && complete && numbers.empty()) {
-    g_form.reset();
+    Form().reset();
   } else if (word == "click" && complete && numbers.size() == 3) {
     TheDesktop().After(numbers[0], [numbers] { TheDesktop().ClickAsUser(numbers[1], numbers[2]); });
   } else if (word == "escape" && complete && numbers.size() == 1) {
     TheDesktop().HoldEscape(numbers[0], 120);
   } else if (word == "close" && complete && numbers.size() == 1) {
-    TheDesktop().After(numbers[0], [] { g_form.reset(); });
-  } else if (word == "title" && complete && numbers.empty() && g_form) {
-    TheDesktop().SetTitle(g_form->Window(), TEXT("Order form - draft"));
+    TheDesktop().After(numbers[0], [] { Form().reset(); });
+  } else if (word == "title" && complete && numbers.empty() && Form()) {
+    TheDesktop().SetTitle(Form()->Window(), TEXT("Order form - draft"));
   } else {
     throw Failure(ExitCode::Usage, std::string(kScript) + ": cannot follow \"" + instruction + "\"");
   }
@@ -81,7 +86,7 @@ std::optional<Window> DescribeTop(HWND window) {
       getWindowInfo(window, &info) != KORVANE_OK) {
     return std::nullopt;
   }
-  const bool isForm = g_form && window == g_form->Window();
+  const bool isForm = Form() && window == Form()->Window();
   return Window{window, Utf8(info.title), isForm ? Utf8(order_form::kWindowClass) : std::string(),
                 Utf8(info.processName), FromRect(rect)};
 }
@@ -97,7 +102,7 @@ void Start() {
   TheDesktop().SetTracing(false);
   TheDesktop().Gate().SetCrossProcessCost(kCrossProcessCost);
   SetClock();
-  g_form = std::make_unique<order_form::Twin>(kUsualPlace.x, kUsualPlace.y);
+  Form() = std::make_unique<order_form::Twin>(kUsualPlace.x, kUsualPlace.y);
   const char* script = std::getenv(kScript);
   std::istringstream instructions(script != nullptr ? script : "");
   for (std::string instruction; std::getline(instructions, instruction, ';');) {
@@ -119,8 +124,8 @@ std::string HelpAboutThisWorld() {
 
 std::vector<Window> Windows() {
   std::vector<Window> windows;
-  if (g_form) {
-    if (const auto form = DescribeTop(g_form->Window())) {
+  if (Form()) {
+    if (const auto form = DescribeTop(Form()->Window())) {
       windows.push_back(*form);
     }
   }
@@ -162,10 +167,10 @@ double Now() {
 }
 
 std::optional<Picture> TakePicture(HWND window) {
-  if (!g_form || window != g_form->Window()) {
+  if (!Form() || window != Form()->Window()) {
     return std::nullopt;
   }
-  return DrawForm(*g_form);
+  return DrawForm(*Form());
 }
 
 std::optional<std::string> WhyNobodyCanPoint() {

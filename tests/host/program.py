@@ -7,7 +7,7 @@ import subprocess
 
 from repository import ROOT, SCRATCH
 
-NATIVE = ROOT / "build/native/bin/korvane"
+NATIVE = ROOT / "build/sanitize/bin/korvane"
 WINDOWS = ROOT / "build/windows/bin"
 SCRIPT = ROOT / "samples/session/order.steps.json"
 VALUES = ("--set", "NAME=Ada Löwe", "--set", "ARTICLE=Brass compass")
