@@ -1,7 +1,5 @@
 #include "host/engine/uniqueness.h"
 
-#include <algorithm>
-#include <cmath>
 #include <set>
 #include <string>
 
@@ -12,13 +10,10 @@ namespace host {
 
 namespace {
 
+constexpr int kCoarsestStep = 96;
 constexpr int kFinestStep = 12;
-constexpr double kMostPoints = 1500;
-
-int StepFor(const world::Rect& rect) {
-  const double area = static_cast<double>(rect.right - rect.left) * (rect.bottom - rect.top);
-  return std::max(kFinestStep, static_cast<int>(std::ceil(std::sqrt(area / kMostPoints))));
-}
+// A capture takes 1 to 30 ms: without an end, a large window would keep the user waiting for a minute.
+constexpr double kMostMilliseconds = 2000;
 
 }  // namespace
 
@@ -37,13 +32,19 @@ Uniqueness CountSameAutomationId(const TargetRecord& record, const world::Window
       same.insert(path);
     }
   };
-  const int step = StepFor(window.rect);
-  for (int y = window.rect.top + step / 2; y < window.rect.bottom; y += step) {
-    for (int x = window.rect.left + step / 2; x < window.rect.right; x += step) {
-      look(x, y);
+  look(record.x, record.y);
+  const double end = world::Now() + kMostMilliseconds;
+  // From coarse to fine, so that the whole window has been looked at when the time is over.
+  for (int step = kCoarsestStep; step >= kFinestStep; step /= 2) {
+    for (int y = window.rect.top + step / 2; y < window.rect.bottom; y += step) {
+      for (int x = window.rect.left + step / 2; x < window.rect.right; x += step) {
+        if (world::Now() > end) {
+          return {seen.size(), same.size()};
+        }
+        look(x, y);
+      }
     }
   }
-  look(record.x, record.y);
   return {seen.size(), same.size()};
 }
 

@@ -11,7 +11,8 @@ struct Uniqueness {
   std::size_t same = 0;      // those of them with the record's AutomationId
 };
 
-// Looks at the window point by point, as the library offers no list of elements: what is hidden is not seen.
+// Looks at the window point by point for at most two seconds, as the library offers no list of elements: what is
+// hidden, or too small to be met in that time, is not seen.
 Uniqueness CountSameAutomationId(const TargetRecord& record, const world::Window& window);
 
 }  // namespace host
