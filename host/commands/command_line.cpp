@@ -63,13 +63,18 @@ void AddReplay(CLI::App& program, ReplayCommandOptions& options, ExitCode& code)
   command->add_option("FILE", options.file, "The recording")->required();
   command->add_option("--report", options.report, "Write what happened to this HTML file");
   command->add_option("--set", options.set, "NAME=VALUE: the value of a variable")->allow_extra_args(false);
-  command->add_option("--data", options.data, "A CSV file with a run's variables in each row");
-  command->add_option("--from", options.from, "Begin with this step (1)")->check(CLI::PositiveNumber);
+  CLI::Option* const data =
+      command->add_option("--data", options.data, "A CSV file with a run's variables in each row");
+  command->add_option("--row", options.row, "Begin with this row of the data (1)")
+      ->check(CLI::PositiveNumber)
+      ->needs(data);
+  command->add_option("--from", options.from, "Begin with this step (1); later rows begin with the first")
+      ->check(CLI::PositiveNumber);
   command->add_option("--timeout", options.timeoutMs, "Milliseconds to wait for windows and texts (3000)")
       ->check(CLI::Range(1, kLongestTimeoutMs));
   command->add_option("--log", options.log, "Keep the library's log in this file");
   command->add_flag("--dry-run", options.dryRun, "Find the targets, but do nothing");
-  command->add_flag("--keep-going", options.keepGoing, "Do not stop at the first failure");
+  command->add_flag("--keep-going", options.keepGoing, "After a failure go on with the next step, or the next row");
   command->callback([&] { code = RunReplay(options); });
 }
 

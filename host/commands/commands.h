@@ -35,6 +35,7 @@ struct ReplayCommandOptions {
   std::string data;
   std::string log;
   std::vector<std::string> set;
+  int row = 1;
   int from = 1;
   int timeoutMs = 3000;
   bool dryRun = false;

@@ -51,6 +51,9 @@ void Tell(const Replayed& replayed, const ReplayCommandOptions& options) {
   }
   std::cout << "\n  " << steps << " steps, " << failed << " failed, " << Milliseconds(milliseconds)
             << (options.dryRun ? ", nothing was done" : "") << "\n";
+  if (replayed.rowsLeft > 0) {
+    std::cout << "  rows not begun: " << replayed.rowsLeft << "\n";
+  }
   if (!options.report.empty()) {
     std::cout << "  report: " << options.report << "\n";
   }
@@ -64,18 +67,23 @@ void Tell(const Replayed& replayed, const ReplayCommandOptions& options) {
 ExitCode RunReplay(const ReplayCommandOptions& options) {
   const Recording recording = LoadRecording(options.file);
   const std::vector<Variables> rows = RowsOf(options);
+  const auto firstRow = static_cast<std::size_t>(options.row) - 1;
+  if (firstRow >= rows.size()) {
+    throw Failure(ExitCode::Usage, "--row " + std::to_string(options.row) + ": " + options.data + " has " +
+                                       std::to_string(rows.size()) + " rows");
+  }
   const auto from = static_cast<std::size_t>(options.from) - 1;
   if (from >= recording.steps.size()) {
     throw Failure(ExitCode::Usage, "--from " + std::to_string(options.from) + ": " + options.file + " has " +
                                        std::to_string(recording.steps.size()) + " steps");
   }
-  for (const Variables& row : rows) {
-    CheckVariables(recording, options.file, from, row);
+  for (std::size_t row = firstRow; row < rows.size(); ++row) {
+    CheckVariables(recording, options.file, row == firstRow ? from : 0, rows[row]);
   }
   CheckReportFolder(options.report);
   LibraryLog log(options.log);
   const ReplayOptions replay{
-      options.file, {options.timeoutMs, options.dryRun, !options.report.empty()}, from, options.keepGoing};
+      options.file, {options.timeoutMs, options.dryRun, !options.report.empty()}, firstRow, from, options.keepGoing};
   const Replayed replayed = Replay(recording, rows, log, replay, ShowProgress(recording));
   if (!options.report.empty()) {
     WriteFile(options.report, WriteReport(recording, replayed, replay));

@@ -131,7 +131,7 @@ std::string Explain(const StepResult& result, const std::vector<Attempt>& alone,
     text +=
         result.code == KORVANE_NOT_FOUND ? AdviceWhenNotFound(result, alone, file) : AdviceWhenFailed(result, story);
   }
-  return text + " Go on from here: the same command with --from " + std::to_string(result.index + 1) + ".";
+  return text;
 }
 
 }  // namespace host

@@ -13,17 +13,20 @@ namespace host {
 struct ReplayOptions {
   std::string file;  // the recording's name, for messages
   RunOptions run;
-  std::size_t from = 0;  // index of the first step
-  bool keepGoing = false;
+  std::size_t row = 0;     // index of the first set of values
+  std::size_t from = 0;    // index of its first step
+  bool keepGoing = false;  // after a failure: with the next row, or with the next step when there is one row
 };
 
 struct Run {
-  std::string name;  // "row 2" with data, else empty
+  std::string name;      // "row 2" with data, else empty
+  std::size_t from = 0;  // index of the first step
   std::vector<StepResult> steps;
 };
 
 struct Replayed {
   std::vector<Run> runs;
+  std::size_t rowsLeft = 0;  // not begun
   ExitCode code = ExitCode::Ok;
 };
 

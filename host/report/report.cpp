@@ -103,13 +103,13 @@ Json ResultToJson(const Recording& recording, const StepResult& result, double r
   return json;
 }
 
-Json RunToJson(const Recording& recording, const Run& run, std::size_t from, Pictures& pictures) {
+Json RunToJson(const Recording& recording, const Run& run, Pictures& pictures) {
   Json steps = Json::array();
   const double start = run.steps.empty() ? 0 : run.steps.front().start;
   for (const StepResult& result : run.steps) {
     steps.push_back(ResultToJson(recording, result, start, pictures));
   }
-  for (std::size_t i = from + run.steps.size(); i < recording.steps.size(); ++i) {
+  for (std::size_t i = run.from + run.steps.size(); i < recording.steps.size(); ++i) {
     Json skipped = StepToJson(recording, i);
     skipped["state"] = "not run";
     steps.push_back(skipped);
@@ -133,11 +133,12 @@ std::string WriteReport(const Recording& recording, const Replayed& replayed, co
   for (const WindowName& window : recording.windows) {
     windows.push_back(Describe(window));
   }
-  Json data = {{"file", options.file},         {"time", LocalTime()}, {"from", options.from + 1},
-               {"dryRun", options.run.dryRun}, {"windows", windows},  {"runs", Json::array()}};
+  Json data = {{"file", options.file},     {"time", LocalTime()},          {"row", options.row + 1},
+               {"from", options.from + 1}, {"dryRun", options.run.dryRun}, {"rowsLeft", replayed.rowsLeft},
+               {"windows", windows},       {"runs", Json::array()}};
   Pictures pictures;
   for (const Run& run : replayed.runs) {
-    data["runs"].push_back(RunToJson(recording, run, options.from, pictures));
+    data["runs"].push_back(RunToJson(recording, run, pictures));
   }
   data["pictures"] = pictures.Addresses();
   return kReportBeforeData + WithoutTags(data.dump(-1, ' ', false, Json::error_handler_t::replace)) + kReportAfterData;

@@ -83,6 +83,26 @@ class Commands(unittest.TestCase):
         self.assertIn("Submitted: Ben, jr. / Oar", self.says(0, "replay", "order.json", "--data", "data.csv", "--set",
                                                              "ARTICLE=Oar"))
 
+    def test_rows(self):
+        """commands: a failed row says how to go on, without doing again what was done"""
+        (self.folder / "data.csv").write_text("NAME,ARTICLE,SEEN\nAda,Lamp,Ada\nBen,Rope,Bob\nCleo,Oar,Cleo\n")
+        self.changed(lambda recording: recording["steps"][10].update(text="${SEEN}"))
+        words = ("replay", "order.json", "--data", "data.csv")
+        out = self.says(1, *words)
+        self.assertRegex(out, r'row 2: Step 11 .* Go on from here: the same command with --row 2 --from 11\.\n')
+        self.assertIn("  22 steps, 1 failed, ", out)
+        self.assertIn("  rows not begun: 1\n", out)
+        out = self.says(0, *words, "--row", 2, "--from", 11, "--dry-run")
+        self.assertIn("  12 steps, 0 failed, ", out)
+        self.assertNotIn("row 1", out)
+        # What comes after the failure in its row is left alone.
+        nowhere = {"automationId": "", "pathLength": 0, "levels": [], "x": 5, "y": 5}
+        self.changed(lambda recording: recording["steps"][2]["target"].update(nowhere))
+        out = self.says(1, *words, "--keep-going")
+        self.assertIn("  9 steps, 3 failed, ", out)
+        self.assertNotIn("Go on from here", out)
+        self.refuses(2, "--row 4: data.csv has 3 rows", *words, "--row", 4)
+
     def test_failures(self):
         """commands: a failure is told in a paragraph: what was tried, why it failed, what to do"""
         def lose(recording):
@@ -214,7 +234,7 @@ class Commands(unittest.TestCase):
                      "--set", "=1")
         for words in ((), ("dance",), ("replay",), ("capture",), ("capture", "--at", "1"), ("capture", "--at", "1,2,3"),
                       ("capture", "--at", "1,2", "--cursor"), ("replay", "order.json", "--timeout", "0"),
-                      ("replay", "order.json", "--from", "x")):
+                      ("replay", "order.json", "--from", "x"), ("replay", "order.json", *VALUES, "--row", "1")):
             with self.subTest(words):
                 self.says(2, *words)
         self.refuses(7, "record needs somebody who points, but the scripted desktop has no mouse to point with; use "

@@ -78,7 +78,8 @@ def rows():
 
 
 def cancelled():
-    return report("cancelled", 5, "--set", "NAME=Anna", "--set", "EXPECTED=Anna", "--from", "2", desktop="escape 3")
+    table = [["NAME", "EXPECTED"], *[["Anna", "Anna"]] * 3]
+    return report("cancelled", 5, "--row", "2", "--from", "2", rows=table, desktop="escape 3")
 
 
 def hostile():
