@@ -1,7 +1,6 @@
 #include "host/base/file.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -12,8 +11,16 @@ namespace host {
 
 namespace filesystem = std::filesystem;
 
+namespace {
+
+std::string ReasonOf(int error, const char* unknown) {
+  return error != 0 ? std::generic_category().message(error) : unknown;
+}
+
+}  // namespace
+
 filesystem::path PathOf(const std::string& utf8) {
-  return filesystem::path(std::u8string(utf8.begin(), utf8.end()));
+  return std::u8string(utf8.begin(), utf8.end());
 }
 
 std::string ReadFile(const std::string& name) {
@@ -25,7 +32,7 @@ std::string ReadFile(const std::string& name) {
   std::ifstream file(PathOf(name), std::ios::binary);
   std::string bytes((std::istreambuf_iterator<char>(file)), {});
   if (!file) {
-    throw Failure(ExitCode::BadFile, name + ": cannot be read: " + (errno != 0 ? std::strerror(errno) : "read error"));
+    throw Failure(ExitCode::BadFile, name + ": cannot be read: " + ReasonOf(errno, "read error"));
   }
   return bytes;
 }
@@ -50,7 +57,7 @@ void WriteFile(const std::string& name, const std::string& bytes) {
   file.close();
   std::error_code problem;
   if (!file) {
-    const std::string why = errno != 0 ? std::strerror(errno) : "write error";
+    const std::string why = ReasonOf(errno, "write error");
     filesystem::remove(PathOf(temporary), problem);
     throw failed(why);
   }

@@ -34,7 +34,7 @@ std::optional<world::Window> AwaitWindow(const WindowName& name, int timeoutMs, 
   constexpr int kPauseMs = 50;
   const double end = world::Now() + timeoutMs;
   for (;;) {
-    if (const auto window = FindWindow(name)) {
+    if (auto window = FindWindow(name)) {
       return window;
     }
     if (world::Now() >= end || stop()) {

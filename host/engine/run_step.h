@@ -57,9 +57,9 @@ class StepRunner {
   int Paste(const Turn& turn);
   int Type(const Turn& turn);
   int SendShortcut(const Turn& turn);
-  int Wait(const Turn& turn);
-  int Check(const Turn& turn);
-  int Read(const Turn& turn);
+  static int Wait(const Turn& turn);
+  static int Check(const Turn& turn);
+  static int Read(const Turn& turn);
   void KeepClearOfDoubleClick(const TargetRecord& target);
   void Illustrate(StepResult& result);
 

@@ -81,7 +81,7 @@ Json LevelsToJson(const TargetRecord& record) {
     const Json className = TextToJson(record.classNames[i]);
     levels.push_back(
         {{"controlType", record.controlTypes[i]}, {"className", className}, {"childIndex", record.childIndices[i]}});
-    if (record.controlTypes[i] != 0 || record.childIndices[i] != 0 || className != "") {
+    if (record.controlTypes[i] != 0 || record.childIndices[i] != 0 || className != Json("")) {
       used = i + 1;
     }
   }

@@ -73,7 +73,7 @@ std::string TextFrom(const JsonFields& fields, const ActionWords& words) {
   if (words.textField == nullptr) {
     return {};
   }
-  const std::string text = fields.Text(words.textField);
+  std::string text = fields.Text(words.textField);
   if (text.empty()) {
     fields.Refuse(words.textField, "is empty");
   }

@@ -13,7 +13,7 @@ inline constexpr int kRecordingVersion = 1;
 
 std::string WriteRecording(const Recording& recording);
 // Failure: BadFile, with file, step and field in its line.
-Recording ParseRecording(const std::string& file, const std::string& json);
+Recording ParseRecording(const std::string& file, const std::string& text);
 Recording LoadRecording(const std::string& file);
 
 // A script is a recording whose targets are yet to be captured: steps with points instead of records. With a window,
