@@ -3,6 +3,7 @@
 //   order_helper press-escape AFTER | click AFTER X Y | set-text AFTER WINDOW TEXT | hold-clipboard MILLISECONDS
 //                | cover X Y WIDTH HEIGHT | print-clipboard FILE
 #include <cstdint>
+#include <cwchar>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -108,9 +109,10 @@ void HoldClipboard(const Arguments& arguments) {
   }
 }
 
-void AppendData(std::string& bytes, UINT format, std::size_t (*size)(HANDLE)) {
+void AppendData(std::string& bytes, UINT format, std::size_t (*size)(HANDLE block, const void* data)) {
   if (const HANDLE block = GetClipboardData(format)) {
-    bytes.append(static_cast<const char*>(GlobalLock(block)), size(block));
+    const void* data = GlobalLock(block);
+    bytes.append(static_cast<const char*>(data), size(block, data));
     GlobalUnlock(block);
   }
 }
@@ -121,10 +123,10 @@ void PrintClipboard(const Arguments& arguments) {
   std::string text;
   std::string html;
   if (OpenClipboard(MakeWindow(0, 0, 1, 1, WS_POPUP))) {
-    AppendData(text, CF_UNICODETEXT, [](HANDLE block) {
-      return std::wstring(static_cast<const WCHAR*>(GlobalLock(block))).size() * sizeof(WCHAR);
-    });
-    AppendData(html, RegisterClipboardFormatW(L"HTML Format"), [](HANDLE block) { return GlobalSize(block); });
+    AppendData(text, CF_UNICODETEXT,
+               [](HANDLE, const void* data) { return std::wcslen(static_cast<const WCHAR*>(data)) * sizeof(WCHAR); });
+    AppendData(html, RegisterClipboardFormatW(L"HTML Format"),
+               [](HANDLE block, const void*) { return std::size_t{GlobalSize(block)}; });
     CloseClipboard();
   }
   const std::wstring& file = arguments.at(1);

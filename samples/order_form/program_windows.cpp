@@ -15,6 +15,7 @@ constexpr const WCHAR* kReadyEvent = L"order-helper-ready";
 
 struct Process {
   HANDLE handle = nullptr;
+  DWORD id = 0;
 
   bool Start(const Text& commandLine) {
     STARTUPINFOW startup{};
@@ -26,6 +27,7 @@ struct Process {
     }
     CloseHandle(made.hThread);
     handle = made.hProcess;
+    id = made.dwProcessId;
     return true;
   }
 
@@ -67,8 +69,9 @@ Process StartHelper(const Text& arguments) {
   const HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, kReadyEvent);
   ResetEvent(ready);
   Process helper;
-  if (helper.Start(Beside(L"order_helper.exe") + L" " + arguments)) {
-    WaitForSingleObject(ready, kLongestStart);
+  if (!helper.Start(Beside(L"order_helper.exe") + L" " + arguments) ||
+      WaitForSingleObject(ready, kLongestStart) != WAIT_OBJECT_0) {
+    std::fwprintf(stderr, L"order_helper.exe %ls: not under way after %lu ms\n", arguments.c_str(), kLongestStart);
   }
   CloseHandle(ready);
   return helper;
@@ -78,6 +81,19 @@ Process StartHelper(const Text& arguments) {
 void Begin(const Text& arguments) {
   const Process helper = StartHelper(arguments);
   CloseHandle(helper.handle);
+}
+
+// The form may be open in another process as well.
+HWND WindowOfProcess(DWORD process) {
+  HWND window = nullptr;
+  while ((window = FindWindowExW(nullptr, window, kWindowClass, nullptr)) != nullptr) {
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    if (owner == process) {
+      break;
+    }
+  }
+  return window;
 }
 
 HWND FindControl(HWND parent, int id) {
@@ -112,7 +128,7 @@ bool Program::Start(int x, int y) {
     }
     Sleep(20);
     RECT now{};
-    g_window = FindWindowW(kWindowClass, nullptr);
+    g_window = WindowOfProcess(g_form.id);
     const bool ready = g_window != nullptr && IsWindowVisible(g_window) && GetForegroundWindow() == g_window &&
                        GetWindowRect(g_window, &now) && EqualRect(&now, &last);
     looks = ready ? looks : 0;
