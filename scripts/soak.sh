@@ -18,6 +18,8 @@ echo "eight threads for $seconds seconds ..."
 KORVANE_SOAK_SECONDS=$seconds TSAN_OPTIONS=halt_on_error=0 \
   build/thread/bin/native_tests --gtest_filter='ThreadsTest.*' >build/thread/soak.txt 2>&1
 status=$?
+# A program that broke off says why in its last lines.
+[ $status -eq 0 ] || tail -n 5 build/thread/soak.txt
 grep -E "rounds of calls|Failure|  FAILED  |PASSED" build/thread/soak.txt
 echo "reports: $(grep -c 'WARNING: ThreadSanitizer' build/thread/soak.txt)"
 exit $status

@@ -118,7 +118,7 @@ HWND SetFocus(HWND window) {
 
 BOOL AttachThreadInput(DWORD attach, DWORD to, BOOL attachThem) {
   STANDIN_CALL(AttachThreadInput);
-  Thread* const thread = call->FindThread(attach);
+  const std::shared_ptr<Thread> thread = call->FindThread(attach);
   if (!attachThem) {
     if (thread == nullptr || thread->attachedTo.erase(to) == 0) {
       call->Misuse("detached an input queue that was not attached");

@@ -50,7 +50,7 @@ Thread& Addressee(Desktop::State& state) {
 bool Desktop::State::HooksSwallow(UINT message) {
   const auto installed = hooks;
   for (auto hook = installed.rbegin(); hook != installed.rend(); ++hook) {
-    Thread* const owner = FindThread(hook->second.thread);
+    const std::shared_ptr<Thread> owner = FindThread(hook->second.thread);
     if (owner == nullptr || owner->ended || !owner->inGetMessage || !hooks.contains(hook->first)) {
       continue;
     }
@@ -166,7 +166,7 @@ LRESULT DispatchMessageW(const MSG* message) {
 
 BOOL PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam) {
   STANDIN_CALL(PostThreadMessageW);
-  Thread* const thread = call->FindThread(threadId);
+  const std::shared_ptr<Thread> thread = call->FindThread(threadId);
   if (call.Fails() || thread == nullptr) {
     return FALSE;
   }

@@ -48,6 +48,7 @@ struct Thread {
   std::thread runner;
   jmp_buf top;  // where a terminated thread goes on, at the end of its life
   bool terminated = false;
+  bool over = false;  // has nothing left to do, neither for the library nor here
 
   // Object model
   int comInitializations = 0;

@@ -76,9 +76,10 @@ struct Desktop::State final : Model, uia::Tree {
 
   // ---- Threads (threads.cpp) ----
   Thread& Self();
-  Thread* FindThread(DWORD id);
+  std::shared_ptr<Thread> FindThread(DWORD id);
   bool IsThread(DWORD id);  // also one of another process
   HANDLE StartThread(LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD* id);
+  void ForgetThreadsThatAreOver();
   [[noreturn]] void EndSelf();
   // Waits for the end of all threads that CreateThread made; false when one does not end by itself.
   bool JoinThreads();

@@ -35,6 +35,7 @@ void RunThread(Desktop::State& state, const std::shared_ptr<Thread>& self) {
   if (state.virtualTime && state.running == self.get()) {
     state.PassTurn(*self);
   }
+  self->over = true;
   state.changed.notify_all();
 }
 
@@ -49,10 +50,10 @@ Thread& Desktop::State::Self() {
   return *t_self;
 }
 
-Thread* Desktop::State::FindThread(DWORD id) {
+std::shared_ptr<Thread> Desktop::State::FindThread(DWORD id) {
   const auto found =
       std::find_if(threads.begin(), threads.end(), [id](const auto& thread) { return thread->id == id; });
-  return found == threads.end() ? nullptr : found->get();
+  return found == threads.end() ? nullptr : *found;
 }
 
 bool Desktop::State::IsThread(DWORD id) {
@@ -60,7 +61,20 @@ bool Desktop::State::IsThread(DWORD id) {
                                                   [id](const auto& process) { return process.second.uiThread == id; });
 }
 
+// Joined as soon as the next one starts: in a long run those that ended long ago would each keep a stack. One that left
+// something held stays, to be told of.
+void Desktop::State::ForgetThreadsThatAreOver() {
+  std::erase_if(threads, [](const auto& thread) {
+    if (!thread->over || thread->comInitializations != 0 || !thread->attachedTo.empty()) {
+      return false;
+    }
+    thread->runner.join();
+    return true;
+  });
+}
+
 HANDLE Desktop::State::StartThread(LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD* id) {
+  ForgetThreadsThatAreOver();
   const auto thread = std::make_shared<Thread>();
   thread->id = nextThread++;
   thread->takesTurns = true;

@@ -20,6 +20,7 @@ using standin::Behaviour;
 using standin::TheDesktop;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 using Lines = std::vector<std::string>;
 
@@ -180,6 +181,23 @@ TEST_F(StandinThreadsTest, EventsAndTerminatedThreads) {
     JoinAndClose(endless);
     EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
   }
+}
+
+std::ptrdiff_t CountMappings() {
+  std::ifstream mappings("/proc/self/maps");
+  return std::count(std::istreambuf_iterator<char>(mappings), {}, '\n');
+}
+
+// The longest soak starts tens of thousands of monitors.
+TEST_F(StandinThreadsTest, ThreadsThatEndedKeepNoStack) {
+  constexpr int kThreads = 200;
+  Sleeper sleeper{"a", 0, 0};
+  const std::ptrdiff_t before = CountMappings();
+  for (int i = 0; i < kThreads; ++i) {
+    JoinAndClose(CreateThread(nullptr, 0, SleepSeveralTimes, &sleeper, 0, nullptr));
+  }
+  EXPECT_LT(CountMappings() - before, kThreads / 2);
+  EXPECT_THAT(g_diary.Take(), SizeIs(kThreads));
 }
 
 TEST_F(StandinThreadsTest, HangIsLoud) {
