@@ -31,6 +31,7 @@ SOURCES = {
     "bindings/csharp": "bindings/csharp",
     "examples": "examples",
     "examples/stage/stage.h": "samples/stage/stage.h",
+    "scripts/pointer_shield.py": "scripts/pointer_shield.py",
     "scripts/run_under_wine.sh": "scripts/run_under_wine.sh",
     "scripts/wine_env.sh": "scripts/wine_env.sh",
 }

@@ -29,6 +29,7 @@ setup_needs() {
       echo xauth xauth
       echo openbox openbox
       echo x11-utils xprop
+      echo python3-xlib /usr/lib/python3/dist-packages/Xlib/__init__.py
       echo imagemagick import
       ;;
     package)

@@ -12,7 +12,8 @@
 #
 # Everything started here ends with the shell that sourced it, and only that.
 
-WINE_ENV_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+WINE_ENV_SCRIPTS="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
+WINE_ENV_ROOT="$(dirname "$WINE_ENV_SCRIPTS")"
 export WINEPREFIX="${KORVANE_WINE_PREFIX:-$WINE_ENV_ROOT/build/wine-prefix}"
 export WINEDEBUG="${WINEDEBUG:--all}"
 export WINEDLLOVERRIDES="mscoree,mshtml=d"
@@ -41,26 +42,37 @@ wine_env_lock() {
   flock --wait 1800 8 || wine_env_fail "$WINEPREFIX stays in use"
 }
 
-# Xvfb chooses a free display itself and writes its number when it is ready.
-wine_env_start_display() {
-  local number_file number=""
-  number_file="$(mktemp)"
-  Xvfb -displayfd 7 -screen 0 "$WINE_ENV_SCREEN" -nolisten tcp -noreset 7>"$number_file" >/dev/null 2>&1 8>&- &
-  WINE_ENV_PIDS+=($!)
+wine_env_wait_until() {
   for _ in $(seq 100); do
-    number="$(cat "$number_file")"
-    [ -n "$number" ] && break
+    "$@" && return 0
     sleep 0.1
   done
+  return 1
+}
+
+wine_env_has_window_manager() {
+  xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'
+}
+
+# Xvfb chooses a free display itself and writes its number when it is ready.
+wine_env_start_display() {
+  local number_file shield_file number
+  number_file="$(mktemp)"
+  shield_file="$(mktemp)"
+  Xvfb -displayfd 7 -screen 0 "$WINE_ENV_SCREEN" -nolisten tcp -noreset 7>"$number_file" >/dev/null 2>&1 8>&- &
+  WINE_ENV_PIDS+=($!)
+  wine_env_wait_until test -s "$number_file"
+  number="$(cat "$number_file")"
   rm -f "$number_file"
   [ -n "$number" ] || wine_env_fail "Xvfb did not start" || return 1
   export DISPLAY=":$number"
   openbox >/dev/null 2>&1 8>&- &
   WINE_ENV_PIDS+=($!)
-  for _ in $(seq 100); do
-    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
-    sleep 0.1
-  done
+  wine_env_wait_until wine_env_has_window_manager
+  /usr/bin/python3 "$WINE_ENV_SCRIPTS/pointer_shield.py" >"$shield_file" 2>/dev/null 8>&- &
+  WINE_ENV_PIDS+=($!)
+  wine_env_wait_until test -s "$shield_file" || wine_env_fail "the pointer shield did not start" || return 1
+  rm -f "$shield_file"
   wine_env_say "display $DISPLAY with openbox"
 }
 
@@ -81,6 +93,8 @@ wine_start() {
   for program in wine wineserver Xvfb openbox xprop flock; do
     command -v "$program" >/dev/null || wine_env_fail "$program is not installed" || return 1
   done
+  # A module of Debian's own Python.
+  /usr/bin/python3 -c 'import Xlib' 2>/dev/null || wine_env_fail "python3-xlib is not installed" || return 1
   # Before the trap: a user who never had the prefix has nothing of it to stop.
   wine_env_lock || return 1
   trap wine_stop EXIT

@@ -75,12 +75,7 @@ class Windows(unittest.TestCase):
         with form("420,200"):
             rows = self.runs(0, "check", "order.json", folder=folder).splitlines()
             self.assertRegex(rows[1], r"AutomationId, [\d.]+ ms +found, .* +found, .* +(not found|another element), ")
-            words = ("replay", "order.json", *VALUES, "--log", "k.log", "--report", "r.html")
-            code, out = run_windows(KORVANE, *words, folder=folder)
-            if code == 1 and 'shows "Ready"' in out:
-                # On a busy machine Wine loses a click now and then; the order is placed once more.
-                print("    once more: the click on Submit was lost")
-                out = self.runs(0, *words, folder=folder)
+            out = self.runs(0, "replay", "order.json", *VALUES, "--log", "k.log", "--report", "r.html", folder=folder)
             self.assertIn(CONFIRMATION, out)
             self.assertIn("  11 steps, 0 failed", out)
         data = re.search(r'id="data">(.*?)</script>', (folder / "r.html").read_text(encoding="utf-8"), re.S)[1]

