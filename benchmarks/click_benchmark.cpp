@@ -20,14 +20,14 @@ void RememberedClick(benchmark::State& state) {
   const bench::Desk desk = bench::SetUpForm();
   initializeLog(bench::Wide(bench::NewFile("click.log")).c_str());
   verifyTarget(&desk.target, desk.window);
-  const auto crossProcess = standin::TheDesktop().Gate().CrossProcessCalls();
+  const auto crossProcess = standin::TheDesktop().Calls().CrossProcessCount();
   for (auto _ : state) {
     if (clickTarget(&desk.target, desk.window) != KORVANE_OK) {
       state.SkipWithError("the click failed");
     }
   }
   state.counters["automation calls"] =
-      static_cast<double>(standin::TheDesktop().Gate().CrossProcessCalls() - crossProcess);
+      static_cast<double>(standin::TheDesktop().Calls().CrossProcessCount() - crossProcess);
   tests::allocations::StartCounting();
   clickTarget(&desk.target, desk.window);
   state.counters["allocations"] = static_cast<double>(tests::allocations::StopCounting());

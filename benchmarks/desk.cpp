@@ -23,7 +23,7 @@ standin::Desktop& EmptyDesktop() {
   cleanupAutomation();
   clearElementCache();
   desktop.Reset();
-  desktop.SetTracing(false);
+  desktop.Calls().SetTracing(false);
   return desktop;
 }
 
@@ -32,12 +32,12 @@ standin::Desktop& EmptyDesktop() {
 Desk SetUpForm() {
   auto& desktop = EmptyDesktop();
   Desk desk;
-  desk.window = desktop.AddWindow({.className = standin::Text(kFormClass), .rect = {100, 100, 500, 400}});
-  desk.edit = desktop.AddWindow({.className = u"Edit",
-                                 .rect = {120, 120, 320, 150},
-                                 .parent = desk.window,
-                                 .controlId = 7,
-                                 .behaviour = standin::Behaviour::Edit});
+  desk.window = desktop.Windows().Add({.className = standin::Text(kFormClass), .rect = {100, 100, 500, 400}});
+  desk.edit = desktop.Windows().Add({.className = u"Edit",
+                                     .rect = {120, 120, 320, 150},
+                                     .parent = desk.window,
+                                     .controlId = 7,
+                                     .behaviour = standin::Behaviour::Edit});
   desk.target.identificationMethod = KORVANE_METHOD_AUTOMATION_ID;
   desk.target.automationId[0] = u'7';
   desk.point = {220, 135};
@@ -47,14 +47,14 @@ Desk SetUpForm() {
 Desk SetUpTree(int depth, int siblings) {
   auto& desktop = EmptyDesktop();
   Desk desk;
-  desk.window = desktop.AddWindow({.className = standin::Text(kFormClass), .rect = {100, 100, 500, 400}});
+  desk.window = desktop.Windows().Add({.className = standin::Text(kFormClass), .rect = {100, 100, 500, 400}});
   desk.target.identificationMethod = KORVANE_METHOD_TREE_PATH;
   AddLevel(desk.target, 50032, kFormClass, 1);
-  standin::Element parent = desktop.ElementOf(desk.window);
+  standin::Element parent = desktop.Elements().Of(desk.window);
   for (int level = 0; level < depth; ++level) {
     standin::Element last = 0;
     for (int i = 0; i < siblings; ++i) {
-      last = desktop.AddElement(
+      last = desktop.Elements().Add(
           parent, {.className = standin::Text(kRowClass), .controlType = kRowType, .rect = {120, 120, 320, 150}});
     }
     parent = last;

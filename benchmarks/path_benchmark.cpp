@@ -13,9 +13,9 @@ using standin::TheDesktop;
 
 template <class Action>
 double CrossProcessCallsOf(Action&& action) {
-  const auto before = TheDesktop().Gate().CrossProcessCalls();
+  const auto before = TheDesktop().Calls().CrossProcessCount();
   action();
-  return static_cast<double>(TheDesktop().Gate().CrossProcessCalls() - before);
+  return static_cast<double>(TheDesktop().Calls().CrossProcessCount() - before);
 }
 
 ElementPtr Find(const bench::Desk& desk, bool byWalking) {
@@ -32,13 +32,13 @@ void FindByPath(benchmark::State& state, bool byWalking) {
       state.SkipWithError("not found");
     }
   });
-  TheDesktop().UseRealTime();
-  TheDesktop().Gate().SetCrossProcessCost(static_cast<double>(state.range(2)) / 1000);
+  TheDesktop().Clock().UseRealTime();
+  TheDesktop().Calls().SetCrossProcessCost(static_cast<double>(state.range(2)) / 1000);
   for (auto _ : state) {
     benchmark::DoNotOptimize(Find(desk, byWalking).Get());
   }
-  TheDesktop().Gate().SetCrossProcessCost(0);
-  TheDesktop().UseVirtualTime();
+  TheDesktop().Calls().SetCrossProcessCost(0);
+  TheDesktop().Clock().UseVirtualTime();
 }
 
 // Arguments: depth, siblings.

@@ -17,25 +17,24 @@ void WholeStep(benchmark::State& state) {
   const bench::Desk desk = bench::SetUpForm();
   initializeLog(bench::Wide(bench::NewFile("step.log")).c_str());
   initializeAutomation();
-  TheDesktop().SetClipboard(u"pasted text");
-  auto& gate = TheDesktop().Gate();
+  TheDesktop().Clipboard().Set(u"pasted text");
   double own = 0;
   for (auto _ : state) {
     state.PauseTiming();
-    TheDesktop().SetText(desk.edit, u"");
+    TheDesktop().Controls().SetText(desk.edit, u"");
     clearElementCache();
     state.ResumeTiming();
-    gate.MeasureTime(true);
+    TheDesktop().Calls().MeasureTime(true);
     const auto start = std::chrono::steady_clock::now();
     const int code = pasteToTargetWithVerifyEx(&desk.target, desk.window, 150);
     KorvaneChar* const text = getTargetText(&desk.target, desk.window);
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    gate.MeasureTime(false);
+    TheDesktop().Calls().MeasureTime(false);
     if (code != KORVANE_OK || text == nullptr) {
       state.SkipWithError("the step failed");
     }
     freeTextResult(text);
-    own += elapsed.count() - gate.SecondsInside();
+    own += elapsed.count() - TheDesktop().Calls().SecondsInside();
   }
   state.counters["own us"] = benchmark::Counter(own * 1e6, benchmark::Counter::kAvgIterations);
   cleanupAutomation();
@@ -45,23 +44,23 @@ void WholeStep(benchmark::State& state) {
 void VerifiedPaste(benchmark::State& state) {
   const bench::Desk desk = bench::SetUpForm();
   initializeAutomation();
-  auto& gate = TheDesktop().Gate();
   const double shows = static_cast<double>(state.range(0)) / 1000;
   for (auto _ : state) {
-    TheDesktop().SetText(desk.edit, u"");
-    TheDesktop().SetClipboard(u"pasted text");
-    TheDesktop().DelayPaste(shows);
-    const auto reads = gate.Count("IUIAutomationElement::GetCurrentPropertyValue");
-    const auto pauses = gate.Count("Sleep");
-    const double start = TheDesktop().Now();
+    TheDesktop().Controls().SetText(desk.edit, u"");
+    TheDesktop().Clipboard().Set(u"pasted text");
+    TheDesktop().Controls().DelayPaste(shows);
+    const auto reads = TheDesktop().Calls().Count("IUIAutomationElement::GetCurrentPropertyValue");
+    const auto pauses = TheDesktop().Calls().Count("Sleep");
+    const double start = TheDesktop().Clock().Now();
     if (pasteToTargetWithVerifyEx(&desk.target, desk.window, 150) != KORVANE_OK) {
       state.SkipWithError("the paste failed");
     }
-    const double polls = static_cast<double>(gate.Count("Sleep") - pauses) + 1;
+    const double polls = static_cast<double>(TheDesktop().Calls().Count("Sleep") - pauses) + 1;
     state.counters["reads per poll"] =
-        static_cast<double>(gate.Count("IUIAutomationElement::GetCurrentPropertyValue") - reads) / polls;
-    state.counters["late polls"] = (TheDesktop().Now() - start - shows) / kPollMilliseconds;
-    TheDesktop().Advance(1);
+        static_cast<double>(TheDesktop().Calls().Count("IUIAutomationElement::GetCurrentPropertyValue") - reads) /
+        polls;
+    state.counters["late polls"] = (TheDesktop().Clock().Now() - start - shows) / kPollMilliseconds;
+    TheDesktop().Clock().Advance(1);
   }
 }
 

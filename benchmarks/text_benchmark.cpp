@@ -47,10 +47,10 @@ void ContainsInPlainText(benchmark::State& state) {
 HWND AddField(const standin::Text& text) {
   auto& desktop = standin::TheDesktop();
   desktop.Reset();
-  desktop.SetTracing(false);
-  const HWND edit = desktop.AddWindow(
+  desktop.Calls().SetTracing(false);
+  const HWND edit = desktop.Windows().Add(
       {.className = u"Edit", .title = text, .rect = {0, 0, 100, 20}, .behaviour = standin::Behaviour::Edit});
-  desktop.ClickAsUser(50, 10);
+  desktop.User().Click(50, 10);
   return edit;
 }
 

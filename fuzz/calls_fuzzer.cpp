@@ -27,62 +27,62 @@ void Disturb(Host& host) {
   const Form form = host.form;
   switch (host.input.ConsumeIntegralInRange(0, 14)) {
     case 0:
-      desktop.After(soon, [form] { TheDesktop().DestroyWindow(form.edit); });
+      desktop.Clock().After(soon, [form] { TheDesktop().Windows().Destroy(form.edit); });
       break;
     case 1:
-      desktop.After(soon, [form] { TheDesktop().DestroyWindow(form.window); });
+      desktop.Clock().After(soon, [form] { TheDesktop().Windows().Destroy(form.window); });
       break;
     case 2:
-      desktop.After(soon, [form] { TheDesktop().MoveWindowTo(form.window, 300, 50); });
+      desktop.Clock().After(soon, [form] { TheDesktop().Windows().MoveTo(form.window, 300, 50); });
       break;
     case 3:
-      desktop.RefuseForeground(host.input.ConsumeIntegralInRange(-1, 3));
+      desktop.Windows().RefuseForeground(host.input.ConsumeIntegralInRange(-1, 3));
       break;
     case 4:
-      desktop.RefuseThreadAttach(host.input.ConsumeBool());
+      desktop.Windows().RefuseThreadAttach(host.input.ConsumeBool());
       break;
     case 5:
-      desktop.Minimize(form.window);
+      desktop.Windows().Minimize(form.window);
       break;
     case 6:
-      desktop.HoldClipboard(soon);
+      desktop.Clipboard().Hold(soon);
       break;
     case 7:
-      desktop.HoldEscape(soon, 20);
+      desktop.User().HoldEscape(soon, 20);
       break;
     case 8:
       // A key that was let in could never be released if every later call failed.
-      desktop.Gate().StopFailing();
-      desktop.BlockInput(host.input.ConsumeIntegralInRange(0u, 3u));
+      desktop.Faults().Stop();
+      desktop.Input().Block(host.input.ConsumeIntegralInRange(0u, 3u));
       break;
     case 9:
-      desktop.AcceptInput();
+      desktop.Input().Accept();
       break;
     case 10:
-      desktop.After(soon, [form] { TheDesktop().SetText(form.edit, u"changed"); });
+      desktop.Clock().After(soon, [form] { TheDesktop().Controls().SetText(form.edit, u"changed"); });
       break;
     case 11:
-      desktop.DelayPaste(soon);
+      desktop.Controls().DelayPaste(soon);
       break;
     case 12:
-      desktop.Gate().FailNth(host.input.ConsumeIntegralInRange<std::uint64_t>(1, 60));
+      desktop.Faults().FailNth(host.input.ConsumeIntegralInRange<std::uint64_t>(1, 60));
       break;
     case 13:
-      desktop.AcceptInput();
-      desktop.Gate().FailFromNth(host.input.ConsumeIntegralInRange<std::uint64_t>(1, 60));
+      desktop.Input().Accept();
+      desktop.Faults().FailFromNth(host.input.ConsumeIntegralInRange<std::uint64_t>(1, 60));
       break;
     default:
-      desktop.Gate().StopFailing();
+      desktop.Faults().Stop();
       break;
   }
 }
 
 void PickWindow() {
   auto& desktop = TheDesktop();
-  desktop.After(5, [] { TheDesktop().ClickAsUser(150, 170); });
+  desktop.Clock().After(5, [] { TheDesktop().User().Click(150, 170); });
   // Whatever fails, the wait has an end.
-  desktop.After(9, [] { TheDesktop().PostMessageToThread(WM_NULL); });
-  desktop.After(15, [] { TheDesktop().PostQuit(0); });
+  desktop.Clock().After(9, [] { TheDesktop().Host().PostMessage(WM_NULL); });
+  desktop.Clock().After(15, [] { TheDesktop().Host().PostQuit(0); });
   findWindowByClick();
 }
 
@@ -226,7 +226,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         CallWithTarget(host);
         break;
     }
-    if (TheDesktop().HookCount() != 0) {
+    if (TheDesktop().Host().HookCount() != 0) {
       Require(false, "no hook stays behind");
     }
   }

@@ -47,27 +47,27 @@ TargetRecord WellFormed(int method) {
 Form OpenForm(bool withLog) {
   auto& desktop = TheDesktop();
   desktop.Reset();
-  desktop.SetTracing(false);
+  desktop.Calls().SetTracing(false);
   Form form{};
-  form.window = desktop.AddWindow({.className = u"Dialog", .title = u"Orders", .rect = {100, 100, 500, 400}});
-  form.edit = desktop.AddWindow({.className = u"Edit",
-                                 .title = u"shown text",
-                                 .rect = {120, 120, 320, 150},
-                                 .parent = form.window,
-                                 .controlId = 7,
-                                 .behaviour = Behaviour::Edit});
-  form.button = desktop.AddWindow({.className = u"Button",
-                                   .title = u"Save",
-                                   .rect = {120, 160, 220, 190},
-                                   .parent = form.window,
-                                   .controlId = 8,
-                                   .behaviour = Behaviour::Button});
-  desktop.AddElement(form.window, {.name = u"Row", .rect = {120, 200, 320, 220}});
-  form.other = desktop.AddWindow({.className = u"Other", .title = u"Other", .rect = {600, 100, 800, 300}});
-  desktop.BringToTop(form.window);
-  desktop.SetForeground(form.other);
-  desktop.SetClipboard(u"pasted text");
-  desktop.SetCursor(150, 130);
+  form.window = desktop.Windows().Add({.className = u"Dialog", .title = u"Orders", .rect = {100, 100, 500, 400}});
+  form.edit = desktop.Windows().Add({.className = u"Edit",
+                                     .title = u"shown text",
+                                     .rect = {120, 120, 320, 150},
+                                     .parent = form.window,
+                                     .controlId = 7,
+                                     .behaviour = Behaviour::Edit});
+  form.button = desktop.Windows().Add({.className = u"Button",
+                                       .title = u"Save",
+                                       .rect = {120, 160, 220, 190},
+                                       .parent = form.window,
+                                       .controlId = 8,
+                                       .behaviour = Behaviour::Button});
+  desktop.Elements().Add(form.window, {.name = u"Row", .rect = {120, 200, 320, 220}});
+  form.other = desktop.Windows().Add({.className = u"Other", .title = u"Other", .rect = {600, 100, 800, 300}});
+  desktop.Windows().BringToTop(form.window);
+  desktop.Windows().SetForeground(form.other);
+  desktop.Clipboard().Set(u"pasted text");
+  desktop.User().MoveCursor(150, 130);
   if (withLog) {
     initializeLog(u"/dev/null");
   }
@@ -89,26 +89,26 @@ void RequireCode(const char* function, int code, std::initializer_list<int> docu
 }
 
 void RequireNothingHeld() {
-  for (const std::string& entry : TheDesktop().Outstanding()) {
+  for (const std::string& entry : TheDesktop().Ledger().Outstanding()) {
     Require(BelongsToLibraryInUse(entry), entry.c_str());
   }
-  for (const std::string& misuse : TheDesktop().Misuses()) {
+  for (const std::string& misuse : TheDesktop().Ledger().Misuses()) {
     Require(false, misuse.c_str());
   }
 }
 
 void CloseForm() {
-  TheDesktop().Gate().StopFailing();
+  TheDesktop().Faults().Stop();
   // The cancelled state outlives a cleanup; the next run begins without it.
   if (isCancelled() != 0) {
-    TheDesktop().PressKey(0x1B, false);
+    TheDesktop().User().PressKey(0x1B, false);
     startCancelMonitor();
   }
   // A monitor that outlived its wait ends by itself.
   delay(100);
   cleanupAutomation();
   clearElementCache();
-  for (const std::string& entry : TheDesktop().Outstanding()) {
+  for (const std::string& entry : TheDesktop().Ledger().Outstanding()) {
     Require(false, entry.c_str());
   }
 }

@@ -19,7 +19,7 @@ TargetRecord Field() {
 
 void CheckClipboardText(const Text& text) {
   RequireCode("setClipboardText", setClipboardText(text.c_str()), {0});
-  Require(TheDesktop().ClipboardText() == text, "the clipboard holds the text");
+  Require(TheDesktop().Clipboard().Text() == text, "the clipboard holds the text");
 }
 
 // The number behind a name in the header of an "HTML Format" block.
@@ -31,8 +31,8 @@ std::size_t Offset(const std::string& block, const char* name) {
 
 void CheckClipboardHtml(const Text& text, const std::string& html) {
   RequireCode("setClipboardTextAndHtml", setClipboardTextAndHtml(text.c_str(), html.c_str()), {0});
-  Require(TheDesktop().ClipboardText() == text, "the clipboard holds the text");
-  const auto bytes = TheDesktop().ClipboardBytes("HTML Format");
+  Require(TheDesktop().Clipboard().Text() == text, "the clipboard holds the text");
+  const auto bytes = TheDesktop().Clipboard().Bytes("HTML Format");
   Require(!bytes.empty() && bytes.back() == 0, "the block ends with a terminator");
   const std::string block(bytes.begin(), bytes.end() - 1);
   const std::size_t begin = Offset(block, "StartFragment:");
@@ -44,7 +44,7 @@ void CheckClipboardHtml(const Text& text, const std::string& html) {
 
 void CheckTests(const Form& form, const Text& shown, const Text& expected) {
   const TargetRecord field = Field();
-  TheDesktop().SetText(form.edit, shown);
+  TheDesktop().Controls().SetText(form.edit, shown);
   KorvaneChar* const read = getTargetText(&field, form.window);
   // An empty field answers with its name, or nothing at all.
   if (!shown.empty()) {
@@ -60,18 +60,18 @@ void CheckTests(const Form& form, const Text& shown, const Text& expected) {
 }
 
 void CheckVerifySimple(const Form& form, const Text& shown, const Text& expected) {
-  TheDesktop().SetText(form.edit, shown);
-  TheDesktop().ClickAsUser(150, 130);
+  TheDesktop().Controls().SetText(form.edit, shown);
+  TheDesktop().User().Click(150, 130);
   RequireCode("verifySimple", verifySimple(expected.c_str(), form.window), {0, -1, -3});
 }
 
 void CheckPastes(const Form& form, const Text& text, const Text& shown) {
   const TargetRecord field = Field();
-  TheDesktop().SetText(form.edit, shown);
+  TheDesktop().Controls().SetText(form.edit, shown);
   RequireCode("pasteToTargetDirect", pasteToTargetDirect(&field, form.window, text.c_str(), 0), {0});
-  Require(TheDesktop().TextOf(form.edit) == text, "the field holds what was put into it");
-  TheDesktop().SetText(form.edit, shown);
-  TheDesktop().SetClipboard(text);
+  Require(TheDesktop().Controls().TextOf(form.edit) == text, "the field holds what was put into it");
+  TheDesktop().Controls().SetText(form.edit, shown);
+  TheDesktop().Clipboard().Set(text);
   RequireCode("pasteToTargetWithVerifyEx", pasteToTargetWithVerifyEx(&field, form.window, 5), {0, -3});
 }
 
@@ -107,7 +107,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     default:
       logAction(text.c_str(), input.ConsumeIntegral<int>(), input.ConsumeIntegral<int>());
       logActionWithTimestamp(text.c_str(), 0, 1, input.ConsumeIntegral<std::int64_t>());
-      TheDesktop().SetTitle(form.window, text);
+      TheDesktop().Windows().SetTitle(form.window, text);
       WindowInfo info;
       RequireCode("getWindowInfo", getWindowInfo(form.window, &info), {0});
       Require(text.substr(0, KORVANE_WINDOW_TEXT_SIZE - 1) == info.title, "the title, cut to its field");

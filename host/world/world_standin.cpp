@@ -44,10 +44,10 @@ void SetClock() {
   const auto word = [](int number) { return static_cast<WORD>(number); };
   const auto milliseconds =
       std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
-  TheDesktop().SetLocalTime({word(calendar.tm_year + 1900), word(calendar.tm_mon + 1), word(calendar.tm_wday),
-                             word(calendar.tm_mday), word(calendar.tm_hour), word(calendar.tm_min),
-                             word(calendar.tm_sec), static_cast<WORD>(milliseconds)});
-  TheDesktop().SetUtcOffsetMinutes(static_cast<int>(calendar.tm_gmtoff / 60));
+  TheDesktop().Clock().SetLocalTime({word(calendar.tm_year + 1900), word(calendar.tm_mon + 1), word(calendar.tm_wday),
+                                     word(calendar.tm_mday), word(calendar.tm_hour), word(calendar.tm_min),
+                                     word(calendar.tm_sec), static_cast<WORD>(milliseconds)});
+  TheDesktop().Clock().SetUtcOffsetMinutes(static_cast<int>(calendar.tm_gmtoff / 60));
 }
 
 // One instruction of the script: a word and its numbers.
@@ -67,13 +67,13 @@ void Obey(const std::string& instruction) {
   } else if (word == "no-form" && complete && numbers.empty()) {
     Form().reset();
   } else if (word == "click" && complete && numbers.size() == 3) {
-    TheDesktop().After(numbers[0], [numbers] { TheDesktop().ClickAsUser(numbers[1], numbers[2]); });
+    TheDesktop().Clock().After(numbers[0], [numbers] { TheDesktop().User().Click(numbers[1], numbers[2]); });
   } else if (word == "escape" && complete && numbers.size() == 1) {
-    TheDesktop().HoldEscape(numbers[0], 120);
+    TheDesktop().User().HoldEscape(numbers[0], 120);
   } else if (word == "close" && complete && numbers.size() == 1) {
-    TheDesktop().After(numbers[0], [] { Form().reset(); });
+    TheDesktop().Clock().After(numbers[0], [] { Form().reset(); });
   } else if (word == "title" && complete && numbers.empty() && Form()) {
-    TheDesktop().SetTitle(Form()->Window(), TEXT("Order form - draft"));
+    TheDesktop().Windows().SetTitle(Form()->Window(), TEXT("Order form - draft"));
   } else {
     throw Failure(ExitCode::Usage, std::string(kScript) + ": cannot follow \"" + instruction + "\"");
   }
@@ -99,8 +99,8 @@ bool Contains(const RECT& rect, Point point) {
 
 void Start() {
   TheDesktop().Reset();
-  TheDesktop().SetTracing(false);
-  TheDesktop().Gate().SetCrossProcessCost(kCrossProcessCost);
+  TheDesktop().Calls().SetTracing(false);
+  TheDesktop().Calls().SetCrossProcessCost(kCrossProcessCost);
   SetClock();
   Form() = std::make_unique<order_form::Twin>(kUsualPlace.x, kUsualPlace.y);
   const char* script = std::getenv(kScript);
@@ -142,28 +142,28 @@ std::optional<Window> Describe(HWND window) {
 }
 
 Point Cursor() {
-  const POINT cursor = TheDesktop().Cursor();
+  const POINT cursor = TheDesktop().User().Cursor();
   return {cursor.x, cursor.y};
 }
 
 std::optional<Rect> ElementAt(Point point) {
-  auto element = TheDesktop().RootElement();
+  auto element = TheDesktop().Elements().Root();
   const auto root = element;
   for (bool deeper = true; deeper;) {
     deeper = false;
-    for (const auto child : TheDesktop().ChildrenOf(element)) {
-      if (Contains(TheDesktop().RectOf(child), point)) {
+    for (const auto child : TheDesktop().Elements().ChildrenOf(element)) {
+      if (Contains(TheDesktop().Elements().RectangleOf(child), point)) {
         element = child;
         deeper = true;
         break;
       }
     }
   }
-  return element == root ? std::nullopt : std::optional(FromRect(TheDesktop().RectOf(element)));
+  return element == root ? std::nullopt : std::optional(FromRect(TheDesktop().Elements().RectangleOf(element)));
 }
 
 double Now() {
-  return TheDesktop().Now();
+  return TheDesktop().Clock().Now();
 }
 
 std::optional<Picture> TakePicture(HWND window) {

@@ -85,7 +85,7 @@ class Drawing {
 };
 
 Rect RectOf(HWND window) {
-  const RECT rect = TheDesktop().RectOf(TheDesktop().ElementOf(window));
+  const RECT rect = TheDesktop().Elements().RectangleOf(TheDesktop().Elements().Of(window));
   return {rect.left, rect.top, rect.right, rect.bottom};
 }
 
@@ -103,7 +103,7 @@ void DrawControl(Drawing& drawing, const order_form::Twin& form, const Control& 
   }
   const HWND window = form.WindowOf(static_cast<ControlId>(control.id));
   const Rect rect = RectOf(window);
-  const std::string text = Utf8(TheDesktop().TextOf(window));
+  const std::string text = Utf8(TheDesktop().Controls().TextOf(window));
   switch (control.kind) {
     case Kind::Panel:
       drawing.Box(rect, "#f7f7f7", "#b4b4b4");
@@ -121,7 +121,7 @@ void DrawControl(Drawing& drawing, const order_form::Twin& form, const Control& 
       }
       break;
     default:
-      DrawEdit(drawing, rect, text, control.kind == Kind::ReadOnlyEdit, TheDesktop().Focus() == window);
+      DrawEdit(drawing, rect, text, control.kind == Kind::ReadOnlyEdit, TheDesktop().Windows().Focus() == window);
   }
 }
 
@@ -132,7 +132,7 @@ Picture DrawForm(const order_form::Twin& form) {
   Drawing drawing({window.left - kMargin, window.top - kMargin, window.right + kMargin, window.bottom + kMargin});
   drawing.Box(window, "#f0f0f0", "#3c4a57");
   drawing.Box({window.left, window.top, window.right, window.top + kCaption}, "#2f5f8f", "#2f5f8f");
-  const std::string title = Utf8(TheDesktop().TextOf(form.Window()));
+  const std::string title = Utf8(TheDesktop().Controls().TextOf(form.Window()));
   drawing.WriteInside({window.left + kPadding, window.top, window.right, window.top + kCaption},
                       Shortened(title, kLongestText), "fill=\"#ffffff\" font-weight=\"600\"");
   for (const Control& control : order_form::kControls) {

@@ -34,51 +34,52 @@ HWND Program::Window() const {
 }
 
 Point Program::CentreOf(ControlId control) const {
-  return CentreOfRect(TheDesktop().RectOf(TheDesktop().ElementOf(g_form->WindowOf(control))));
+  return CentreOfRect(TheDesktop().Elements().RectangleOf(TheDesktop().Elements().Of(g_form->WindowOf(control))));
 }
 
 Point Program::CentreOfRow(int row) const {
-  const auto list = TheDesktop().ElementOf(g_form->WindowOf(kShippingList));
-  return CentreOfRect(TheDesktop().RectOf(TheDesktop().ChildrenOf(list).at(static_cast<std::size_t>(row))));
+  const auto list = TheDesktop().Elements().Of(g_form->WindowOf(kShippingList));
+  return CentreOfRect(
+      TheDesktop().Elements().RectangleOf(TheDesktop().Elements().ChildrenOf(list).at(static_cast<std::size_t>(row))));
 }
 
 Text Program::TextOf(ControlId control) const {
-  return TheDesktop().TextOf(g_form->WindowOf(control));
+  return TheDesktop().Controls().TextOf(g_form->WindowOf(control));
 }
 
 void PressEscapeAfter(int milliseconds) {
-  TheDesktop().HoldEscape(milliseconds, 120);
+  TheDesktop().User().HoldEscape(milliseconds, 120);
 }
 
 void ClickAfter(int milliseconds, Point point) {
-  TheDesktop().After(milliseconds, [point] { TheDesktop().ClickAsUser(point.x, point.y); });
+  TheDesktop().Clock().After(milliseconds, [point] { TheDesktop().User().Click(point.x, point.y); });
 }
 
 void SetTextAfter(int milliseconds, ControlId control, const Text& text) {
-  TheDesktop().After(milliseconds, [control, text] {
+  TheDesktop().Clock().After(milliseconds, [control, text] {
     if (g_form) {
-      TheDesktop().SetText(g_form->WindowOf(control), text);
+      TheDesktop().Controls().SetText(g_form->WindowOf(control), text);
     }
   });
 }
 
 void HoldClipboard(int milliseconds) {
-  TheDesktop().HoldClipboard(milliseconds);
+  TheDesktop().Clipboard().Hold(milliseconds);
 }
 
 Cover::Cover(Point corner, int width, int height) {
-  g_cover = TheDesktop().AddWindow({.className = TEXT("Cover"),
-                                    .title = TEXT("Cover"),
-                                    .rect = {corner.x, corner.y, corner.x + width, corner.y + height}});
+  g_cover = TheDesktop().Windows().Add({.className = TEXT("Cover"),
+                                        .title = TEXT("Cover"),
+                                        .rect = {corner.x, corner.y, corner.x + width, corner.y + height}});
 }
 
 Cover::~Cover() {
-  TheDesktop().DestroyWindow(g_cover);
+  TheDesktop().Windows().Destroy(g_cover);
 }
 
 Clipboard ReadClipboard() {
-  const auto html = TheDesktop().ClipboardBytes("HTML Format");
-  return {TheDesktop().ClipboardText().value_or(Text()), {html.begin(), html.end()}};
+  const auto html = TheDesktop().Clipboard().Bytes("HTML Format");
+  return {TheDesktop().Clipboard().Text().value_or(Text()), {html.begin(), html.end()}};
 }
 
 Text ScratchFile(const char* name) {

@@ -39,35 +39,36 @@ Looks LooksOf(Kind kind) {
 
 // Puts what the field makes of its content in place of it.
 void Reshape(HWND edit, Text (*shape)(TextView)) {
-  TheDesktop().SetText(edit, shape(TheDesktop().TextOf(edit)));
+  TheDesktop().Controls().SetText(edit, shape(TheDesktop().Controls().TextOf(edit)));
 }
 
 }  // namespace
 
 Twin::Twin(int x, int y)
-    : window_(TheDesktop().AddWindow({.className = kWindowClass,
-                                      .title = kTitle,
-                                      .rect = {x, y, x + kWidth, y + kHeight},
-                                      .process = TheDesktop().AddProcess(TEXT("C:\\Programs\\order_form.exe"))})) {
+    : window_(TheDesktop().Windows().Add(
+          {.className = kWindowClass,
+           .title = kTitle,
+           .rect = {x, y, x + kWidth, y + kHeight},
+           .process = TheDesktop().Windows().AddProcess(TEXT("C:\\Programs\\order_form.exe"))})) {
   for (const Control& control : kControls) {
     AddControl(control, x + kFrame, y + kCaption);
   }
   const HWND list = controls_[kShippingList];
-  RECT row = TheDesktop().RectOf(TheDesktop().ElementOf(list));
+  RECT row = TheDesktop().Elements().RectangleOf(TheDesktop().Elements().Of(list));
   for (const WCHAR* text : kShippingRows) {
     row.bottom = row.top + kRowHeight;
-    TheDesktop().AddElement(list, {.name = text, .rect = row});
+    TheDesktop().Elements().Add(list, {.name = text, .rect = row});
     row.top = row.bottom;
   }
-  TheDesktop().OnEdited(controls_[kPhone], [](HWND edit) { Reshape(edit, FormatPhone); });
-  TheDesktop().OnEdited(controls_[kSecret], [](HWND edit) { Reshape(edit, Stars); });
-  TheDesktop().OnPress(controls_[kSubmit], [this] { Submit(); });
-  TheDesktop().OnPress(controls_[kClear], [this] { Clear(); });
-  TheDesktop().SetForeground(window_);
+  TheDesktop().Controls().OnEdited(controls_[kPhone], [](HWND edit) { Reshape(edit, FormatPhone); });
+  TheDesktop().Controls().OnEdited(controls_[kSecret], [](HWND edit) { Reshape(edit, Stars); });
+  TheDesktop().Controls().OnPress(controls_[kSubmit], [this] { Submit(); });
+  TheDesktop().Controls().OnPress(controls_[kClear], [this] { Clear(); });
+  TheDesktop().Windows().SetForeground(window_);
 }
 
 Twin::~Twin() {
-  TheDesktop().DestroyWindow(window_);
+  TheDesktop().Windows().Destroy(window_);
 }
 
 void Twin::AddControl(const Control& control, int x, int y) {
@@ -79,13 +80,13 @@ void Twin::AddControl(const Control& control, int x, int y) {
     }
   }
   const HWND made =
-      TheDesktop().AddWindow({.className = looks.className,
-                              .title = control.text,
-                              .rect = {corner.x, corner.y, corner.x + control.width, corner.y + control.height},
-                              .parent = control.parent == 0 ? window_ : controls_.at(control.parent),
-                              .controlId = control.id,
-                              .behaviour = looks.behaviour,
-                              .readOnly = control.kind == Kind::ReadOnlyEdit});
+      TheDesktop().Windows().Add({.className = looks.className,
+                                  .title = control.text,
+                                  .rect = {corner.x, corner.y, corner.x + control.width, corner.y + control.height},
+                                  .parent = control.parent == 0 ? window_ : controls_.at(control.parent),
+                                  .controlId = control.id,
+                                  .behaviour = looks.behaviour,
+                                  .readOnly = control.kind == Kind::ReadOnlyEdit});
   if (control.id != 0) {
     controls_[control.id] = made;
   }
@@ -93,17 +94,17 @@ void Twin::AddControl(const Control& control, int x, int y) {
 
 void Twin::Submit() {
   auto& desktop = TheDesktop();
-  desktop.SetText(controls_[kStatus],
-                  SubmittedStatus(desktop.TextOf(controls_[kName]), desktop.TextOf(controls_[kArticle])));
+  desktop.Controls().SetText(controls_[kStatus], SubmittedStatus(desktop.Controls().TextOf(controls_[kName]),
+                                                                 desktop.Controls().TextOf(controls_[kArticle])));
 }
 
 void Twin::Clear() {
   for (const Control& control : kControls) {
     if (control.kind == Kind::Edit || control.kind == Kind::MultilineEdit) {
-      TheDesktop().SetText(controls_[control.id], Text());
+      TheDesktop().Controls().SetText(controls_[control.id], Text());
     }
   }
-  TheDesktop().SetText(controls_[kStatus], ReadyStatus());
+  TheDesktop().Controls().SetText(controls_[kStatus], ReadyStatus());
 }
 
 }  // namespace order_form

@@ -40,22 +40,22 @@ FILETIME FileTime(std::int64_t units) {
   return {static_cast<DWORD>(units), static_cast<DWORD>(static_cast<std::uint64_t>(units) >> 32)};
 }
 
-std::int64_t LocalUnits(const Desktop::State& state) {
+std::int64_t LocalUnits(const State& state) {
   return state.localStart + state.Now() / 100;
 }
 
-std::int64_t OffsetUnits(const Desktop::State& state) {
+std::int64_t OffsetUnits(const State& state) {
   return duration_cast<FileTimeUnits>(minutes{state.utcOffsetMinutes}).count();
 }
 
 }  // namespace
 
-void Desktop::SetLocalTime(const SYSTEMTIME& time) {
+void Clock::SetLocalTime(const SYSTEMTIME& time) {
   const std::lock_guard guard(state_->mutex);
   state_->localStart = ToUnits(time) - state_->Now() / 100;
 }
 
-void Desktop::SetUtcOffsetMinutes(int minutes) {
+void Clock::SetUtcOffsetMinutes(int minutes) {
   const std::lock_guard guard(state_->mutex);
   state_->utcOffsetMinutes = minutes;
 }

@@ -38,8 +38,8 @@ std::uint64_t CountOf(std::string_view name) {
   return count;
 }
 
-bool IsToFail(const Desktop::State& state, const CallSite& site) {
-  const Faults& faults = state.faults;
+bool IsToFail(const State& state, const CallSite& site) {
+  const ArmedFaults& faults = state.faults;
   return faults.calls.contains(state.calls) || state.calls >= faults.from || state.FailsByName(site);
 }
 
@@ -56,7 +56,7 @@ void LeaveGate() {
 }
 
 // With the mutex held; true when the call is to fail.
-bool BeginCall(Desktop::State& state, CallSite& site, Call::Can can) {
+bool BeginCall(State& state, CallSite& site, Call::Can can) {
   constexpr std::size_t kLongestSequence = 1'000'000;
   constexpr DWORD kGeneralFailure = 31;
   ++state.calls;
@@ -83,7 +83,7 @@ bool BeginCall(Desktop::State& state, CallSite& site, Call::Can can) {
 }
 
 // With the mutex held; what is to run after the call that is over now.
-std::function<void()> TakeActionAfter(Desktop::State& state, const CallSite& site) {
+std::function<void()> TakeActionAfter(State& state, const CallSite& site) {
   auto& actions = state.callActions;
   const auto due = std::find_if(actions.begin(), actions.end(), [&](const CallAction& action) {
     return action.at <= site.count && action.name == site.name;
@@ -96,7 +96,7 @@ std::function<void()> TakeActionAfter(Desktop::State& state, const CallSite& sit
   return run;
 }
 
-void EndCall(Desktop::State& state, const CallSite& site) {
+void EndCall(State& state, const CallSite& site) {
   std::function<void()> action;
   if (!state.callActions.empty()) {
     action = TakeActionAfter(state, site);
@@ -155,7 +155,7 @@ HRESULT Call::Failure() const {
   return result == state_.failureResults.end() ? E_FAIL : result->second;
 }
 
-bool Desktop::State::FailsByName(const CallSite& site) const {
+bool State::FailsByName(const CallSite& site) const {
   if (!faults.armed) {
     return false;
   }
@@ -167,7 +167,7 @@ bool Desktop::State::FailsByName(const CallSite& site) const {
   return from != faults.namedFrom.end() && site.count >= from->second;
 }
 
-CallOut::CallOut(Desktop::State& state, To to) : whole_(state.mutex), callDepth_(t_callDepth) {
+CallOut::CallOut(State& state, To to) : whole_(state.mutex), callDepth_(t_callDepth) {
   t_callDepth = to == To::Library ? 0 : t_callDepth;
   whole_.unlock();
 }
@@ -178,7 +178,7 @@ CallOut::~CallOut() {
 }
 
 // A client method asks the tree again and again, so the mutex is free between its entry and its end.
-HRESULT Desktop::State::Enter(const char* method) {
+HRESULT State::Enter(const char* method) {
   EnterGate();
   const std::lock_guard guard(mutex);
   CallSite& site = SiteOfMethod(method);
@@ -190,24 +190,24 @@ HRESULT Desktop::State::Enter(const char* method) {
   return result == failureResults.end() ? E_FAIL : result->second;
 }
 
-void Desktop::State::Leave() {
+void State::Leave() {
   mutex.lock();
   EndCall(*this, *t_method);
 }
 
 // ---- Scripting ----
 
-std::uint64_t CallGate::Count() const {
+std::uint64_t Calls::Count() const {
   const std::lock_guard guard(TheState().mutex);
   return TheState().calls;
 }
 
-std::uint64_t CallGate::Count(std::string_view name) const {
+std::uint64_t Calls::Count(std::string_view name) const {
   const std::lock_guard guard(TheState().mutex);
   return CountOf(name);
 }
 
-std::vector<std::string> CallGate::Sequence() const {
+std::vector<std::string> Calls::Sequence() const {
   const std::lock_guard guard(TheState().mutex);
   std::vector<std::string> names;
   for (const CallSite* site : TheState().sequence) {
@@ -216,83 +216,79 @@ std::vector<std::string> CallGate::Sequence() const {
   return names;
 }
 
-void CallGate::FailNth(std::uint64_t n) {
+void Faults::FailNth(std::uint64_t n) {
   const std::lock_guard guard(TheState().mutex);
   TheState().faults = {};
   TheState().faults.armed = true;
   TheState().faults.calls = {TheState().calls + n};
 }
 
-void CallGate::FailFromNth(std::uint64_t n) {
+void Faults::FailFromNth(std::uint64_t n) {
   const std::lock_guard guard(TheState().mutex);
   TheState().faults = {};
   TheState().faults.armed = true;
   TheState().faults.from = TheState().calls + n;
 }
 
-void CallGate::FailPair(std::uint64_t first, std::uint64_t second) {
+void Faults::FailPair(std::uint64_t first, std::uint64_t second) {
   const std::lock_guard guard(TheState().mutex);
   FailNth(first);
   TheState().faults.calls.insert(TheState().calls + second);
 }
 
-void CallGate::FailNth(std::string_view name, std::uint64_t n) {
+void Faults::FailNth(std::string_view name, std::uint64_t n) {
   const std::lock_guard guard(TheState().mutex);
-  Faults& faults = TheState().faults;
+  ArmedFaults& faults = TheState().faults;
   faults.armed = true;
   faults.injected = 0;
   faults.named[std::string(name)].insert(CountOf(name) + n);
 }
 
-void CallGate::FailFromNth(std::string_view name, std::uint64_t n) {
+void Faults::FailFromNth(std::string_view name, std::uint64_t n) {
   const std::lock_guard guard(TheState().mutex);
-  Faults& faults = TheState().faults;
+  ArmedFaults& faults = TheState().faults;
   faults.armed = true;
   faults.injected = 0;
   faults.namedFrom[std::string(name)] = CountOf(name) + n;
 }
 
-void CallGate::FailWith(std::string_view name, HRESULT result) {
+void Faults::FailWith(std::string_view name, HRESULT result) {
   const std::lock_guard guard(TheState().mutex);
   TheState().failureResults[std::string(name)] = result;
 }
 
-void CallGate::StopFailing() {
+void Faults::Stop() {
   const std::lock_guard guard(TheState().mutex);
   const std::uint64_t injected = TheState().faults.injected;
   TheState().faults = {};
   TheState().faults.injected = injected;
 }
 
-std::uint64_t CallGate::Injected() const {
+std::uint64_t Faults::Injected() const {
   const std::lock_guard guard(TheState().mutex);
   return TheState().faults.injected;
 }
 
-void CallGate::SetCrossProcessCost(double milliseconds) {
+void Calls::SetCrossProcessCost(double milliseconds) {
   const std::lock_guard guard(TheState().mutex);
   TheState().crossProcessCost = FromMilliseconds(milliseconds);
 }
 
-std::uint64_t CallGate::CrossProcessCalls() const {
+std::uint64_t Calls::CrossProcessCount() const {
   const std::lock_guard guard(TheState().mutex);
   return TheState().crossProcessCalls;
 }
 
-void CallGate::MeasureTime(bool on) {
+void Calls::MeasureTime(bool on) {
   t_inside = on ? MachineClock::duration(0) : t_inside;
   t_measuresTime = on;
 }
 
-double CallGate::SecondsInside() const {
+double Calls::SecondsInside() const {
   return std::chrono::duration<double>(t_inside).count();
 }
 
-CallGate& Desktop::Gate() {
-  return gate_;
-}
-
-void Desktop::AfterCall(std::string_view name, std::uint64_t nth, std::function<void()> action) {
+void Calls::After(std::string_view name, std::uint64_t nth, std::function<void()> action) {
   const std::lock_guard guard(state_->mutex);
   state_->callActions.push_back({std::string(name), CountOf(name) + nth, std::move(action)});
 }

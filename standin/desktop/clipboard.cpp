@@ -10,14 +10,14 @@ namespace {
 
 constexpr UINT kFirstRegisteredFormat = 0xC000;
 
-void Empty(Desktop::State& state) {
+void Empty(State& state) {
   for (const ClipboardEntry& entry : state.clipboard) {
     state.globals.erase(entry.block);
   }
   state.clipboard.clear();
 }
 
-const GlobalMemory* FindBlock(const Desktop::State& state, UINT format) {
+const GlobalMemory* FindBlock(const State& state, UINT format) {
   for (const ClipboardEntry& entry : state.clipboard) {
     if (entry.format == format) {
       return &state.globals.at(entry.block);
@@ -27,7 +27,7 @@ const GlobalMemory* FindBlock(const Desktop::State& state, UINT format) {
 }
 
 // Of a format that was registered here, else "CF_UNICODETEXT" or nothing.
-std::string NameOf(const Desktop::State& state, UINT format) {
+std::string NameOf(const State& state, UINT format) {
   for (const auto& [name, registered] : state.formats) {
     if (registered == format) {
       return {name.begin(), name.end()};
@@ -37,7 +37,7 @@ std::string NameOf(const Desktop::State& state, UINT format) {
 }
 
 // Nobody may use the blocks once the clipboard is closed. They move, so that a sanitizer sees who does.
-void MoveBlocks(Desktop::State& state) {
+void MoveBlocks(State& state) {
   for (const ClipboardEntry& entry : state.clipboard) {
     GlobalMemory& memory = state.globals.at(entry.block);
     if (std::exchange(memory.locks, 0) > 0) {
@@ -51,11 +51,11 @@ void MoveBlocks(Desktop::State& state) {
 
 }  // namespace
 
-bool Desktop::State::ClipboardIsFree() const {
+bool State::ClipboardIsFree() const {
   return clipboardThread == 0 && Now() >= clipboardHeldUntil;
 }
 
-void Desktop::State::PutOnClipboard(TextView text) {
+void State::PutOnClipboard(TextView text) {
   Empty(*this);
   const HGLOBAL block = Allocate((text.size() + 1) * sizeof(WCHAR));
   GlobalMemory& memory = globals.at(block);
@@ -64,7 +64,7 @@ void Desktop::State::PutOnClipboard(TextView text) {
   clipboard.push_back({CF_UNICODETEXT, block});
 }
 
-std::optional<Text> Desktop::State::TextOnClipboard() const {
+std::optional<Text> State::TextOnClipboard() const {
   const GlobalMemory* const memory = FindBlock(*this, CF_UNICODETEXT);
   if (memory == nullptr) {
     return std::nullopt;
@@ -75,32 +75,32 @@ std::optional<Text> Desktop::State::TextOnClipboard() const {
 
 // ---- Scripting ----
 
-void Desktop::HoldClipboard(double milliseconds) {
+void Clipboard::Hold(double milliseconds) {
   const std::lock_guard guard(state_->mutex);
   state_->clipboardHeldUntil = milliseconds < 0 ? kNever : state_->Now() + FromMilliseconds(milliseconds);
 }
 
-void Desktop::ReleaseClipboard() {
+void Clipboard::Release() {
   const std::lock_guard guard(state_->mutex);
   state_->clipboardHeldUntil = 0;
 }
 
-void Desktop::SetClipboard(TextView text) {
+void Clipboard::Set(TextView text) {
   const std::lock_guard guard(state_->mutex);
   state_->PutOnClipboard(text);
 }
 
-void Desktop::ClearClipboard() {
+void Clipboard::Clear() {
   const std::lock_guard guard(state_->mutex);
   Empty(*state_);
 }
 
-std::optional<Text> Desktop::ClipboardText() const {
+std::optional<Text> Clipboard::Text() const {
   const std::lock_guard guard(state_->mutex);
   return state_->TextOnClipboard();
 }
 
-std::vector<std::uint8_t> Desktop::ClipboardBytes(std::string_view formatName) const {
+std::vector<std::uint8_t> Clipboard::Bytes(std::string_view formatName) const {
   const std::lock_guard guard(state_->mutex);
   for (const ClipboardEntry& entry : state_->clipboard) {
     if (NameOf(*state_, entry.format) == formatName) {
@@ -111,7 +111,7 @@ std::vector<std::uint8_t> Desktop::ClipboardBytes(std::string_view formatName) c
   return {};
 }
 
-std::vector<std::string> Desktop::ClipboardFormats() const {
+std::vector<std::string> Clipboard::Formats() const {
   const std::lock_guard guard(state_->mutex);
   std::vector<std::string> names;
   for (const ClipboardEntry& entry : state_->clipboard) {
@@ -128,7 +128,7 @@ using namespace standin;
 
 namespace {
 
-bool HoldsClipboard(Desktop::State& state) {
+bool HoldsClipboard(State& state) {
   return state.clipboardThread == state.Self().id;
 }
 

@@ -21,7 +21,7 @@ bool IsGone(const Thread& thread) {
   return !thread.takesTurns || thread.terminated || (thread.ended && thread.waiting == nullptr);
 }
 
-[[noreturn]] void AbortBecauseNothingMoves(const Desktop::State& state) {
+[[noreturn]] void AbortBecauseNothingMoves(const State& state) {
   std::fprintf(stderr, "stand-in desktop: every thread waits and nothing is scheduled\n");
   for (const auto& thread : state.threads) {
     if (!IsGone(*thread)) {
@@ -50,7 +50,7 @@ bool CanRun(const Thread& thread, Nanoseconds now) {
 }
 
 // The next thread that can run, beginning behind the given one, which comes last.
-Thread* NextToRun(const Desktop::State& state, const Thread& behind) {
+Thread* NextToRun(const State& state, const Thread& behind) {
   const auto& threads = state.threads;
   const auto at =
       std::find_if(threads.begin(), threads.end(), [&](const auto& thread) { return thread.get() == &behind; });
@@ -64,7 +64,7 @@ Thread* NextToRun(const Desktop::State& state, const Thread& behind) {
   return nullptr;
 }
 
-Nanoseconds NextDue(const Desktop::State& state) {
+Nanoseconds NextDue(const State& state) {
   Nanoseconds due = kNever;
   for (const auto& thread : state.threads) {
     if (!IsGone(*thread) && thread->waiting != nullptr) {
@@ -78,14 +78,14 @@ Nanoseconds NextDue(const Desktop::State& state) {
 }
 
 // Both are false when the kind of time was changed meanwhile.
-bool WaitForTurn(Desktop::State& state, const Thread& self) {
+bool WaitForTurn(State& state, const Thread& self) {
   AbortIfForeign(self);
   ModelMutex::Whole whole(state.mutex);
   state.changed.wait(whole, [&] { return state.running == &self || self.terminated || !state.virtualTime; });
   return state.virtualTime || self.terminated;
 }
 
-bool WaitInRealTime(Desktop::State& state, const Thread& self) {
+bool WaitInRealTime(State& state, const Thread& self) {
   // A bound, so that what nobody announces is seen as well.
   constexpr Nanoseconds kLongestNap = 20'000'000;
   const Waiting& waiting = *self.waiting;
@@ -109,11 +109,11 @@ bool WaitInRealTime(Desktop::State& state, const Thread& self) {
 
 }  // namespace
 
-Nanoseconds Desktop::State::Now() const {
+Nanoseconds State::Now() const {
   return virtualTime ? clock : MachineTime() - realStart;
 }
 
-bool Desktop::State::Wait(Nanoseconds deadline, const std::function<bool()>& ready, const char* what) {
+bool State::Wait(Nanoseconds deadline, const std::function<bool()>& ready, const char* what) {
   Thread& self = Self();
   const Waiting waiting{deadline, ready, what};
   // A thread that runs a scheduled action waits already.
@@ -132,7 +132,7 @@ bool Desktop::State::Wait(Nanoseconds deadline, const std::function<bool()>& rea
 }
 
 // Lets the clock jump until a thread can run, and gives it the turn.
-void Desktop::State::PassTurn(const Thread& from) {
+void State::PassTurn(const Thread& from) {
   for (;;) {
     RunDueActions();
     if (Thread* const next = NextToRun(*this, from)) {
@@ -149,7 +149,7 @@ void Desktop::State::PassTurn(const Thread& from) {
 }
 
 // Time that passes inside a call: everything due happens, but no other thread has its turn.
-void Desktop::State::MoveClock(Nanoseconds duration) {
+void State::MoveClock(Nanoseconds duration) {
   if (virtualTime) {
     clock += duration;
     RunDueActions();
@@ -161,12 +161,12 @@ void Desktop::State::MoveClock(Nanoseconds duration) {
   }
 }
 
-void Desktop::State::Schedule(Nanoseconds at, std::function<void()> run) {
+void State::Schedule(Nanoseconds at, std::function<void()> run) {
   scheduled.push_back({at, scheduledCount++, std::move(run)});
   changed.notify_all();
 }
 
-void Desktop::State::RunDueActions() {
+void State::RunDueActions() {
   // In real time another thread must not begin the next one beside it.
   if (runningActions && !virtualTime) {
     return;
@@ -191,7 +191,7 @@ void Desktop::State::RunDueActions() {
 
 // ---- Scripting ----
 
-void Desktop::UseVirtualTime() {
+void Clock::UseVirtualTime() {
   const std::lock_guard guard(state_->mutex);
   state_->clock = state_->Now();
   state_->virtualTime = true;
@@ -201,29 +201,29 @@ void Desktop::UseVirtualTime() {
   state_->changed.notify_all();
 }
 
-void Desktop::UseRealTime() {
+void Clock::UseRealTime() {
   const std::lock_guard guard(state_->mutex);
   state_->realStart = MachineTime() - state_->Now();
   state_->virtualTime = false;
   state_->changed.notify_all();
 }
 
-double Desktop::Now() const {
+double Clock::Now() const {
   const std::lock_guard guard(state_->mutex);
   return static_cast<double>(state_->Now()) / 1e6;
 }
 
-void Desktop::Advance(double milliseconds) {
+void Clock::Advance(double milliseconds) {
   const std::lock_guard guard(state_->mutex);
   state_->Wait(state_->Now() + FromMilliseconds(milliseconds), nullptr, "Advance");
 }
 
-void Desktop::After(double milliseconds, std::function<void()> action) {
+void Clock::After(double milliseconds, std::function<void()> action) {
   const std::lock_guard guard(state_->mutex);
   state_->Schedule(state_->Now() + FromMilliseconds(milliseconds), std::move(action));
 }
 
-void Desktop::SetTickCount(DWORD ticks) {
+void Clock::SetTickCount(DWORD ticks) {
   const std::lock_guard guard(state_->mutex);
   state_->tickOffset = std::int64_t{ticks} - state_->Now() / 1'000'000;
 }

@@ -8,7 +8,7 @@
 
 namespace standin {
 
-void Desktop::State::Reset() {
+void State::Reset() {
   if (!JoinThreads()) {
     std::fprintf(stderr, "stand-in desktop: reset while a thread made by CreateThread runs on\n");
     std::abort();
@@ -55,7 +55,51 @@ Desktop::~Desktop() {
 void Desktop::Reset() {
   const std::lock_guard guard(state_->mutex);
   state_->Reset();
-  SetLocalTime({2026, 11, 3, 18, 9, 5, 7, 45});
+  Clock().SetLocalTime({2026, 11, 3, 18, 9, 5, 7, 45});
+}
+
+standin::Clock Desktop::Clock() const {
+  return standin::Clock(*state_);
+}
+
+standin::Windows Desktop::Windows() const {
+  return standin::Windows(*state_);
+}
+
+standin::Controls Desktop::Controls() const {
+  return standin::Controls(*state_);
+}
+
+standin::Elements Desktop::Elements() const {
+  return standin::Elements(*state_);
+}
+
+standin::User Desktop::User() const {
+  return standin::User(*state_);
+}
+
+standin::Input Desktop::Input() const {
+  return standin::Input(*state_);
+}
+
+standin::Clipboard Desktop::Clipboard() const {
+  return standin::Clipboard(*state_);
+}
+
+standin::Host Desktop::Host() const {
+  return standin::Host(*state_);
+}
+
+standin::Calls Desktop::Calls() const {
+  return standin::Calls(*state_);
+}
+
+standin::Faults Desktop::Faults() const {
+  return standin::Faults(*state_);
+}
+
+standin::Ledger Desktop::Ledger() const {
+  return standin::Ledger(*state_);
 }
 
 Desktop& TheDesktop() {

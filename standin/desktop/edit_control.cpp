@@ -18,13 +18,13 @@ void SelectAll(Node& edit) {
   edit.selectionEnd = edit.window.title.size();
 }
 
-void CopySelection(Desktop::State& state, const Node& edit) {
+void CopySelection(State& state, const Node& edit) {
   if (edit.selectionEnd > edit.selectionBegin && state.ClipboardIsFree()) {
     state.PutOnClipboard(edit.window.title.substr(edit.selectionBegin, edit.selectionEnd - edit.selectionBegin));
   }
 }
 
-void Paste(Desktop::State& state, Node& edit) {
+void Paste(State& state, Node& edit) {
   std::optional<Text> pasted = state.ClipboardIsFree() ? state.TextOnClipboard() : std::nullopt;
   if (!pasted || edit.window.readOnly) {
     return;
@@ -45,7 +45,7 @@ void Paste(Desktop::State& state, Node& edit) {
 }
 
 // Deletes the selection, or without one the unit before or behind the caret.
-void Erase(Desktop::State& state, Node& edit, bool before) {
+void Erase(State& state, Node& edit, bool before) {
   if (edit.selectionBegin == edit.selectionEnd) {
     if (before ? edit.selectionBegin == 0 : edit.selectionEnd == edit.window.title.size()) {
       return;
@@ -58,7 +58,7 @@ void Erase(Desktop::State& state, Node& edit, bool before) {
 
 }  // namespace
 
-void Desktop::State::Edited(Node& edit) {
+void State::Edited(Node& edit) {
   if (const auto action = edit.onEdited) {
     const HWND window = WindowFor(edit.id);
     const CallOut out(*this, CallOut::To::Script);
@@ -67,14 +67,14 @@ void Desktop::State::Edited(Node& edit) {
 }
 
 // Nothing of the field is to be touched after this: its script may have destroyed it.
-void Desktop::State::ReplaceSelection(Node& edit, TextView text) {
+void State::ReplaceSelection(Node& edit, TextView text) {
   edit.window.title.replace(edit.selectionBegin, edit.selectionEnd - edit.selectionBegin, text);
   edit.selectionBegin = edit.selectionEnd = edit.selectionBegin + text.size();
   Edited(edit);
 }
 
 // What a pressed key does to the field that has the focus.
-void Desktop::State::TypeInto(Node& edit, WORD virtualKey) {
+void State::TypeInto(Node& edit, WORD virtualKey) {
   const unsigned modifiers = Modifiers();
   if (modifiers == kControl) {
     if (virtualKey == 'A') {
@@ -101,35 +101,6 @@ void Desktop::State::TypeInto(Node& edit, WORD virtualKey) {
   if (const WCHAR typed = CharacterOf(virtualKey, modifiers); typed >= u' ') {
     ReplaceSelection(edit, {&typed, 1});
   }
-}
-
-// ---- Scripting ----
-
-void Desktop::SetSelection(HWND edit, std::size_t begin, std::size_t end) {
-  const std::lock_guard guard(state_->mutex);
-  if (Node* node = state_->FindWindow(edit)) {
-    node->selectionEnd = std::min(end, node->window.title.size());
-    node->selectionBegin = std::min(begin, node->selectionEnd);
-  }
-}
-
-void Desktop::OnEdited(HWND edit, std::function<void(HWND)> action) {
-  const std::lock_guard guard(state_->mutex);
-  if (Node* node = state_->FindWindow(edit)) {
-    node->onEdited = std::move(action);
-  }
-}
-
-void Desktop::RefuseText(HWND edit) {
-  const std::lock_guard guard(state_->mutex);
-  if (Node* node = state_->FindWindow(edit)) {
-    node->refusesText = true;
-  }
-}
-
-void Desktop::DelayPaste(double milliseconds) {
-  const std::lock_guard guard(state_->mutex);
-  state_->pasteDelay = FromMilliseconds(milliseconds);
 }
 
 }  // namespace standin

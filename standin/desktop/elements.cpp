@@ -94,7 +94,7 @@ Text ClassNameOf(const Node& node) {
 }
 
 // The part of the element that is not cut off by what it lies in; empty when it is not shown.
-RECT VisiblePart(Desktop::State& state, const Node& element) {
+RECT VisiblePart(State& state, const Node& element) {
   RECT visible = element.rect;
   for (const Node* node = &element; node != nullptr && node->id != kRootElement; node = state.Find(node->parent)) {
     if (!node->visible || node->minimized) {
@@ -112,43 +112,43 @@ LONG Middle(LONG low, LONG high) {
 
 }  // namespace
 
-uia::Node Desktop::State::Root() {
+uia::Node State::Root() {
   return kRootElement;
 }
 
-bool Desktop::State::Exists(uia::Node node) {
+bool State::Exists(uia::Node node) {
   const std::lock_guard guard(mutex);
   return Find(node) != nullptr;
 }
 
-uia::Node Desktop::State::Parent(uia::Node node) {
+uia::Node State::Parent(uia::Node node) {
   const std::lock_guard guard(mutex);
   const Node* found = Find(node);
   return found == nullptr ? 0 : found->parent;
 }
 
-std::vector<uia::Node> Desktop::State::Children(uia::Node node) {
+std::vector<uia::Node> State::Children(uia::Node node) {
   const std::lock_guard guard(mutex);
   const Node* found = Find(node);
   return found == nullptr ? std::vector<uia::Node>() : found->children;
 }
 
-uia::Node Desktop::State::At(POINT point) {
+uia::Node State::At(POINT point) {
   const std::lock_guard guard(mutex);
   return HitTest(kRootElement, point, false);
 }
 
-uia::Node Desktop::State::OfWindow(HWND window) {
+uia::Node State::OfWindow(HWND window) {
   const std::lock_guard guard(mutex);
   return FindWindow(window) != nullptr ? ElementFor(window) : 0;
 }
 
-HWND Desktop::State::WindowOf(uia::Node node) {
+HWND State::WindowOf(uia::Node node) {
   const std::lock_guard guard(mutex);
   return FindWindow(WindowFor(node)) != nullptr ? WindowFor(node) : nullptr;
 }
 
-uia::PropertyValue Desktop::State::Property(uia::Node element, PROPERTYID property) {
+uia::PropertyValue State::Property(uia::Node element, PROPERTYID property) {
   const std::lock_guard guard(mutex);
   const Node* node = Find(element);
   if (node == nullptr) {
@@ -178,7 +178,7 @@ uia::PropertyValue Desktop::State::Property(uia::Node element, PROPERTYID proper
   }
 }
 
-HRESULT Desktop::State::Rectangle(uia::Node element, RECT* rect) {
+HRESULT State::Rectangle(uia::Node element, RECT* rect) {
   const std::lock_guard guard(mutex);
   const Node* node = Find(element);
   if (node == nullptr || node->elementRectFails) {
@@ -188,7 +188,7 @@ HRESULT Desktop::State::Rectangle(uia::Node element, RECT* rect) {
   return S_OK;
 }
 
-HRESULT Desktop::State::ClickablePoint(uia::Node element, POINT* point, BOOL* gotClickable) {
+HRESULT State::ClickablePoint(uia::Node element, POINT* point, BOOL* gotClickable) {
   const std::lock_guard guard(mutex);
   const Node* node = Find(element);
   if (node == nullptr) {
@@ -212,7 +212,7 @@ HRESULT Desktop::State::ClickablePoint(uia::Node element, POINT* point, BOOL* go
 
 // ---- Scripting ----
 
-Element Desktop::AddElement(Element parent, const ElementSpec& element) {
+Element Elements::Add(Element parent, const ElementSpec& element) {
   const std::lock_guard guard(state_->mutex);
   Node* const above = state_->Find(parent);
   if (above == nullptr) {
@@ -228,30 +228,30 @@ Element Desktop::AddElement(Element parent, const ElementSpec& element) {
   return (state_->nodes[node.id] = std::move(node)).id;
 }
 
-Element Desktop::AddElement(HWND parent, const ElementSpec& element) {
-  return AddElement(ElementFor(parent), element);
+Element Elements::Add(HWND parent, const ElementSpec& element) {
+  return Add(ElementFor(parent), element);
 }
 
-void Desktop::DestroyElement(Element element) {
+void Elements::Destroy(Element element) {
   const std::lock_guard guard(state_->mutex);
   state_->Remove(element);
 }
 
-Element Desktop::ElementOf(HWND window) const {
+Element Elements::Of(HWND window) const {
   return ElementFor(window);
 }
 
-Element Desktop::RootElement() const {
+Element Elements::Root() const {
   return kRootElement;
 }
 
-RECT Desktop::RectOf(Element element) const {
+RECT Elements::RectangleOf(Element element) const {
   const std::lock_guard guard(state_->mutex);
   const Node* node = state_->Find(element);
   return node == nullptr ? RECT{} : node->rect;
 }
 
-std::vector<Element> Desktop::ChildrenOf(Element element) const {
+std::vector<Element> Elements::ChildrenOf(Element element) const {
   return state_->Children(element);
 }
 
@@ -259,48 +259,48 @@ namespace {
 
 // Runs `change` on an element that exists.
 template <class Change>
-void Alter(Desktop::State& state, Element element, Change change) {
+void Alter(State& state, Element element, Change change) {
   const std::lock_guard guard(state.mutex);
   if (Node* node = state.Find(element)) {
     change(*node);
   }
 }
 
-void Override(Desktop::State& state, Element element, PROPERTYID property, PropertyOverride answer) {
+void Override(State& state, Element element, PROPERTYID property, PropertyOverride answer) {
   Alter(state, element, [&](Node& node) { node.overrides.insert_or_assign(property, std::move(answer)); });
 }
 
 }  // namespace
 
-void Desktop::SetProperty(Element element, PROPERTYID property, TextView text) {
+void Elements::SetProperty(Element element, PROPERTYID property, TextView text) {
   Override(*state_, element, property, {PropertyOverride::Kind::String, Text(text)});
 }
 
-void Desktop::SetNullString(Element element, PROPERTYID property) {
+void Elements::SetNullString(Element element, PROPERTYID property) {
   Override(*state_, element, property, {PropertyOverride::Kind::NullString});
 }
 
-void Desktop::SetUnsupported(Element element, PROPERTYID property) {
+void Elements::SetUnsupported(Element element, PROPERTYID property) {
   Override(*state_, element, property, {PropertyOverride::Kind::Unsupported});
 }
 
-void Desktop::FailProperty(Element element, PROPERTYID property, HRESULT result) {
+void Elements::FailProperty(Element element, PROPERTYID property, HRESULT result) {
   Override(*state_, element, property, {PropertyOverride::Kind::Failure, {}, result});
 }
 
-void Desktop::SetClickablePoint(Element element, std::optional<POINT> point) {
+void Elements::SetClickablePoint(Element element, std::optional<POINT> point) {
   Alter(*state_, element, [point](Node& node) { node.clickablePoint = point; });
 }
 
-void Desktop::FailRectangle(Element element) {
+void Elements::FailRectangle(Element element) {
   Alter(*state_, element, [](Node& node) { node.elementRectFails = true; });
 }
 
-void Desktop::HideFromArrays(Element element) {
+void Elements::HideFromArrays(Element element) {
   Alter(*state_, element, [](Node& node) { node.hiddenFromArrays = true; });
 }
 
-void Desktop::HideFromCache(Element element) {
+void Elements::HideFromCache(Element element) {
   Alter(*state_, element, [](Node& node) { node.hiddenFromCache = true; });
 }
 

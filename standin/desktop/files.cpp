@@ -65,20 +65,20 @@ const char* KindOf(const KernelObject& object) {
 
 }  // namespace
 
-HANDLE Desktop::State::MakeHandle(KernelObject object) {
+HANDLE State::MakeHandle(KernelObject object) {
   const auto handle = reinterpret_cast<HANDLE>(nextHandle += 4);
   Give(handle, KindOf(object));
   handles[handle] = std::move(object);
   return handle;
 }
 
-void Desktop::State::Close(const KernelObject& object) {
+void State::Close(const KernelObject& object) {
   if (object.kind == KernelObject::Kind::File) {
     close(object.file);
   }
 }
 
-void Desktop::SetLocalAppData(std::optional<std::string> folder) {
+void Host::SetLocalAppData(std::optional<std::string> folder) {
   const std::lock_guard guard(state_->mutex);
   state_->localAppData = std::move(folder);
 }

@@ -3,7 +3,7 @@
 
 namespace standin {
 
-void Desktop::State::Activate(HWND window) {
+void State::Activate(HWND window) {
   const HWND top = TopLevelOf(window);
   if (top == nullptr) {
     return;
@@ -23,7 +23,7 @@ void Desktop::State::Activate(HWND window) {
 }
 
 // Keys go to the window as soon as its top-level window is in front.
-void Desktop::State::GiveFocus(HWND window) {
+void State::GiveFocus(HWND window) {
   const HWND top = TopLevelOf(window);
   FindWindow(top)->lastFocus = window;
   if (foreground == top) {
@@ -31,27 +31,27 @@ void Desktop::State::GiveFocus(HWND window) {
   }
 }
 
-HWND Desktop::Focus() const {
+HWND Windows::Focus() const {
   const std::lock_guard guard(state_->mutex);
   return state_->focus;
 }
 
-HWND Desktop::Foreground() const {
+HWND Windows::Foreground() const {
   const std::lock_guard guard(state_->mutex);
   return state_->foreground;
 }
 
-void Desktop::SetForeground(HWND window) {
+void Windows::SetForeground(HWND window) {
   const std::lock_guard guard(state_->mutex);
   state_->Activate(window);
 }
 
-void Desktop::RefuseForeground(int times) {
+void Windows::RefuseForeground(int times) {
   const std::lock_guard guard(state_->mutex);
   state_->foregroundRefusals = times;
 }
 
-void Desktop::RefuseThreadAttach(bool refuse) {
+void Windows::RefuseThreadAttach(bool refuse) {
   const std::lock_guard guard(state_->mutex);
   state_->attachRefused = refuse;
 }
@@ -66,7 +66,7 @@ namespace {
 
 // Whether the calling thread shares the window's input queue: focus and activation work there only. The desktop's own
 // window takes part in neither.
-bool SharesQueue(Desktop::State& state, HWND window) {
+bool SharesQueue(State& state, HWND window) {
   const Node* node = state.FindWindow(window);
   const Thread& self = state.Self();
   return node != nullptr && node->id != kRootElement &&

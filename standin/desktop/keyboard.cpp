@@ -37,7 +37,7 @@ SHORT Combination(unsigned virtualKey, unsigned modifiers) {
 }
 
 // What VkKeyScanW answers.
-SHORT KeyFor(const Desktop::State& state, WCHAR character) {
+SHORT KeyFor(const State& state, WCHAR character) {
   if (const auto scripted = state.keyOverrides.find(character); scripted != state.keyOverrides.end()) {
     return scripted->second;
   }
@@ -77,7 +77,7 @@ WCHAR CharacterOfLayout(WORD virtualKey, unsigned modifiers) {
   return key == std::end(kKeys) ? WCHAR{0} : modifiers == kShift ? key->shifted : key->plain;
 }
 
-void ReceiveKey(Desktop::State& state, HWND window, UINT message, WPARAM key) {
+void ReceiveKey(State& state, HWND window, UINT message, WPARAM key) {
   if (!state.tracing) {
     return;
   }
@@ -92,11 +92,11 @@ void ReceiveKey(Desktop::State& state, HWND window, UINT message, WPARAM key) {
 
 }  // namespace
 
-unsigned Desktop::State::Modifiers() const {
+unsigned State::Modifiers() const {
   return (keyDown[VK_SHIFT] ? kShift : 0) | (keyDown[VK_CONTROL] ? kControl : 0) | (keyDown[VK_MENU] ? kAlt : 0);
 }
 
-WCHAR Desktop::State::CharacterOf(WORD virtualKey, unsigned modifiers) const {
+WCHAR State::CharacterOf(WORD virtualKey, unsigned modifiers) const {
   for (const auto& [character, key] : keyOverrides) {
     if (key == Combination(virtualKey, modifiers)) {
       return character;
@@ -105,7 +105,7 @@ WCHAR Desktop::State::CharacterOf(WORD virtualKey, unsigned modifiers) const {
   return CharacterOfLayout(virtualKey, modifiers);
 }
 
-void Desktop::State::Key(WORD virtualKey, bool down, bool synthesized) {
+void State::Key(WORD virtualKey, bool down, bool synthesized) {
   keyDown[virtualKey & 0xFF] = down;
   if (synthesized) {
     synthesizedDown[virtualKey & 0xFF] = down;
@@ -134,37 +134,38 @@ void Desktop::State::Key(WORD virtualKey, bool down, bool synthesized) {
 
 // ---- Scripting ----
 
-bool Desktop::IsDown(int virtualKey) const {
+bool Input::IsDown(int virtualKey) const {
   const std::lock_guard guard(state_->mutex);
   return state_->keyDown[virtualKey & 0xFF];
 }
 
-void Desktop::PressKey(int virtualKey, bool down) {
+void User::PressKey(int virtualKey, bool down) {
   const std::lock_guard guard(state_->mutex);
   state_->Key(static_cast<WORD>(virtualKey), down, false);
 }
 
-void Desktop::HoldEscape(double after, double milliseconds) {
-  After(after, [this] { PressKey(VK_ESCAPE, true); });
-  After(after + milliseconds, [this] { PressKey(VK_ESCAPE, false); });
+void User::HoldEscape(double after, double milliseconds) {
+  Clock clock(*state_);
+  clock.After(after, [user = *this]() mutable { user.PressKey(VK_ESCAPE, true); });
+  clock.After(after + milliseconds, [user = *this]() mutable { user.PressKey(VK_ESCAPE, false); });
 }
 
-void Desktop::BlockInput(std::uint32_t insertedPerCall) {
+void Input::Block(std::uint32_t insertedPerCall) {
   const std::lock_guard guard(state_->mutex);
   state_->insertedPerCall = insertedPerCall;
 }
 
-void Desktop::AcceptInput() {
+void Input::Accept() {
   const std::lock_guard guard(state_->mutex);
   state_->insertedPerCall.reset();
 }
 
-std::vector<std::vector<INPUT>> Desktop::InputBatches() const {
+std::vector<std::vector<INPUT>> Input::Batches() const {
   const std::lock_guard guard(state_->mutex);
   return state_->batches;
 }
 
-std::vector<INPUT> Desktop::SentInput() const {
+std::vector<INPUT> Input::Sent() const {
   const std::lock_guard guard(state_->mutex);
   std::vector<INPUT> all;
   for (const auto& batch : state_->batches) {
@@ -173,12 +174,12 @@ std::vector<INPUT> Desktop::SentInput() const {
   return all;
 }
 
-std::vector<KeyMessage> Desktop::KeyMessages() const {
+std::vector<KeyMessage> Input::KeyMessages() const {
   const std::lock_guard guard(state_->mutex);
   return state_->keyMessages;
 }
 
-void Desktop::SetKey(WCHAR character, SHORT key) {
+void Input::SetKey(WCHAR character, SHORT key) {
   const std::lock_guard guard(state_->mutex);
   state_->keyOverrides[character] = key;
 }

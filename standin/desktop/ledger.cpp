@@ -61,11 +61,11 @@ void ListWindowsAndInput(const Model& model, Lines& lines) {
 
 }  // namespace
 
-void Desktop::State::Give(const void* thing, const char* kind) {
+void State::Give(const void* thing, const char* kind) {
   given[thing] = kind;
 }
 
-bool Desktop::State::Take(const void* thing, std::string_view kind) {
+bool State::Take(const void* thing, std::string_view kind) {
   const auto entry = given.find(thing);
   if (entry == given.end() || entry->second != kind) {
     Misuse("given back though not handed out: " + std::string(kind));
@@ -75,23 +75,23 @@ bool Desktop::State::Take(const void* thing, std::string_view kind) {
   return true;
 }
 
-void Desktop::State::Misuse(std::string what) {
+void State::Misuse(std::string what) {
   misuses.push_back(std::move(what));
 }
 
-void Desktop::State::Made(const void* object, const char* interfaceName) {
+void State::Made(const void* object, const char* interfaceName) {
   const std::lock_guard guard(mutex);
   Give(object, interfaceName);
 }
 
-void Desktop::State::Destroyed(const void* object) {
+void State::Destroyed(const void* object) {
   const std::lock_guard guard(mutex);
   given.erase(object);
 }
 
 // ---- Scripting ----
 
-std::vector<std::string> Desktop::Outstanding() const {
+std::vector<std::string> Ledger::Outstanding() const {
   const std::lock_guard guard(state_->mutex);
   Lines lines;
   for (const auto& [thing, kind] : state_->given) {
@@ -104,22 +104,22 @@ std::vector<std::string> Desktop::Outstanding() const {
   return lines;
 }
 
-std::vector<std::string> Desktop::Misuses() const {
+std::vector<std::string> Ledger::Misuses() const {
   const std::lock_guard guard(state_->mutex);
   return state_->misuses;
 }
 
-std::vector<TraceEntry> Desktop::Trace() const {
+std::vector<TraceEntry> Calls::Trace() const {
   const std::lock_guard guard(state_->mutex);
   return state_->trace;
 }
 
-void Desktop::ClearTrace() {
+void Calls::ClearTrace() {
   const std::lock_guard guard(state_->mutex);
   state_->trace.clear();
 }
 
-void Desktop::SetTracing(bool on) {
+void Calls::SetTracing(bool on) {
   const std::lock_guard guard(state_->mutex);
   state_->tracing = on;
 }

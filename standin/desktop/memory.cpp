@@ -16,7 +16,7 @@ constexpr const char* kTaskMemory = "task memory";
 constexpr int kFresh = 0xCD;
 
 // The length in bytes lies before the text, a terminator behind it.
-BSTR MakeString(Desktop::State& state, TextView text) {
+BSTR MakeString(State& state, TextView text) {
   const auto bytes = static_cast<std::uint32_t>(text.size() * sizeof(WCHAR));
   auto* const block = static_cast<std::uint8_t*>(std::calloc(1, sizeof bytes + bytes + sizeof(WCHAR)));
   if (block == nullptr) {
@@ -29,7 +29,7 @@ BSTR MakeString(Desktop::State& state, TextView text) {
   return string;
 }
 
-void FreeString(Desktop::State& state, BSTR text) {
+void FreeString(State& state, BSTR text) {
   if (text != nullptr && state.Take(text, kString)) {
     std::free(reinterpret_cast<std::uint8_t*>(text) - sizeof(std::uint32_t));
   }
@@ -37,7 +37,7 @@ void FreeString(Desktop::State& state, BSTR text) {
 
 }  // namespace
 
-BSTR Desktop::State::NewString(uia::TextView text) {
+BSTR State::NewString(uia::TextView text) {
   // Not a call of the library's: it counts and fails under its name alone.
   static CallSite site("NewString");
   const std::lock_guard guard(mutex);
@@ -45,7 +45,7 @@ BSTR Desktop::State::NewString(uia::TextView text) {
   return FailsByName(site) ? nullptr : MakeString(*this, text);
 }
 
-HGLOBAL Desktop::State::Allocate(SIZE_T size) {
+HGLOBAL State::Allocate(SIZE_T size) {
   const auto block = reinterpret_cast<HGLOBAL>(nextGlobal += 16);
   GlobalMemory& memory = globals[block];
   memory.bytes = std::make_unique_for_overwrite<std::uint8_t[]>(size);
@@ -54,7 +54,7 @@ HGLOBAL Desktop::State::Allocate(SIZE_T size) {
   return block;
 }
 
-LPVOID Desktop::State::AllocateForTask(SIZE_T size) {
+LPVOID State::AllocateForTask(SIZE_T size) {
   void* const block = std::malloc(size);
   if (block != nullptr) {
     std::memset(block, kFresh, size);

@@ -5,14 +5,14 @@ namespace standin {
 
 namespace {
 
-LRESULT CallProcedure(Desktop::State& state, const HookCall& call) {
+LRESULT CallProcedure(State& state, const HookCall& call) {
   const CallOut out(state, CallOut::To::Library);
   MSLLHOOKSTRUCT event = call.event;
   return call.procedure(0, call.message, reinterpret_cast<LPARAM>(&event));
 }
 
 // A hook procedure runs on the thread that installed it, whichever thread's input it is about.
-LRESULT CallOn(Desktop::State& state, Thread& owner, HookCall& call) {
+LRESULT CallOn(State& state, Thread& owner, HookCall& call) {
   if (&owner == &state.Self()) {
     return CallProcedure(state, call);
   }
@@ -23,7 +23,7 @@ LRESULT CallOn(Desktop::State& state, Thread& owner, HookCall& call) {
   return call.result;
 }
 
-void AnswerHookCalls(Desktop::State& state, Thread& self) {
+void AnswerHookCalls(State& state, Thread& self) {
   while (!self.hookCalls.empty()) {
     HookCall& call = *self.hookCalls.front();
     self.hookCalls.pop_front();
@@ -34,7 +34,7 @@ void AnswerHookCalls(Desktop::State& state, Thread& self) {
 }
 
 // The thread that a message of the script is for: the one that waits for messages, else the caller.
-Thread& Addressee(Desktop::State& state) {
+Thread& Addressee(State& state) {
   for (const auto& thread : state.threads) {
     if (thread->inGetMessage) {
       return *thread;
@@ -47,7 +47,7 @@ Thread& Addressee(Desktop::State& state) {
 
 // Offers the event to the hooks, newest first. A thread answers for its hooks while it waits for messages; the system
 // does not wait for one that does something else.
-bool Desktop::State::HooksSwallow(UINT message) {
+bool State::HooksSwallow(UINT message) {
   const auto installed = hooks;
   for (auto hook = installed.rbegin(); hook != installed.rend(); ++hook) {
     const std::shared_ptr<Thread> owner = FindThread(hook->second.thread);
@@ -66,7 +66,7 @@ bool Desktop::State::HooksSwallow(UINT message) {
 
 // ---- Scripting ----
 
-void Desktop::PostMessageToThread(UINT message) {
+void Host::PostMessage(UINT message) {
   const std::lock_guard guard(state_->mutex);
   MSG posted{};
   posted.message = message;
@@ -74,23 +74,23 @@ void Desktop::PostMessageToThread(UINT message) {
   state_->changed.notify_all();
 }
 
-void Desktop::PostQuit(int code) {
+void Host::PostQuit(int code) {
   const std::lock_guard guard(state_->mutex);
   Addressee(*state_).quit = code;
   state_->changed.notify_all();
 }
 
-bool Desktop::QuitPending() const {
+bool Host::QuitPending() const {
   const std::lock_guard guard(state_->mutex);
   return state_->Self().quit.has_value();
 }
 
-int Desktop::HookCount() const {
+int Host::HookCount() const {
   const std::lock_guard guard(state_->mutex);
   return static_cast<int>(state_->hooks.size());
 }
 
-std::string Desktop::CursorShape() const {
+std::string User::CursorShape() const {
   const std::lock_guard guard(state_->mutex);
   const auto shape = reinterpret_cast<std::uintptr_t>(state_->cursorShape);
   if (shape == reinterpret_cast<std::uintptr_t>(IDC_ARROW)) {

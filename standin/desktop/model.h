@@ -160,7 +160,7 @@ struct CallSite {
 };
 
 // By number of all calls, or of one function's.
-struct Faults {
+struct ArmedFaults {
   bool armed = false;
   std::set<std::uint64_t> calls{};
   std::uint64_t from = UINT64_MAX;
@@ -228,7 +228,7 @@ struct Model {
   std::uint64_t crossProcessCalls = 0;
   Nanoseconds crossProcessCost = 0;
   std::vector<const CallSite*> sequence{};
-  Faults faults{};
+  ArmedFaults faults{};
   std::map<std::string, HRESULT, std::less<>> failureResults{};
   std::vector<CallAction> callActions{};
 };

@@ -12,7 +12,7 @@ bool TakesFocus(Behaviour behaviour) {
   return behaviour == Behaviour::Edit || behaviour == Behaviour::Button || behaviour == Behaviour::List;
 }
 
-void Press(Desktop::State& state, Node& window) {
+void Press(State& state, Node& window) {
   const HWND handle = WindowFor(window.id);
   ++window.mouseDowns;
   state.pressed = handle;
@@ -28,7 +28,7 @@ void Press(Desktop::State& state, Node& window) {
 }
 
 // Nothing of the window is to be touched after this: its script may have destroyed it.
-void Release(Desktop::State& state, Node& window) {
+void Release(State& state, Node& window) {
   state.Note("WM_LBUTTONUP", "x=", state.cursor.x, " y=", state.cursor.y);
   if (state.pressed != WindowFor(window.id) || window.window.behaviour != Behaviour::Button) {
     return;
@@ -42,7 +42,7 @@ void Release(Desktop::State& state, Node& window) {
 
 }  // namespace
 
-void Desktop::State::MouseButton(bool down, bool synthesized) {
+void State::MouseButton(bool down, bool synthesized) {
   if (synthesized) {
     synthesizedButtonDown = down;
   }
@@ -60,17 +60,17 @@ void Desktop::State::MouseButton(bool down, bool synthesized) {
 
 // ---- Scripting ----
 
-void Desktop::SetCursor(int x, int y) {
+void User::MoveCursor(int x, int y) {
   const std::lock_guard guard(state_->mutex);
   state_->cursor = {x, y};
 }
 
-POINT Desktop::Cursor() const {
+POINT User::Cursor() const {
   const std::lock_guard guard(state_->mutex);
   return state_->cursor;
 }
 
-void Desktop::ClickAsUser(int x, int y) {
+void User::Click(int x, int y) {
   const std::lock_guard guard(state_->mutex);
   state_->cursor = {x, y};
   state_->HooksSwallow(kMouseMove);

@@ -3,12 +3,12 @@
 
 namespace standin {
 
-void Desktop::InitializeComMultithreaded() {
+void Host::InitializeComMultithreaded() {
   const std::lock_guard guard(state_->mutex);
   state_->Self().comOfHost = true;
 }
 
-void Desktop::UninitializeCom() {
+void Host::UninitializeCom() {
   const std::lock_guard guard(state_->mutex);
   state_->Self().comOfHost = false;
 }

@@ -47,7 +47,7 @@ class ModelMutex {
 };
 
 // The mutex is never held while a thread sleeps, waits, or runs code of the script or the library.
-struct Desktop::State final : Model, uia::Tree {
+struct State final : Model, uia::Tree {
   // ---- The abstract tree over the model ----
   uia::Node Root() override;
   bool Exists(uia::Node node) override;
@@ -148,7 +148,7 @@ struct Desktop::State final : Model, uia::Tree {
   std::string ownLocalAppData;  // a temporary folder
 };
 
-inline Desktop::State& TheState() {
+inline State& TheState() {
   return TheDesktop().Internals();
 }
 
@@ -171,15 +171,15 @@ class Call {
     return fails_;
   }
   HRESULT Failure() const;
-  Desktop::State* operator->() const {
+  State* operator->() const {
     return &state_;
   }
-  Desktop::State& operator*() const {
+  State& operator*() const {
     return state_;
   }
 
  private:
-  Desktop::State& state_;
+  State& state_;
   CallSite& site_;
   bool fails_ = false;
 };
@@ -198,7 +198,7 @@ class Call {
 class CallOut {
  public:
   enum class To { Script, Library };
-  CallOut(Desktop::State& state, To to);
+  CallOut(State& state, To to);
   ~CallOut();
   CallOut(const CallOut&) = delete;
   CallOut& operator=(const CallOut&) = delete;
@@ -231,7 +231,7 @@ inline void AppendPart(std::string& text, std::int64_t part) {
 }
 
 template <class... Parts>
-void Desktop::State::Note(const char* call, const Parts&... parts) {
+void State::Note(const char* call, const Parts&... parts) {
   constexpr std::size_t kMostEntries = 1'000'000;
   if (!tracing || trace.size() >= kMostEntries) {
     return;

@@ -18,7 +18,7 @@ void RunProcedure(Thread& self) {
   }
 }
 
-void RunThread(Desktop::State& state, const std::shared_ptr<Thread>& self) {
+void RunThread(State& state, const std::shared_ptr<Thread>& self) {
   t_self = self;
   bool begins = false;
   {
@@ -41,7 +41,7 @@ void RunThread(Desktop::State& state, const std::shared_ptr<Thread>& self) {
 
 }  // namespace
 
-Thread& Desktop::State::Self() {
+Thread& State::Self() {
   if (!t_self || std::find(threads.begin(), threads.end(), t_self) == threads.end()) {
     t_self = std::make_shared<Thread>();
     t_self->id = nextThread++;
@@ -50,20 +50,20 @@ Thread& Desktop::State::Self() {
   return *t_self;
 }
 
-std::shared_ptr<Thread> Desktop::State::FindThread(DWORD id) {
+std::shared_ptr<Thread> State::FindThread(DWORD id) {
   const auto found =
       std::find_if(threads.begin(), threads.end(), [id](const auto& thread) { return thread->id == id; });
   return found == threads.end() ? nullptr : *found;
 }
 
-bool Desktop::State::IsThread(DWORD id) {
+bool State::IsThread(DWORD id) {
   return FindThread(id) != nullptr || std::any_of(processes.begin(), processes.end(),
                                                   [id](const auto& process) { return process.second.uiThread == id; });
 }
 
 // Joined as soon as the next one starts: in a long run those that ended long ago would each keep a stack. One that left
 // something held stays, to be told of.
-void Desktop::State::ForgetThreadsThatAreOver() {
+void State::ForgetThreadsThatAreOver() {
   std::erase_if(threads, [](const auto& thread) {
     if (!thread->over || thread->comInitializations != 0 || !thread->attachedTo.empty()) {
       return false;
@@ -73,7 +73,7 @@ void Desktop::State::ForgetThreadsThatAreOver() {
   });
 }
 
-HANDLE Desktop::State::StartThread(LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD* id) {
+HANDLE State::StartThread(LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD* id) {
   ForgetThreadsThatAreOver();
   const auto thread = std::make_shared<Thread>();
   thread->id = nextThread++;
@@ -88,7 +88,7 @@ HANDLE Desktop::State::StartThread(LPTHREAD_START_ROUTINE start, LPVOID paramete
   return MakeHandle({.kind = KernelObject::Kind::Thread, .thread = thread});
 }
 
-void Desktop::State::EndSelf() {
+void State::EndSelf() {
   Thread& self = Self();
   if (self.start == nullptr) {
     std::fprintf(stderr, "stand-in desktop: a thread that CreateThread did not make is terminated\n");
@@ -98,7 +98,7 @@ void Desktop::State::EndSelf() {
   longjmp(self.top, 1);
 }
 
-bool Desktop::State::JoinThreads() {
+bool State::JoinThreads() {
   constexpr double kPatience = 1000;
   const auto ended = [this] {
     return std::all_of(threads.begin(), threads.end(),
@@ -119,7 +119,7 @@ bool Desktop::State::JoinThreads() {
   return true;
 }
 
-void Desktop::State::TerminateThreads() {
+void State::TerminateThreads() {
   for (const auto& thread : threads) {
     if (thread->start != nullptr) {
       thread->terminated = true;

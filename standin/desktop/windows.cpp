@@ -5,23 +5,23 @@
 
 namespace standin {
 
-Node* Desktop::State::Find(Element element) {
+Node* State::Find(Element element) {
   const auto node = nodes.find(element);
   return node == nodes.end() ? nullptr : &node->second;
 }
 
-Node* Desktop::State::FindWindow(HWND window) {
+Node* State::FindWindow(HWND window) {
   Node* node = Find(ElementFor(window));
   return node != nullptr && node->isWindow ? node : nullptr;
 }
 
-DWORD Desktop::State::MakeProcess(TextView path) {
+DWORD State::MakeProcess(TextView path) {
   const DWORD id = nextProcess += 4;
   processes[id] = {Text(path), nextThread++, true};
   return id;
 }
 
-Node& Desktop::State::MakeWindow(const WindowSpec& described, DWORD process, DWORD thread) {
+Node& State::MakeWindow(const WindowSpec& described, DWORD process, DWORD thread) {
   Node node;
   node.id = nextWindow;
   nextWindow += 0x12;
@@ -38,7 +38,7 @@ Node& Desktop::State::MakeWindow(const WindowSpec& described, DWORD process, DWO
 }
 
 // The deepest element at the point, of several the topmost; 0 when there is none within.
-Element Desktop::State::HitTest(Element within, POINT point, bool windowsOnly) {
+Element State::HitTest(Element within, POINT point, bool windowsOnly) {
   const auto contains = [point](const RECT& rect) {
     return point.x >= rect.left && point.x < rect.right && point.y >= rect.top && point.y < rect.bottom;
   };
@@ -63,7 +63,7 @@ Element Desktop::State::HitTest(Element within, POINT point, bool windowsOnly) {
   return best;
 }
 
-HWND Desktop::State::TopLevelOf(HWND window) {
+HWND State::TopLevelOf(HWND window) {
   const Node* node = FindWindow(window);
   while (node != nullptr && node->parent != kRootElement) {
     node = Find(node->parent);
@@ -72,7 +72,7 @@ HWND Desktop::State::TopLevelOf(HWND window) {
 }
 
 // Owned windows stay above their owners.
-void Desktop::State::Raise(HWND topLevel) {
+void State::Raise(HWND topLevel) {
   FindWindow(topLevel)->z = nextZ++;
   for (const Element other : Find(kRootElement)->children) {
     if (Find(other)->window.owner == topLevel) {
@@ -81,7 +81,7 @@ void Desktop::State::Raise(HWND topLevel) {
   }
 }
 
-void Desktop::State::Remove(Element element) {
+void State::Remove(Element element) {
   const Node* node = Find(element);
   if (node == nullptr || element == kRootElement) {
     return;
@@ -107,7 +107,7 @@ void Desktop::State::Remove(Element element) {
 
 namespace {
 
-void Shift(Desktop::State& state, Element element, LONG dx, LONG dy) {
+void Shift(State& state, Element element, LONG dx, LONG dy) {
   Node& node = *state.Find(element);
   node.rect = {node.rect.left + dx, node.rect.top + dy, node.rect.right + dx, node.rect.bottom + dy};
   for (const Element child : node.children) {
@@ -119,17 +119,17 @@ void Shift(Desktop::State& state, Element element, LONG dx, LONG dy) {
 
 // ---- Scripting ----
 
-DWORD Desktop::AddProcess(TextView executablePath) {
+DWORD Windows::AddProcess(TextView executablePath) {
   const std::lock_guard guard(state_->mutex);
   return state_->MakeProcess(executablePath);
 }
 
-void Desktop::ForbidOpening(DWORD process) {
+void Windows::ForbidOpening(DWORD process) {
   const std::lock_guard guard(state_->mutex);
   state_->processes.at(process).canBeOpened = false;
 }
 
-HWND Desktop::AddWindow(const WindowSpec& window) {
+HWND Windows::Add(const WindowSpec& window) {
   const std::lock_guard guard(state_->mutex);
   const Node* parent = state_->FindWindow(window.parent);
   DWORD process = window.process;
@@ -140,43 +140,29 @@ HWND Desktop::AddWindow(const WindowSpec& window) {
   return WindowFor(state_->MakeWindow(window, process, thread).id);
 }
 
-HWND Desktop::AddHostWindow(const WindowSpec& window) {
+HWND Host::AddWindow(const WindowSpec& window) {
   const std::lock_guard guard(state_->mutex);
   const DWORD process = state_->MakeProcess(u"C:\\Programs\\host.exe");
   return WindowFor(state_->MakeWindow(window, process, state_->Self().id).id);
 }
 
-void Desktop::DestroyWindow(HWND window) {
+void Windows::Destroy(HWND window) {
   const std::lock_guard guard(state_->mutex);
   state_->Remove(ElementFor(window));
 }
 
-void Desktop::MoveWindowTo(HWND window, int x, int y) {
+void Windows::MoveTo(HWND window, int x, int y) {
   const std::lock_guard guard(state_->mutex);
   if (const Node* node = state_->FindWindow(window)) {
     Shift(*state_, node->id, x - node->rect.left, y - node->rect.top);
   }
 }
 
-void Desktop::SetText(HWND window, TextView text) {
-  const std::lock_guard guard(state_->mutex);
-  if (Node* node = state_->FindWindow(window)) {
-    node->window.title = text;
-    node->selectionBegin = node->selectionEnd = text.size();
-  }
+void Windows::SetTitle(HWND window, TextView title) {
+  Controls(*state_).SetText(window, title);
 }
 
-Text Desktop::TextOf(HWND window) const {
-  const std::lock_guard guard(state_->mutex);
-  const Node* node = state_->FindWindow(window);
-  return node == nullptr ? Text() : node->window.title;
-}
-
-void Desktop::SetTitle(HWND window, TextView title) {
-  SetText(window, title);
-}
-
-void Desktop::Minimize(HWND window) {
+void Windows::Minimize(HWND window) {
   const std::lock_guard guard(state_->mutex);
   if (Node* node = state_->FindWindow(window)) {
     node->minimized = true;
@@ -187,46 +173,27 @@ void Desktop::Minimize(HWND window) {
   }
 }
 
-bool Desktop::IsMinimized(HWND window) const {
+bool Windows::IsMinimized(HWND window) const {
   const std::lock_guard guard(state_->mutex);
   const Node* node = state_->FindWindow(window);
   return node != nullptr && node->minimized;
 }
 
-void Desktop::BringToTop(HWND window) {
+void Windows::BringToTop(HWND window) {
   const std::lock_guard guard(state_->mutex);
   if (state_->FindWindow(window) != nullptr) {
     state_->Raise(window);
   }
 }
 
-void Desktop::SetVisible(HWND window, bool visible) {
+void Windows::SetVisible(HWND window, bool visible) {
   const std::lock_guard guard(state_->mutex);
   if (Node* node = state_->FindWindow(window)) {
     node->visible = visible;
   }
 }
 
-void Desktop::OnPress(HWND button, std::function<void()> action) {
-  const std::lock_guard guard(state_->mutex);
-  if (Node* node = state_->FindWindow(button)) {
-    node->onPress = std::move(action);
-  }
-}
-
-int Desktop::Presses(HWND button) const {
-  const std::lock_guard guard(state_->mutex);
-  const Node* node = state_->FindWindow(button);
-  return node == nullptr ? 0 : node->presses;
-}
-
-int Desktop::MouseDowns(HWND window) const {
-  const std::lock_guard guard(state_->mutex);
-  const Node* node = state_->FindWindow(window);
-  return node == nullptr ? 0 : node->mouseDowns;
-}
-
-void Desktop::FailWindowRect(HWND window) {
+void Windows::FailRectangle(HWND window) {
   const std::lock_guard guard(state_->mutex);
   if (Node* node = state_->FindWindow(window)) {
     node->rectFails = true;

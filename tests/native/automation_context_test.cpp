@@ -35,12 +35,11 @@ TEST_F(AutomationContextTest, ReportsWhatCannotBeCreatedAndTriesAgain) {
       {"CoInitializeEx", "COM initialization failed", 0},
       {"CoCreateInstance", "UI Automation creation failed", 1},
   };
-  auto& gate = TheDesktop().Gate();
   for (const auto& c : cases) {
-    const auto before = gate.Count("CoUninitialize");
-    gate.FailNth(c.call, 1);
+    const auto before = TheDesktop().Calls().Count("CoUninitialize");
+    TheDesktop().Faults().FailNth(c.call, 1);
     EXPECT_EQ(initializeAutomation(), -3);
-    EXPECT_EQ(gate.Count("CoUninitialize") - before, c.uninitialized);
+    EXPECT_EQ(TheDesktop().Calls().Count("CoUninitialize") - before, c.uninitialized);
     EXPECT_FALSE(CurrentAutomation());
     EXPECT_EQ(Log(), Lines{std::string("ERROR InitializeAutomation Code:-3 Details:") + c.details});
     EXPECT_EQ(initializeAutomation(), 0);
@@ -56,13 +55,13 @@ TEST_F(AutomationContextTest, LeavesAnInitialisationOfTheHostAlone) {
   EXPECT_THAT(CallsOf(cleanupAutomation), Not(Contains("CoUninitialize")));
   CoUninitialize();
   CoUninitialize();
-  EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
 
-  TheDesktop().InitializeComMultithreaded();
+  TheDesktop().Host().InitializeComMultithreaded();
   EXPECT_EQ(initializeAutomation(), 0);
   EXPECT_TRUE(CurrentAutomation());
   EXPECT_THAT(CallsOf(cleanupAutomation), Not(Contains("CoUninitialize")));
-  TheDesktop().UninitializeCom();
+  TheDesktop().Host().UninitializeCom();
 }
 
 TEST_F(AutomationContextTest, TheTargetWindowIsStoredWhateverTheResult) {
@@ -72,7 +71,7 @@ TEST_F(AutomationContextTest, TheTargetWindowIsStoredWhateverTheResult) {
   EXPECT_EQ(setTargetWindow(nullptr), 0);
   EXPECT_EQ(ChooseWindow(nullptr), nullptr);
   cleanupAutomation();
-  TheDesktop().Gate().FailNth("CoCreateInstance", 1);
+  TheDesktop().Faults().FailNth("CoCreateInstance", 1);
   EXPECT_EQ(setTargetWindow(window), -3);
   EXPECT_EQ(ChooseWindow(nullptr), window);
   const HWND other = AddDialog();
@@ -84,8 +83,8 @@ TEST_F(AutomationContextTest, EndsInOrder) {
   startCancelMonitor();
   Lines atMonitorEnd;
   Lines atLogEnd;
-  TheDesktop().AfterCall("CloseHandle", 1, [&] { atMonitorEnd = TheDesktop().Outstanding(); });
-  TheDesktop().AfterCall("CloseHandle", 2, [&] { atLogEnd = TheDesktop().Outstanding(); });
+  TheDesktop().Calls().After("CloseHandle", 1, [&] { atMonitorEnd = TheDesktop().Ledger().Outstanding(); });
+  TheDesktop().Calls().After("CloseHandle", 2, [&] { atLogEnd = TheDesktop().Ledger().Outstanding(); });
   Lines calls = CallsOf(cleanupAutomation);
   std::erase_if(calls, [](const std::string& call) { return call == "Sleep" || call == "GetAsyncKeyState"; });
   EXPECT_THAT(calls, ElementsAre("WaitForSingleObject", "CloseHandle", "CloseHandle", "CoUninitialize"));
@@ -102,13 +101,13 @@ TEST_F(AutomationContextTest, ACaptureAfterACleanupMakesANewContext) {
   cleanupAutomation();
   TargetRecord record;
   EXPECT_EQ(captureTargetAtPoint(&record, 200, 200), 0);
-  EXPECT_EQ(TheDesktop().Gate().Count("CoCreateInstance"), 2U);
+  EXPECT_EQ(TheDesktop().Calls().Count("CoCreateInstance"), 2U);
 }
 
 TEST_F(AutomationContextTest, ACleanupBesideAnOperationDoesNotTakeItsObjectAway) {
   AddDialog();
   TargetRecord record;
-  TheDesktop().AfterCall("IUIAutomation::ElementFromPoint", 1, cleanupAutomation);
+  TheDesktop().Calls().After("IUIAutomation::ElementFromPoint", 1, cleanupAutomation);
   EXPECT_EQ(captureTargetAtPoint(&record, 200, 200), 0);
   EXPECT_EQ(record.pathLength, 0);
   EXPECT_FALSE(CurrentAutomation());
@@ -120,9 +119,9 @@ TEST_F(AutomationContextTest, DelaySleepsAtLeastSomething) {
     double slept;
   } cases[] = {{1, 1}, {120, 120}, {0, 50}, {-5, 50}, {INT32_MIN, 50}};
   for (const auto& c : cases) {
-    const double before = TheDesktop().Now();
+    const double before = TheDesktop().Clock().Now();
     EXPECT_THAT(CallsOf([&] { delay(c.asked); }), ElementsAre("Sleep"));
-    EXPECT_DOUBLE_EQ(TheDesktop().Now() - before, c.slept) << c.asked;
+    EXPECT_DOUBLE_EQ(TheDesktop().Clock().Now() - before, c.slept) << c.asked;
   }
 }
 
@@ -141,7 +140,7 @@ TEST_F(AutomationContextTest, OnlyAFreeingDetachEndsTheLibrary) {
   }
   EXPECT_EQ(DllMain(nullptr, DLL_PROCESS_DETACH, nullptr), TRUE);
   EXPECT_FALSE(LogIsOpen());
-  EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
   // A second time there is nothing to end, and the fixture sees that nothing was given back twice.
   EXPECT_EQ(DllMain(nullptr, DLL_PROCESS_DETACH, nullptr), TRUE);
 }
@@ -155,9 +154,9 @@ TEST_F(AutomationContextTest, ADetachOnAnotherThreadLeavesTheFirstThreadsObjectM
   const HANDLE thread = CreateThread(nullptr, 0, detach, nullptr, 0, nullptr);
   EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
   CloseHandle(thread);
-  EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre(HasSubstr("COM")));
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), ElementsAre(HasSubstr("COM")));
   CoUninitialize();
-  EXPECT_THAT(TheDesktop().Misuses(), IsEmpty());
+  EXPECT_THAT(TheDesktop().Ledger().Misuses(), IsEmpty());
 }
 
 }  // namespace

@@ -10,9 +10,9 @@ class CancelMonitorTest : public DesktopTest {
  protected:
   // How often the key was asked for while the clock moves on.
   std::uint64_t PollsIn(double milliseconds) {
-    const auto before = TheDesktop().Gate().Count("GetAsyncKeyState");
-    TheDesktop().Advance(milliseconds);
-    return TheDesktop().Gate().Count("GetAsyncKeyState") - before;
+    const auto before = TheDesktop().Calls().Count("GetAsyncKeyState");
+    TheDesktop().Clock().Advance(milliseconds);
+    return TheDesktop().Calls().Count("GetAsyncKeyState") - before;
   }
 };
 
@@ -20,7 +20,7 @@ TEST_F(CancelMonitorTest, PressIsSeenAndStaysUntilTheNextStart) {
   EXPECT_EQ(isCancelled(), 0);
   startCancelMonitor();
   EXPECT_EQ(isCancelled(), 0);
-  TheDesktop().HoldEscape(13, 11);
+  TheDesktop().User().HoldEscape(13, 11);
   delay(12);
   EXPECT_EQ(isCancelled(), 0);
   delay(14);
@@ -30,7 +30,7 @@ TEST_F(CancelMonitorTest, PressIsSeenAndStaysUntilTheNextStart) {
   startCancelMonitor();
   EXPECT_EQ(isCancelled(), 0);
   stopCancelMonitor();
-  TheDesktop().HoldEscape(1, 50);
+  TheDesktop().User().HoldEscape(1, 50);
   delay(100);
   EXPECT_EQ(isCancelled(), 0) << "nobody watches any more";
   EXPECT_THAT(Log(), IsEmpty());
@@ -40,22 +40,22 @@ TEST_F(CancelMonitorTest, KeyIsPolledEveryTenMillisecondsAndEveryFiftyWhileHeld)
   startCancelMonitor();
   delay(5);
   EXPECT_EQ(PollsIn(100), 10U);
-  TheDesktop().PressKey(VK_ESCAPE, true);
+  TheDesktop().User().PressKey(VK_ESCAPE, true);
   PollsIn(10);
   EXPECT_EQ(isCancelled(), 1);
   EXPECT_EQ(PollsIn(500), 10U);
-  TheDesktop().PressKey(VK_ESCAPE, false);
+  TheDesktop().User().PressKey(VK_ESCAPE, false);
   PollsIn(60);
   EXPECT_EQ(PollsIn(100), 10U);
-  TheDesktop().PressKey(VK_ESCAPE, true);
+  TheDesktop().User().PressKey(VK_ESCAPE, true);
   EXPECT_EQ(PollsIn(100), 10U) << "a press after the first one changes nothing";
-  TheDesktop().PressKey(VK_ESCAPE, false);
+  TheDesktop().User().PressKey(VK_ESCAPE, false);
 }
 
 TEST_F(CancelMonitorTest, StartingTwiceLeavesOneThread) {
   startCancelMonitor();
   startCancelMonitor();
-  EXPECT_EQ(TheDesktop().Gate().Count("CreateThread"), 2U);
+  EXPECT_EQ(TheDesktop().Calls().Count("CreateThread"), 2U);
   delay(5);
   EXPECT_EQ(PollsIn(100), 10U);
   stopCancelMonitor();
@@ -68,12 +68,12 @@ TEST_F(CancelMonitorTest, StopIsPromptAlsoWhileEscapeIsHeld) {
   EXPECT_EQ(Elapsed(stopCancelMonitor), 5);
 
   startCancelMonitor();
-  TheDesktop().PressKey(VK_ESCAPE, true);
+  TheDesktop().User().PressKey(VK_ESCAPE, true);
   delay(200);
   EXPECT_EQ(isCancelled(), 1);
   EXPECT_LE(Elapsed(stopCancelMonitor), 60);
   EXPECT_EQ(PollsIn(300), 0U);
-  TheDesktop().PressKey(VK_ESCAPE, false);
+  TheDesktop().User().PressKey(VK_ESCAPE, false);
 }
 
 TEST_F(CancelMonitorTest, NothingToStop) {
@@ -92,9 +92,9 @@ TEST_F(CancelMonitorTest, CleanupStopsTheThread) {
 }
 
 TEST_F(CancelMonitorTest, WithoutAThreadNothingIsWatched) {
-  TheDesktop().Gate().FailNth("CreateThread", 1);
+  TheDesktop().Faults().FailNth("CreateThread", 1);
   startCancelMonitor();
-  TheDesktop().HoldEscape(1, 100);
+  TheDesktop().User().HoldEscape(1, 100);
   delay(50);
   EXPECT_EQ(isCancelled(), 0);
   EXPECT_THAT(CallsOf(stopCancelMonitor), IsEmpty());
@@ -105,21 +105,21 @@ TEST_F(CancelMonitorTest, WithoutAThreadNothingIsWatched) {
 TEST_F(CancelMonitorTest, LibraryStaysForAThreadThatDoesNotEnd) {
   startCancelMonitor();
   delay(5);
-  TheDesktop().Gate().FailNth("WaitForSingleObject", 1);
+  TheDesktop().Faults().FailNth("WaitForSingleObject", 1);
   EXPECT_THAT(CallsOf(stopCancelMonitor), ElementsAre("WaitForSingleObject", "GetModuleHandleExW", "CloseHandle"));
-  TheDesktop().Gate().StopFailing();
+  TheDesktop().Faults().Stop();
   delay(20);
   EXPECT_EQ(PollsIn(100), 0U) << "it was asked to end all the same";
 }
 
 TEST_F(CancelMonitorTest, UnloadingEndsAThreadThatDoesNotCome) {
   startCancelMonitor();
-  TheDesktop().AfterCall("GetAsyncKeyState", 1, [] { Sleep(10'000); });
+  TheDesktop().Calls().After("GetAsyncKeyState", 1, [] { Sleep(10'000); });
   delay(25);
   EXPECT_THAT(Elapsed([] { EXPECT_EQ(DllMain(nullptr, DLL_PROCESS_DETACH, nullptr), TRUE); }),
               ::testing::AllOf(::testing::Ge(300), ::testing::Le(310)));
-  EXPECT_EQ(TheDesktop().Gate().Count("TerminateThread"), 1U);
-  EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+  EXPECT_EQ(TheDesktop().Calls().Count("TerminateThread"), 1U);
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
   EXPECT_EQ(PollsIn(20'000), 0U);
 }
 
@@ -129,25 +129,24 @@ TEST_F(CancelMonitorTest, UnloadingEndsTheThreadAndReleasesEverything) {
     bool escapeHeld;
     std::uint64_t signals;  // the thread told that it is out of the code
   };
-  auto& gate = TheDesktop().Gate();
   for (const auto& [failing, escapeHeld, signals] :
        {Case{"", false, 1}, Case{"", true, 1}, Case{"CreateEventW", false, 0}}) {
     SCOPED_TRACE(failing);
     initializeAutomation();
     OpenLog();
     startCancelMonitor();
-    TheDesktop().PressKey(VK_ESCAPE, escapeHeld);
+    TheDesktop().User().PressKey(VK_ESCAPE, escapeHeld);
     delay(25);
-    const auto before = gate.Count("SetEvent");
-    gate.FailNth(failing, 1);
+    const auto before = TheDesktop().Calls().Count("SetEvent");
+    TheDesktop().Faults().FailNth(failing, 1);
     EXPECT_LE(Elapsed([] { EXPECT_EQ(DllMain(nullptr, DLL_PROCESS_DETACH, nullptr), TRUE); }), 60);
-    gate.StopFailing();
-    TheDesktop().PressKey(VK_ESCAPE, false);
-    EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+    TheDesktop().Faults().Stop();
+    TheDesktop().User().PressKey(VK_ESCAPE, false);
+    EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
     EXPECT_EQ(PollsIn(300), 0U);
-    EXPECT_EQ(gate.Count("SetEvent") - before, signals);
+    EXPECT_EQ(TheDesktop().Calls().Count("SetEvent") - before, signals);
   }
-  EXPECT_EQ(gate.Count("TerminateThread"), 0U);
+  EXPECT_EQ(TheDesktop().Calls().Count("TerminateThread"), 0U);
 }
 
 TEST_F(CancelMonitorTest, LoadingAndTheEndOfTheProcessTouchNothing) {

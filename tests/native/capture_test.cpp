@@ -28,7 +28,7 @@ class CaptureTest : public DesktopTest {
     DesktopTest::SetUp();
     dialog_ = AddDialog();
     edit_ = AddControl(dialog_, u"Edit", 7);
-    row_ = TheDesktop().AddElement(dialog_, {.className = u"Row", .name = u"First", .rect = {120, 200, 320, 220}});
+    row_ = TheDesktop().Elements().Add(dialog_, {.className = u"Row", .name = u"First", .rect = {120, 200, 320, 220}});
     std::memset(&record_, 0xAB, sizeof record_);
   }
 
@@ -89,7 +89,7 @@ TEST_F(CaptureTest, AtAPointRefusals) {
                                  "[captureTargetAtPoint] ERROR: target parameter is null",
                                  "ERROR captureTargetAtPoint Code:-2 Details:target parameter is null"));
   const TargetRecord untouched = record_;
-  TheDesktop().Gate().FailNth("CoCreateInstance", 1);
+  TheDesktop().Faults().FailNth("CoCreateInstance", 1);
   EXPECT_EQ(captureTargetAtPoint(&record_, 10, 20), -3);
   EXPECT_TRUE(SameBytes(record_, untouched));
   EXPECT_THAT(Log(), ElementsAre("[captureTargetAtPoint] Called with coordinates (10, 20)",
@@ -107,8 +107,8 @@ TEST_F(CaptureTest, AtAPointWithoutElementLeavesThePointAlone) {
   };
   for (const auto& c : cases) {
     std::memset(&record_, 0xAB, sizeof record_);
-    TheDesktop().Gate().FailWith("IUIAutomation::ElementFromPoint", c.result);
-    TheDesktop().Gate().FailNth("IUIAutomation::ElementFromPoint", 1);
+    TheDesktop().Faults().FailWith("IUIAutomation::ElementFromPoint", c.result);
+    TheDesktop().Faults().FailNth("IUIAutomation::ElementFromPoint", 1);
     EXPECT_EQ(captureTargetAtPoint(&record_, -5, 20), -1);
     EXPECT_TRUE(SameBytes(record_, RecordAt(-5, 20)));
     EXPECT_THAT(Log(), ElementsAre("[captureTargetAtPoint] Called with coordinates (-5, 20)",
@@ -157,11 +157,11 @@ TEST_F(CaptureTest, AFailingPartLeavesItsFieldEmptyAndTheRestStands) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.call);
-    TheDesktop().Gate().StopFailing();
+    TheDesktop().Faults().Stop();
     std::memset(&record_, 0xAB, sizeof record_);
-    TheDesktop().Gate().FailNth(c.call, c.nth);
+    TheDesktop().Faults().FailNth(c.call, c.nth);
     EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), 0);
-    EXPECT_EQ(TheDesktop().Gate().Injected(), 1U);
+    EXPECT_EQ(TheDesktop().Faults().Injected(), 1U);
     TargetRecord expected = ExpectedOfEdit(150, 130, -1);
     c.change(expected);
     EXPECT_TRUE(SameBytes(record_, expected));
@@ -170,7 +170,7 @@ TEST_F(CaptureTest, AFailingPartLeavesItsFieldEmptyAndTheRestStands) {
   // Readings that feed the log alone leave their line out.
   for (const auto& [property, line] : {std::pair{UIA_ControlTypePropertyId, "[GetElementAtPoint] Element control type"},
                                        std::pair{30020, "[GetElementAtPoint] Element HWND"}}) {
-    TheDesktop().FailProperty(TheDesktop().ElementOf(edit_), property);
+    TheDesktop().Elements().FailProperty(TheDesktop().Elements().Of(edit_), property);
     ForgetLog();
     EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), 0);
     EXPECT_THAT(Log(), Not(Contains(StartsWith(line))));
@@ -178,16 +178,16 @@ TEST_F(CaptureTest, AFailingPartLeavesItsFieldEmptyAndTheRestStands) {
 }
 
 TEST_F(CaptureTest, NamesAndIdsOfEveryKind) {
-  const auto element = TheDesktop().ElementOf(edit_);
-  TheDesktop().SetNullString(element, UIA_NamePropertyId);
-  TheDesktop().SetNullString(element, UIA_AutomationIdPropertyId);
+  const auto element = TheDesktop().Elements().Of(edit_);
+  TheDesktop().Elements().SetNullString(element, UIA_NamePropertyId);
+  TheDesktop().Elements().SetNullString(element, UIA_AutomationIdPropertyId);
   EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), 0);
   Lines log = Log();
   EXPECT_THAT(log, Contains("[GetElementAtPoint] Found element but couldn't get name"));
   EXPECT_THAT(log, Contains("[captureTargetAtPoint] No AutomationId available"));
   for (const std::size_t length : {255U, 256U, 300U}) {
     std::memset(&record_, 0xAB, sizeof record_);
-    TheDesktop().SetProperty(element, UIA_AutomationIdPropertyId, standin::Text(length, u'i'));
+    TheDesktop().Elements().SetProperty(element, UIA_AutomationIdPropertyId, standin::Text(length, u'i'));
     EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), 0);
     EXPECT_EQ(std::u16string_view(record_.automationId), standin::Text(255, u'i'));
     EXPECT_THAT(Log(), Contains("[captureTargetAtPoint] Captured AutomationId: '" + std::string(255, 'i') + "'"));
@@ -210,7 +210,7 @@ TEST_F(CaptureTest, WithoutAWindowOfItsOwnAnElementGetsTheOneAtThePointOrAboveIt
                                       "[captureTargetAtPoint] WindowFromPoint fallback succeeded - HWND: 0x" + handle,
                                       "[captureTargetAtPoint] Captured HWND: 0x" + handle));
 
-  TheDesktop().Gate().FailNth("WindowFromPoint", 1);
+  TheDesktop().Faults().FailNth("WindowFromPoint", 1);
   EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), 0);
   EXPECT_EQ(record_.hwnd, dialog_);
   log = Log();
@@ -221,9 +221,9 @@ TEST_F(CaptureTest, WithoutAWindowOfItsOwnAnElementGetsTheOneAtThePointOrAboveIt
                                       "[captureTargetAtPoint] Tree walk fallback succeeded - HWND: 0x" + handle,
                                       "[captureTargetAtPoint] Captured HWND: 0x" + handle));
 
-  TheDesktop().Gate().FailNth("WindowFromPoint", 1);
-  TheDesktop().FailProperty(TheDesktop().ElementOf(dialog_), 30020);
-  TheDesktop().FailProperty(TheDesktop().RootElement(), 30020);
+  TheDesktop().Faults().FailNth("WindowFromPoint", 1);
+  TheDesktop().Elements().FailProperty(TheDesktop().Elements().Of(dialog_), 30020);
+  TheDesktop().Elements().FailProperty(TheDesktop().Elements().Root(), 30020);
   EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), 0);
   EXPECT_EQ(record_.hwnd, nullptr);
   log = Log();
@@ -244,7 +244,7 @@ TEST_F(CaptureTest, TheElementAtAPointMakesAMissingContext) {
                           "[GetElementAtPoint] SUCCESS: Returning element"));
   cleanupAutomation();
   OpenLog();
-  TheDesktop().Gate().FailNth("CoInitializeEx", 1);
+  TheDesktop().Faults().FailNth("CoInitializeEx", 1);
   EXPECT_FALSE(GetElementAtPoint(kOverRow));
   EXPECT_THAT(Log(), ElementsAre("[GetElementAtPoint] Called with point (150, 210)",
                                  "[GetElementAtPoint] g_pAutomation is null, initializing...",
@@ -274,14 +274,14 @@ TEST_F(CaptureTest, TheNearestWindowIsLookedForTwentyLevelsUp) {
       {2, 1, nullptr, {reached + "0", notFound}},
   };
   for (const auto& c : cases) {
-    auto parent = TheDesktop().AddElement(dialog_, {.rect = {400, 300, 420, 320}});
+    auto parent = TheDesktop().Elements().Add(dialog_, {.rect = {400, 300, 420, 320}});
     for (int i = 1; i < c.depth; ++i) {
-      parent = TheDesktop().AddElement(parent, {.rect = {400, 300, 420, 320}});
+      parent = TheDesktop().Elements().Add(parent, {.rect = {400, 300, 420, 320}});
     }
     const ElementPtr element = GetElementAtPoint({410, 310});
     ForgetLog();
     if (c.failingParent != 0) {
-      TheDesktop().Gate().FailNth("IUIAutomationTreeWalker::GetParentElement", c.failingParent);
+      TheDesktop().Faults().FailNth("IUIAutomationTreeWalker::GetParentElement", c.failingParent);
     }
     EXPECT_EQ(GetNearestWindowHandle(element.Get()), c.window);
     Lines expected = started;
@@ -305,8 +305,8 @@ TEST_F(CaptureTest, TheNearestWindowOfOddElements) {
   const ElementPtr row = GetElementAtPoint(kOverRow);
   ForgetLog();
   for (const auto& [result, digits] : {std::pair{E_FAIL, "80004005"}, std::pair{S_FALSE, "1"}}) {
-    TheDesktop().Gate().FailWith("IUIAutomation::get_ControlViewWalker", result);
-    TheDesktop().Gate().FailNth("IUIAutomation::get_ControlViewWalker", 1);
+    TheDesktop().Faults().FailWith("IUIAutomation::get_ControlViewWalker", result);
+    TheDesktop().Faults().FailNth("IUIAutomation::get_ControlViewWalker", 1);
     EXPECT_EQ(GetNearestWindowHandle(row.Get()), nullptr);
     EXPECT_THAT(
         Log(),
@@ -316,10 +316,10 @@ TEST_F(CaptureTest, TheNearestWindowOfOddElements) {
 }
 
 TEST_F(CaptureTest, AtTheCursorChoosesThePathAndTracesToTheConsole) {
-  TheDesktop().SetForeground(dialog_);
-  TheDesktop().SetCursor(kOverEdit.x, kOverEdit.y);
+  TheDesktop().Windows().SetForeground(dialog_);
+  TheDesktop().User().MoveCursor(kOverEdit.x, kOverEdit.y);
   // The mouse moves on while the element is looked up.
-  TheDesktop().AfterCall("IUIAutomation::ElementFromPoint", 1, [] { TheDesktop().SetCursor(151, 132); });
+  TheDesktop().Calls().After("IUIAutomation::ElementFromPoint", 1, [] { TheDesktop().User().MoveCursor(151, 132); });
   const std::string trace = TraceOfCaptureAtCursor(0);
   EXPECT_TRUE(SameBytes(record_, ExpectedOfEdit(151, 132, 3)));
   EXPECT_EQ(trace, "=== CAPTURE START ===\ntargetWindow: 0x" + ConsoleHandle(dialog_) +
@@ -339,11 +339,10 @@ TEST_F(CaptureTest, AtTheCursorChoosesThePathAndTracesToTheConsole) {
 }
 
 TEST_F(CaptureTest, AtTheCursorWithoutPathWindowOrSecondReading) {
-  const HWND other = TheDesktop().AddWindow({.className = u"Other", .rect = {600, 100, 700, 200}});
-  TheDesktop().SetCursor(kOverRow.x, kOverRow.y);
-  auto& gate = TheDesktop().Gate();
-  gate.FailFromNth("IUIAutomation::get_ControlViewWalker", 1);
-  TheDesktop().AfterCall("IUIAutomation::ElementFromPoint", 1, [] { TheDesktop().SetCursor(610, 110); });
+  const HWND other = TheDesktop().Windows().Add({.className = u"Other", .rect = {600, 100, 700, 200}});
+  TheDesktop().User().MoveCursor(kOverRow.x, kOverRow.y);
+  TheDesktop().Faults().FailFromNth("IUIAutomation::get_ControlViewWalker", 1);
+  TheDesktop().Calls().After("IUIAutomation::ElementFromPoint", 1, [] { TheDesktop().User().MoveCursor(610, 110); });
   std::string trace = TraceOfCaptureAtCursor(0);
   EXPECT_THAT(trace, ::testing::EndsWith("BuildTreePath result: FAILED, pathLength: 0\n"
                                          "Using Method 2 (Coordinates fallback)\n"
@@ -356,22 +355,22 @@ TEST_F(CaptureTest, AtTheCursorWithoutPathWindowOrSecondReading) {
   EXPECT_EQ(record_.identificationMethod, 2);
 
   // The window is then looked for where the element was.
-  TheDesktop().SetCursor(kOverRow.x, kOverRow.y);
-  gate.FailNth("GetCursorPos", 2);
+  TheDesktop().User().MoveCursor(kOverRow.x, kOverRow.y);
+  TheDesktop().Faults().FailNth("GetCursorPos", 2);
   trace = TraceOfCaptureAtCursor(0);
   EXPECT_THAT(trace, Not(::testing::HasSubstr("Captured coordinates")));
   EXPECT_EQ(record_.hwnd, dialog_);
   EXPECT_EQ(record_.x, 0);
   EXPECT_EQ(record_.y, 0);
 
-  gate.StopFailing();
-  gate.FailFromNth("WindowFromPoint", 1);
+  TheDesktop().Faults().Stop();
+  TheDesktop().Faults().FailFromNth("WindowFromPoint", 1);
   EXPECT_THAT(
       TraceOfCaptureAtCursor(0),
       ::testing::HasSubstr("WindowFromPoint failed, trying tree walk fallback\nTree walk fallback succeeded\n"));
   EXPECT_EQ(record_.hwnd, dialog_);
-  for (const auto element : {TheDesktop().ElementOf(dialog_), TheDesktop().RootElement()}) {
-    TheDesktop().FailProperty(element, 30020);
+  for (const auto element : {TheDesktop().Elements().Of(dialog_), TheDesktop().Elements().Root()}) {
+    TheDesktop().Elements().FailProperty(element, 30020);
   }
   EXPECT_THAT(TraceOfCaptureAtCursor(0),
               ::testing::EndsWith("WindowFromPoint failed, trying tree walk fallback\n"
@@ -398,17 +397,17 @@ TEST_F(CaptureTest, AtTheCursorRefusals) {
       {"IUIAutomation::ElementFromPoint", E_FAIL, at + "ERROR: ElementFromPoint failed, HRESULT: 0x80004005\n"},
       {"IUIAutomation::ElementFromPoint", S_FALSE, at + "ERROR: ElementFromPoint returned null element\n"},
   };
-  TheDesktop().SetCursor(7, -9);
+  TheDesktop().User().MoveCursor(7, -9);
   for (const auto& c : cases) {
     std::memset(&record_, 0xAB, sizeof record_);
-    TheDesktop().Gate().FailWith(c.call, c.result);
-    TheDesktop().Gate().FailNth(c.call, 1);
+    TheDesktop().Faults().FailWith(c.call, c.result);
+    TheDesktop().Faults().FailNth(c.call, 1);
     const std::string trace = TraceOfCaptureAtCursor(-1);
     EXPECT_THAT(trace, StartsWith(looking + c.trace));
     EXPECT_THAT(trace, ::testing::EndsWith("\nERROR: GetElementAtCursor failed\n"));
     EXPECT_TRUE(SameBytes(record_, EmptyRecord()));
     if (std::string_view(c.call) == "GetCursorPos") {
-      EXPECT_EQ(TheDesktop().Gate().Count("CoInitializeEx"), 0U);
+      EXPECT_EQ(TheDesktop().Calls().Count("CoInitializeEx"), 0U);
     }
   }
 }

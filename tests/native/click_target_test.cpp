@@ -25,7 +25,7 @@ class ClickTargetTest : public DesktopTest {
 
   // The input records of the last call.
   static std::vector<INPUT> LastBatch() {
-    const auto batches = TheDesktop().InputBatches();
+    const auto batches = TheDesktop().Input().Batches();
     return batches.empty() ? std::vector<INPUT>() : batches.back();
   }
 
@@ -48,12 +48,12 @@ class ClickTargetTest : public DesktopTest {
 };
 
 TEST_F(ClickTargetTest, FindsTheTargetFocusesItsWindowAndClicks) {
-  const HWND other = TheDesktop().AddWindow({.className = u"Other", .rect = {600, 100, 700, 200}});
-  TheDesktop().SetForeground(other);
+  const HWND other = TheDesktop().Windows().Add({.className = u"Other", .rect = {600, 100, 700, 200}});
+  TheDesktop().Windows().SetForeground(other);
   const Lines calls = CallsOf([&] { EXPECT_EQ(clickTarget(&byId_, dialog_), 0); });
-  EXPECT_EQ(TheDesktop().Foreground(), dialog_);
-  EXPECT_EQ(TheDesktop().MouseDowns(edit_), 1);
-  EXPECT_EQ(TheDesktop().Focus(), edit_);
+  EXPECT_EQ(TheDesktop().Windows().Foreground(), dialog_);
+  EXPECT_EQ(TheDesktop().Controls().MouseDowns(edit_), 1);
+  EXPECT_EQ(TheDesktop().Windows().Focus(), edit_);
   // No pause, and the cursor is placed after the window came forward.
   const auto element = std::find(calls.begin(), calls.end(), "IUIAutomationElement::GetClickablePoint");
   ASSERT_NE(element, calls.end());
@@ -71,7 +71,7 @@ TEST_F(ClickTargetTest, FindsTheTargetFocusesItsWindowAndClicks) {
     EXPECT_EQ(record.mi.time, 0U);
     EXPECT_EQ(record.mi.dwExtraInfo, 0U);
   }
-  ExpectPoint(TheDesktop().Cursor(), {220, 135});
+  ExpectPoint(TheDesktop().User().Cursor(), {220, 135});
   EXPECT_THAT(Log(), ElementsAre("[FindTargetElement] Starting with identification method: 0",
                                  "[FindTargetElement] Trying Method 0: AutomationId",
                                  "[FindElementByAutomationId] Starting AutomationId search",
@@ -80,16 +80,16 @@ TEST_F(ClickTargetTest, FindsTheTargetFocusesItsWindowAndClicks) {
 }
 
 TEST_F(ClickTargetTest, ARememberedPointIsClickedAtOnce) {
-  const HWND other = TheDesktop().AddWindow({.className = u"Other", .rect = {600, 100, 700, 200}});
+  const HWND other = TheDesktop().Windows().Add({.className = u"Other", .rect = {600, 100, 700, 200}});
   EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
-  TheDesktop().SetForeground(other);
-  TheDesktop().BringToTop(dialog_);
-  TheDesktop().SetCursor(0, 0);
-  TheDesktop().MoveWindowTo(edit_, 130, 200);  // is not noticed
+  TheDesktop().Windows().SetForeground(other);
+  TheDesktop().Windows().BringToTop(dialog_);
+  TheDesktop().User().MoveCursor(0, 0);
+  TheDesktop().Windows().MoveTo(edit_, 130, 200);  // is not noticed
   ForgetLog();
-  TheDesktop().ClearTrace();
-  const std::size_t batches = TheDesktop().InputBatches().size();
-  const auto crossProcess = TheDesktop().Gate().CrossProcessCalls();
+  TheDesktop().Calls().ClearTrace();
+  const std::size_t batches = TheDesktop().Input().Batches().size();
+  const auto crossProcess = TheDesktop().Calls().CrossProcessCount();
   const Lines calls = CallsOf([&] {
     allocations::StartCounting();
     const int code = clickTarget(&byId_, dialog_);
@@ -98,10 +98,10 @@ TEST_F(ClickTargetTest, ARememberedPointIsClickedAtOnce) {
   });
   EXPECT_THAT(calls, ElementsAre("IsWindow", "WideCharToMultiByte", "GetWindowRect", "SetCursorPos", "mouse_event",
                                  "GetSystemTimeAsFileTime", "FileTimeToLocalFileTime", "FileTimeToSystemTime"));
-  EXPECT_EQ(TheDesktop().Gate().CrossProcessCalls(), crossProcess);
-  EXPECT_EQ(TheDesktop().InputBatches().size(), batches);
-  ExpectPoint(TheDesktop().Cursor(), {220, 135});
-  const auto trace = TheDesktop().Trace();
+  EXPECT_EQ(TheDesktop().Calls().CrossProcessCount(), crossProcess);
+  EXPECT_EQ(TheDesktop().Input().Batches().size(), batches);
+  ExpectPoint(TheDesktop().User().Cursor(), {220, 135});
+  const auto trace = TheDesktop().Calls().Trace();
   ASSERT_GE(trace.size(), 2U);
   EXPECT_EQ(trace[1].call, "mouse_event");
   EXPECT_EQ(trace[1].detail, "flags=6");
@@ -109,15 +109,15 @@ TEST_F(ClickTargetTest, ARememberedPointIsClickedAtOnce) {
   EXPECT_EQ(Statistics(), "Hits: 1, Misses: 1, Hit Rate: 50.0%");
   // Once forgotten it is searched for again.
   EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
-  ExpectPoint(TheDesktop().Cursor(), {230, 215});
+  ExpectPoint(TheDesktop().User().Cursor(), {230, 215});
 }
 
 TEST_F(ClickTargetTest, AWindowThatDoesNotAnswerMakesARememberedPointAMiss) {
   EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
-  TheDesktop().MoveWindowTo(edit_, 130, 200);
-  TheDesktop().Gate().FailNth("GetWindowRect", 1);
+  TheDesktop().Windows().MoveTo(edit_, 130, 200);
+  TheDesktop().Faults().FailNth("GetWindowRect", 1);
   EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
-  ExpectPoint(TheDesktop().Cursor(), {230, 215});
+  ExpectPoint(TheDesktop().User().Cursor(), {230, 215});
   const auto point = FindCachedPoint(CacheKey(dialog_, byId_));
   ASSERT_TRUE(point);
   ExpectPoint(*point, {230, 215});
@@ -139,14 +139,14 @@ TEST_F(ClickTargetTest, ChecksInOrder) {
   // Without a context the target comes first, then the context, then the window.
   EXPECT_EQ(clickTarget(nullptr, nullptr), -2);
   EXPECT_THAT(Log(), ElementsAre(error(-2, "Invalid target parameter")));
-  EXPECT_EQ(TheDesktop().Gate().Count("CoCreateInstance"), 0U);
-  TheDesktop().Gate().FailNth("CoCreateInstance", 1);
+  EXPECT_EQ(TheDesktop().Calls().Count("CoCreateInstance"), 0U);
+  TheDesktop().Faults().FailNth("CoCreateInstance", 1);
   EXPECT_EQ(clickTarget(&byId_, nullptr), -3);
   EXPECT_THAT(Log(), ElementsAre("ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed"));
   EXPECT_EQ(clickTarget(&byId_, nullptr), -2);
   EXPECT_THAT(Log(), ElementsAre(error(-2, "No target window specified")));
   const HWND gone = AddDialog();
-  TheDesktop().DestroyWindow(gone);
+  TheDesktop().Windows().Destroy(gone);
   EXPECT_EQ(clickTarget(&byId_, gone), -1);
   EXPECT_THAT(Log(), ElementsAre(error(-1, "Target window not found")));
   EXPECT_EQ(Statistics(), "none");
@@ -154,13 +154,13 @@ TEST_F(ClickTargetTest, ChecksInOrder) {
   const TargetRecord absent = RecordById(u"absent");
   EXPECT_EQ(clickTarget(&absent, dialog_), -1);
   EXPECT_EQ(Log().back(), error(-1, "Target element not found"));
-  const auto edit = TheDesktop().ElementOf(edit_);
-  TheDesktop().SetClickablePoint(edit, std::nullopt);
-  TheDesktop().FailRectangle(edit);
+  const auto edit = TheDesktop().Elements().Of(edit_);
+  TheDesktop().Elements().SetClickablePoint(edit, std::nullopt);
+  TheDesktop().Elements().FailRectangle(edit);
   EXPECT_EQ(clickTarget(&byId_, dialog_), -3);
   EXPECT_EQ(Log().back(), error(-3, "Failed to get clickable point"));
   EXPECT_EQ(Statistics(), "Hits: 0, Misses: 2, Hit Rate: 0.0%") << "a failed search is a miss";
-  EXPECT_TRUE(TheDesktop().SentInput().empty());
+  EXPECT_TRUE(TheDesktop().Input().Sent().empty());
 
   CancelByEscape();
   ForgetLog();
@@ -173,16 +173,16 @@ TEST_F(ClickTargetTest, ChecksInOrder) {
 }
 
 TEST_F(ClickTargetTest, TheGivenWindowComesBeforeTheTargetWindow) {
-  const HWND second = TheDesktop().AddWindow({.className = u"Dialog", .rect = {600, 100, 900, 400}});
+  const HWND second = TheDesktop().Windows().Add({.className = u"Dialog", .rect = {600, 100, 900, 400}});
   AddControl(second, u"Edit", 7, {620, 120, 820, 150});
   ASSERT_EQ(setTargetWindow(second), 0);
   byId_.hwnd = edit_;  // is not looked at
   EXPECT_EQ(clickTarget(&byId_, nullptr), 0);
-  ExpectPoint(TheDesktop().Cursor(), {720, 135});
+  ExpectPoint(TheDesktop().User().Cursor(), {720, 135});
   EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
-  ExpectPoint(TheDesktop().Cursor(), {220, 135});
+  ExpectPoint(TheDesktop().User().Cursor(), {220, 135});
   EXPECT_EQ(clickTarget(&byId_, nullptr), 0);
-  ExpectPoint(TheDesktop().Cursor(), {720, 135});
+  ExpectPoint(TheDesktop().User().Cursor(), {720, 135});
   EXPECT_EQ(Statistics(), "Hits: 1, Misses: 2, Hit Rate: 33.3%");
 }
 
@@ -201,11 +201,11 @@ TEST_F(ClickTargetTest, TheElementsOwnPointComesBeforeItsCentre) {
   int id = 20;
   for (const auto& c : cases) {
     const HWND control = AddControl(dialog_, u"Edit", ++id, c.rect);
-    TheDesktop().SetClickablePoint(TheDesktop().ElementOf(control), c.clickable);
+    TheDesktop().Elements().SetClickablePoint(TheDesktop().Elements().Of(control), c.clickable);
     const std::string digits = std::to_string(id);
     const TargetRecord record = RecordById(std::u16string(digits.begin(), digits.end()));
     EXPECT_EQ(clickTarget(&record, dialog_), 0);
-    ExpectPoint(TheDesktop().Cursor(), c.clicked);
+    ExpectPoint(TheDesktop().User().Cursor(), c.clicked);
     const auto stored = FindCachedPoint(CacheKey(dialog_, record));
     ASSERT_TRUE(stored);
     ExpectPoint(*stored, c.clicked);
@@ -215,11 +215,11 @@ TEST_F(ClickTargetTest, TheElementsOwnPointComesBeforeItsCentre) {
 TEST_F(ClickTargetTest, InputThatIsNotAcceptedFailsAndLeavesNoButtonDown) {
   for (const std::uint32_t inserted : {0U, 1U}) {
     clearElementCache();
-    TheDesktop().BlockInput(inserted);
+    TheDesktop().Input().Block(inserted);
     ForgetLog();
     EXPECT_EQ(clickTarget(&byId_, dialog_), -3);
     EXPECT_THAT(Starting(Log(), "ERROR"), IsEmpty());
-    EXPECT_THAT(TheDesktop().Outstanding(), Not(Contains("mouse button left down")));
+    EXPECT_THAT(TheDesktop().Ledger().Outstanding(), Not(Contains("mouse button left down")));
     EXPECT_TRUE(FindCachedPoint(CacheKey(dialog_, byId_))) << "stored before the click";
     const auto batch = LastBatch();
     ASSERT_EQ(batch.size(), inserted == 0 ? 2U : 1U);
@@ -228,10 +228,10 @@ TEST_F(ClickTargetTest, InputThatIsNotAcceptedFailsAndLeavesNoButtonDown) {
 }
 
 TEST_F(ClickTargetTest, AWindowThatDoesNotComeForwardIsClickedAllTheSame) {
-  TheDesktop().RefuseForeground(-1);
-  TheDesktop().RefuseThreadAttach(true);
+  TheDesktop().Windows().RefuseForeground(-1);
+  TheDesktop().Windows().RefuseThreadAttach(true);
   EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
-  EXPECT_EQ(TheDesktop().MouseDowns(edit_), 1);
+  EXPECT_EQ(TheDesktop().Controls().MouseDowns(edit_), 1);
   EXPECT_EQ(Log().back(), "ERROR ensureWindowFocus Code:-3 Details:Window not in foreground after focus attempt");
 }
 
@@ -243,7 +243,8 @@ TEST_F(ClickTargetTest, AHostileRecordEndsWithItsFields) {
     record.automationId[i] = u'7';
   }
   record.identificationMethod = 0;
-  TheDesktop().SetProperty(TheDesktop().ElementOf(edit_), UIA_AutomationIdPropertyId, standin::Text(255, u'7'));
+  TheDesktop().Elements().SetProperty(TheDesktop().Elements().Of(edit_), UIA_AutomationIdPropertyId,
+                                      standin::Text(255, u'7'));
   EXPECT_EQ(clickTarget(&record, dialog_), 0);
   EXPECT_EQ(clickTarget(&record, dialog_), 0);
   EXPECT_EQ(Log().back(), kCacheHit);
@@ -264,67 +265,71 @@ TEST_F(WindowFocusTest, EveryWayToTheForeground) {
   const Case cases[] = {
       {"granted", [] {}, 0, {"SetForegroundWindow", "GetForegroundWindow"}, ""},
       {"minimised",
-       [&] { TheDesktop().Minimize(dialog_); },
+       [&] { TheDesktop().Windows().Minimize(dialog_); },
        0,
        {"ShowWindow", "SetForegroundWindow", "GetForegroundWindow"},
        ""},
       {"granted after attaching",
-       [] { TheDesktop().RefuseForeground(1); },
+       [] { TheDesktop().Windows().RefuseForeground(1); },
        0,
        {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput",
         "SetForegroundWindow", "SetFocus", "AttachThreadInput", "GetForegroundWindow"},
        ""},
       {"refused after attaching",
-       [] { TheDesktop().RefuseForeground(-1); },
+       [] { TheDesktop().Windows().RefuseForeground(-1); },
        -3,
        {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput",
         "SetForegroundWindow", "SetFocus", "AttachThreadInput", "GetForegroundWindow"},
        notForeground},
       {"attaching refused",
        [] {
-         TheDesktop().RefuseForeground(-1);
-         TheDesktop().RefuseThreadAttach(true);
+         TheDesktop().Windows().RefuseForeground(-1);
+         TheDesktop().Windows().RefuseThreadAttach(true);
        },
        -3,
        {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput", "ShowWindow",
         "SetActiveWindow", "GetForegroundWindow"},
        notForeground},
       {"another window took it",
-       [&] { TheDesktop().AfterCall("SetForegroundWindow", 1, [] { TheDesktop().SetForeground(AddDialog()); }); },
+       [&] {
+         TheDesktop().Calls().After("SetForegroundWindow", 1,
+                                    [] { TheDesktop().Windows().SetForeground(AddDialog()); });
+       },
        -3,
        {"SetForegroundWindow", "GetForegroundWindow"},
        notForeground},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    TheDesktop().SetForeground(TheDesktop().AddWindow({.className = u"Other", .rect = {600, 100, 700, 200}}));
+    TheDesktop().Windows().SetForeground(
+        TheDesktop().Windows().Add({.className = u"Other", .rect = {600, 100, 700, 200}}));
     c.arrange();
     ForgetLog();
-    TheDesktop().ClearTrace();
+    TheDesktop().Calls().ClearTrace();
     Lines calls = CallsOf([&] { EXPECT_EQ(ensureWindowFocus(dialog_), c.code); });
     ASSERT_GT(calls.size(), 2U);
     EXPECT_EQ(Lines(calls.begin(), calls.begin() + 2), (Lines{"IsWindow", "IsIconic"}));
     EXPECT_EQ(Lines(calls.begin() + 2, calls.end()), c.calls);
     EXPECT_EQ(Log(), c.line.empty() ? Lines{} : Lines{c.line});
-    EXPECT_FALSE(TheDesktop().IsMinimized(dialog_));
-    for (const auto& entry : TheDesktop().Trace()) {
+    EXPECT_FALSE(TheDesktop().Windows().IsMinimized(dialog_));
+    for (const auto& entry : TheDesktop().Calls().Trace()) {
       if (entry.call == "ShowWindow") {
         EXPECT_EQ(entry.detail, c.code == 0 ? "command=9" : "command=5");
       }
     }
-    TheDesktop().RefuseForeground(0);
-    TheDesktop().RefuseThreadAttach(false);
+    TheDesktop().Windows().RefuseForeground(0);
+    TheDesktop().Windows().RefuseThreadAttach(false);
   }
 }
 
 TEST_F(WindowFocusTest, Refusals) {
   EXPECT_EQ(ensureWindowFocus(nullptr), -2);
   const HWND gone = AddDialog();
-  TheDesktop().DestroyWindow(gone);
+  TheDesktop().Windows().Destroy(gone);
   EXPECT_EQ(ensureWindowFocus(gone), -1);
   // A window of the calling thread has no other thread to attach to.
-  const HWND own = TheDesktop().AddHostWindow({.className = u"Own", .rect = {0, 0, 50, 50}});
-  TheDesktop().RefuseForeground(1);
+  const HWND own = TheDesktop().Host().AddWindow({.className = u"Own", .rect = {0, 0, 50, 50}});
+  TheDesktop().Windows().RefuseForeground(1);
   const Lines calls = CallsOf([&] { EXPECT_EQ(ensureWindowFocus(own), -3); });
   EXPECT_EQ(calls.back(), "GetWindowThreadProcessId");
   EXPECT_THAT(Log(), ElementsAre("ERROR ensureWindowFocus Code:-2 Details:Invalid window handle",

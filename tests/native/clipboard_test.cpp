@@ -19,7 +19,7 @@ class ClipboardTest : public DesktopTest {
  protected:
   void SetUp() override {
     DesktopTest::SetUp();
-    TheDesktop().SetClipboard(u"before");
+    TheDesktop().Clipboard().Set(u"before");
   }
 };
 
@@ -34,8 +34,8 @@ TEST_F(ClipboardTest, TextIsWrittenUnitForUnit) {
   for (const WideText& text : texts) {
     SCOPED_TRACE(testing::PrintToString(text.substr(0, 20)));
     EXPECT_EQ(setClipboardText(text.c_str()), 0);
-    EXPECT_EQ(TheDesktop().ClipboardBytes("CF_UNICODETEXT"), BlockOf(text));
-    EXPECT_THAT(TheDesktop().ClipboardFormats(), ElementsAre("CF_UNICODETEXT"));
+    EXPECT_EQ(TheDesktop().Clipboard().Bytes("CF_UNICODETEXT"), BlockOf(text));
+    EXPECT_THAT(TheDesktop().Clipboard().Formats(), ElementsAre("CF_UNICODETEXT"));
   }
   EXPECT_THAT(Log(), IsEmpty());
 }
@@ -44,15 +44,15 @@ TEST_F(ClipboardTest, HtmlStandsBesideTheText) {
   const std::pair<const char*, std::size_t> fragments[] = {{"", 174}, {"\xC3\xA9", 176}, {"<b>9</b>!", 183}};
   for (const auto& [fragment, size] : fragments) {
     EXPECT_EQ(setClipboardTextAndHtml(u"text", fragment), 0);
-    EXPECT_THAT(TheDesktop().ClipboardFormats(), ElementsAre("CF_UNICODETEXT", "HTML Format"));
-    EXPECT_EQ(TheDesktop().ClipboardBytes("CF_UNICODETEXT"), BlockOf(u"text"));
-    const auto block = TheDesktop().ClipboardBytes("HTML Format");
+    EXPECT_THAT(TheDesktop().Clipboard().Formats(), ElementsAre("CF_UNICODETEXT", "HTML Format"));
+    EXPECT_EQ(TheDesktop().Clipboard().Bytes("CF_UNICODETEXT"), BlockOf(u"text"));
+    const auto block = TheDesktop().Clipboard().Bytes("HTML Format");
     ASSERT_EQ(block.size(), size);
     EXPECT_EQ(block.back(), 0);
     EXPECT_EQ(std::string(block.begin() + 139, block.begin() + 139 + static_cast<int>(size) - 174), fragment);
   }
   EXPECT_EQ(setClipboardText(u"only text"), 0);
-  EXPECT_THAT(TheDesktop().ClipboardFormats(), ElementsAre("CF_UNICODETEXT"));
+  EXPECT_THAT(TheDesktop().Clipboard().Formats(), ElementsAre("CF_UNICODETEXT"));
 }
 
 TEST_F(ClipboardTest, OrderOfCalls) {
@@ -79,11 +79,11 @@ class ClipboardFailureTest : public ClipboardTest {
   void ExpectFailures(const std::string& name, int (*write)(), const std::vector<Failure>& failures) {
     for (const auto& [call, nth, details, left] : failures) {
       SCOPED_TRACE(name + ": " + call + " " + std::to_string(nth));
-      TheDesktop().SetClipboard(u"before");
-      TheDesktop().Gate().FailNth(call, nth);
+      TheDesktop().Clipboard().Set(u"before");
+      TheDesktop().Faults().FailNth(call, nth);
       const int code = write();
-      EXPECT_EQ(TheDesktop().Gate().Injected(), 1U);
-      TheDesktop().Gate().StopFailing();
+      EXPECT_EQ(TheDesktop().Faults().Injected(), 1U);
+      TheDesktop().Faults().Stop();
       if (*details == 0) {
         EXPECT_EQ(code, 0);
         EXPECT_THAT(Log(), IsEmpty());
@@ -91,7 +91,7 @@ class ClipboardFailureTest : public ClipboardTest {
         EXPECT_EQ(code, -3);
         EXPECT_THAT(Log(), ElementsAre("ERROR " + name + " Code:-3 Details:" + details));
       }
-      EXPECT_EQ(TheDesktop().ClipboardText(), left);
+      EXPECT_EQ(TheDesktop().Clipboard().Text(), left);
     }
   }
 };
@@ -128,7 +128,7 @@ TEST_F(ClipboardTest, MissingArgumentsTouchNothing) {
   EXPECT_THAT(Log(), ElementsAre("ERROR setClipboardText Code:-2 Details:Invalid text parameter",
                                  "ERROR setClipboardTextAndHtml Code:-2 Details:Invalid parameter",
                                  "ERROR setClipboardTextAndHtml Code:-2 Details:Invalid parameter"));
-  EXPECT_EQ(TheDesktop().ClipboardText(), u"before");
+  EXPECT_EQ(TheDesktop().Clipboard().Text(), u"before");
 }
 
 TEST_F(ClipboardTest, BusyClipboardIsTriedThreeTimes) {
@@ -144,16 +144,16 @@ TEST_F(ClipboardTest, BusyClipboardIsTriedThreeTimes) {
         Contention{3, 0, 4, 3, u"text"}}) {
     SCOPED_TRACE(held);
     for (const bool withHtml : {false, true}) {
-      TheDesktop().SetClipboard(u"before");
-      const auto before = TheDesktop().Gate().Count("OpenClipboard");
-      TheDesktop().HoldClipboard(held);
+      TheDesktop().Clipboard().Set(u"before");
+      const auto before = TheDesktop().Calls().Count("OpenClipboard");
+      TheDesktop().Clipboard().Hold(held);
       EXPECT_EQ(Elapsed([&, code = code] {
                   EXPECT_EQ(withHtml ? setClipboardTextAndHtml(u"text", "html") : setClipboardText(u"text"), code);
                 }),
                 slept);
-      TheDesktop().ReleaseClipboard();
-      EXPECT_EQ(TheDesktop().Gate().Count("OpenClipboard") - before, opens);
-      EXPECT_EQ(TheDesktop().ClipboardText(), left);
+      TheDesktop().Clipboard().Release();
+      EXPECT_EQ(TheDesktop().Calls().Count("OpenClipboard") - before, opens);
+      EXPECT_EQ(TheDesktop().Clipboard().Text(), left);
       if (code != 0) {
         EXPECT_THAT(WithPrefix(Log(), withHtml ? "ERROR setClipboardTextAndHtml " : "ERROR setClipboardText "),
                     ElementsAre("Code:-3 Details:Failed to open clipboard after retries"));
@@ -163,26 +163,26 @@ TEST_F(ClipboardTest, BusyClipboardIsTriedThreeTimes) {
 }
 
 TEST_F(ClipboardTest, AnotherProgramBetweenWriteAndReadBack) {
-  TheDesktop().AfterCall("CloseClipboard", 1, [] { TheDesktop().SetClipboard(u"Text"); });
+  TheDesktop().Calls().After("CloseClipboard", 1, [] { TheDesktop().Clipboard().Set(u"Text"); });
   EXPECT_EQ(setClipboardText(u"text"), -3);
-  EXPECT_EQ(TheDesktop().ClipboardText(), u"Text");
+  EXPECT_EQ(TheDesktop().Clipboard().Text(), u"Text");
 
-  TheDesktop().AfterCall("CloseClipboard", 1, [] { TheDesktop().HoldClipboard(-1); });
+  TheDesktop().Calls().After("CloseClipboard", 1, [] { TheDesktop().Clipboard().Hold(-1); });
   EXPECT_EQ(Elapsed([] { EXPECT_EQ(setClipboardText(u"text"), -3); }), 8);
-  TheDesktop().ReleaseClipboard();
-  EXPECT_EQ(TheDesktop().ClipboardText(), u"text");
+  TheDesktop().Clipboard().Release();
+  EXPECT_EQ(TheDesktop().Clipboard().Text(), u"text");
   EXPECT_THAT(Log(), ElementsAre("ERROR setClipboardText Code:-3 Details:Clipboard verification failed",
                                  "ERROR setClipboardText Code:-3 Details:Clipboard verification failed"));
 }
 
 TEST_F(ClipboardTest, VerificationIsExact) {
-  TheDesktop().SetClipboard(u"e\u0301 Text");
+  TheDesktop().Clipboard().Set(u"e\u0301 Text");
   EXPECT_TRUE(VerifyClipboardText(u"e\u0301 Text"));
   for (const char16_t* other : {u"\u00E9 Text", u"e\u0301 text", u"e\u0301 Tex", u"e\u0301 Text ", u""}) {
     EXPECT_FALSE(VerifyClipboardText(other)) << testing::PrintToString(WideText(other));
   }
   EXPECT_FALSE(VerifyClipboardText(nullptr));
-  TheDesktop().ClearClipboard();
+  TheDesktop().Clipboard().Clear();
   EXPECT_FALSE(VerifyClipboardText(u""));
 }
 

@@ -44,7 +44,7 @@ TEST_F(CoordinateCacheTest, VerifyingATargetRemembersItsCentre) {
                                "[CACHE] Stored coordinates for target"));
   EXPECT_EQ(Remembered(dialog_, record), "220 135");
   // The second time replaces the point; a cleanup in between forgets nothing.
-  TheDesktop().MoveWindowTo(edit_, 130, 121);
+  TheDesktop().Windows().MoveTo(edit_, 130, 121);
   cleanupAutomation();
   EXPECT_EQ(Remembered(dialog_, record), "220 135");
   EXPECT_EQ(verifyTarget(&record, dialog_), 0);
@@ -64,7 +64,7 @@ TEST_F(CoordinateCacheTest, TheCentreHalvesTheExtent) {
       {{5, 5, 2, 1}, "4 3"},  // upside down: truncated toward zero all the same
   };
   for (const auto& c : cases) {
-    const HWND window = TheDesktop().AddWindow({.className = u"W", .rect = {-50, -50, 50, 50}});
+    const HWND window = TheDesktop().Windows().Add({.className = u"W", .rect = {-50, -50, 50, 50}});
     AddControl(window, u"Edit", 3, c.rect);
     const TargetRecord record = RecordById(u"3");
     EXPECT_EQ(verifyTarget(&record, window), 0);
@@ -84,7 +84,7 @@ TEST_F(CoordinateCacheTest, VerifyingRefuses) {
 
   cleanupAutomation();
   OpenLog();
-  TheDesktop().Gate().FailNth("CoCreateInstance", 1);
+  TheDesktop().Faults().FailNth("CoCreateInstance", 1);
   EXPECT_EQ(verifyTarget(&record, dialog_), -3);
   EXPECT_THAT(Log(), ElementsAre("[verifyTarget] Called",
                                  "ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed",
@@ -100,7 +100,7 @@ TEST_F(CoordinateCacheTest, VerifyingRefuses) {
 
 TEST_F(CoordinateCacheTest, WithoutARectangleOrMemoryNothingIsStored) {
   const TargetRecord record = RecordById(u"7");
-  TheDesktop().FailRectangle(TheDesktop().ElementOf(edit_));
+  TheDesktop().Elements().FailRectangle(TheDesktop().Elements().Of(edit_));
   EXPECT_EQ(verifyTarget(&record, dialog_), 0);
   EXPECT_EQ(Log().back(), "[verifyTarget] SUCCESS: Target element found and verified");
   EXPECT_EQ(Remembered(dialog_, record), "none");
@@ -210,7 +210,7 @@ TEST_F(CoordinateCacheTest, RecordsWithoutAnIdShareAPointThatOnlyVerifyingStores
   EXPECT_EQ(Remembered(dialog_, atEdit), "none");
   EXPECT_EQ(verifyTarget(&atEdit, dialog_), 0);
   EXPECT_EQ(clickTarget(&elsewhere, dialog_), 0);
-  const POINT cursor = TheDesktop().Cursor();
+  const POINT cursor = TheDesktop().User().Cursor();
   EXPECT_EQ(cursor.x, 220);
   EXPECT_EQ(cursor.y, 135);
 }

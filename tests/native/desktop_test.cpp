@@ -30,23 +30,24 @@ class StandinTest : public ::testing::Test {
     TheDesktop().Reset();
   }
   void TearDown() override {
-    EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
-    EXPECT_THAT(TheDesktop().Misuses(), IsEmpty());
+    EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
+    EXPECT_THAT(TheDesktop().Ledger().Misuses(), IsEmpty());
     TheDesktop().Reset();
   }
 
   // For a test that leaves things behind or misuses them on purpose.
   static Lines TakeMisuses() {
-    const Lines misuses = TheDesktop().Misuses();
+    const Lines misuses = TheDesktop().Ledger().Misuses();
     TheDesktop().Reset();
     return misuses;
   }
 
   static HWND AddWindow(RECT rect, HWND owner = nullptr) {
-    return TheDesktop().AddWindow({.className = u"Window", .title = u"Title", .rect = rect, .owner = owner});
+    return TheDesktop().Windows().Add({.className = u"Window", .title = u"Title", .rect = rect, .owner = owner});
   }
   static HWND AddChild(HWND parent, Behaviour behaviour, RECT rect = {10, 10, 110, 30}) {
-    return TheDesktop().AddWindow({.className = u"Control", .rect = rect, .parent = parent, .behaviour = behaviour});
+    return TheDesktop().Windows().Add(
+        {.className = u"Control", .rect = rect, .parent = parent, .behaviour = behaviour});
   }
 };
 
@@ -57,7 +58,7 @@ class Diary {
  public:
   void Write(const std::string& what) {
     const std::lock_guard guard(mutex_);
-    lines_.push_back(std::to_string(static_cast<int>(TheDesktop().Now())) + " " + what);
+    lines_.push_back(std::to_string(static_cast<int>(TheDesktop().Clock().Now())) + " " + what);
   }
   Lines Take() {
     const std::lock_guard guard(mutex_);
@@ -108,7 +109,7 @@ TEST_F(StandinThreadsTest, TakeTurnsInAFixedOrder) {
     TheDesktop().Reset();
     Sleeper a{"a", 10, 2};
     Sleeper b{"b", 10, 3};
-    TheDesktop().After(10, [] { g_diary.Write("action"); });
+    TheDesktop().Clock().After(10, [] { g_diary.Write("action"); });
     const HANDLE first = CreateThread(nullptr, 0, SleepSeveralTimes, &a, 0, nullptr);
     const HANDLE second = CreateThread(nullptr, 0, SleepSeveralTimes, &b, 0, nullptr);
     g_diary.Write("main");
@@ -126,30 +127,30 @@ TEST_F(StandinThreadsTest, WaitsEndAtTheirTime) {
   Sleeper sleeper{"a", 30, 1};
   const HANDLE thread = CreateThread(nullptr, 0, SleepSeveralTimes, &sleeper, 0, nullptr);
   EXPECT_EQ(WaitForSingleObject(thread, 29), WAIT_TIMEOUT);
-  EXPECT_EQ(TheDesktop().Now(), 29);
+  EXPECT_EQ(TheDesktop().Clock().Now(), 29);
   EXPECT_EQ(WaitForSingleObject(thread, 29), WAIT_OBJECT_0);
-  EXPECT_EQ(TheDesktop().Now(), 30);
+  EXPECT_EQ(TheDesktop().Clock().Now(), 30);
   EXPECT_EQ(WaitForSingleObject(thread, 0), WAIT_OBJECT_0);
-  EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre("handle of a thread"));
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), ElementsAre("handle of a thread"));
   EXPECT_TRUE(CloseHandle(thread));
   g_diary.Take();
 }
 
 TEST_F(StandinThreadsTest, ScheduledActionsComeInOrderAndMayScheduleAndWait) {
   auto& desktop = TheDesktop();
-  desktop.After(7, [] { g_diary.Write("second"); });
-  desktop.After(5, [&desktop] {
+  desktop.Clock().After(7, [] { g_diary.Write("second"); });
+  desktop.Clock().After(5, [&desktop] {
     g_diary.Write("first");
-    desktop.After(2, [] { g_diary.Write("third"); });
-    desktop.After(0, [] { g_diary.Write("at once"); });
+    desktop.Clock().After(2, [] { g_diary.Write("third"); });
+    desktop.Clock().After(0, [] { g_diary.Write("at once"); });
   });
-  desktop.After(20, [] {
+  desktop.Clock().After(20, [] {
     Sleep(5);
     g_diary.Write("slept");
   });
   Sleep(7);
   EXPECT_THAT(g_diary.Take(), ElementsAre("5 first", "5 at once", "7 second", "7 third"));
-  desktop.Advance(14);
+  desktop.Clock().Advance(14);
   EXPECT_THAT(g_diary.Take(), ElementsAre("25 slept"));
 }
 
@@ -162,7 +163,7 @@ TEST_F(StandinThreadsTest, EventsAndTerminatedThreads) {
   for (const bool realTime : {false, true}) {
     TheDesktop().Reset();
     if (realTime) {
-      TheDesktop().UseRealTime();
+      TheDesktop().Clock().UseRealTime();
     }
     const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     EXPECT_EQ(WaitForSingleObject(event, 1), WAIT_TIMEOUT);
@@ -170,16 +171,16 @@ TEST_F(StandinThreadsTest, EventsAndTerminatedThreads) {
     EXPECT_EQ(WaitForSingleObject(event, INFINITE), WAIT_OBJECT_0);
     EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0) << "it stays set";
     JoinAndClose(setting);
-    EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre("handle of an event"));
+    EXPECT_THAT(TheDesktop().Ledger().Outstanding(), ElementsAre("handle of an event"));
     EXPECT_TRUE(CloseHandle(event));
     EXPECT_FALSE(SetEvent(event));
 
     const HANDLE endless = CreateThread(nullptr, 0, SleepForEver, nullptr, 0, nullptr);
     Sleep(25);
-    EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre("handle of a thread", "thread still running"));
+    EXPECT_THAT(TheDesktop().Ledger().Outstanding(), ElementsAre("handle of a thread", "thread still running"));
     EXPECT_TRUE(TerminateThread(endless, 0));
     JoinAndClose(endless);
-    EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+    EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
   }
 }
 
@@ -218,10 +219,10 @@ TEST_F(StandinThreadsTest, HangIsLoud) {
 }
 
 TEST_F(StandinThreadsTest, RealThreadsShareTheDesktop) {
-  TheDesktop().UseRealTime();
+  TheDesktop().Clock().UseRealTime();
   const HWND edit = AddChild(AddWindow({0, 0, 200, 200}), Behaviour::Edit);
   std::atomic<int> pressed{0};
-  TheDesktop().After(5, [&] { ++pressed; });
+  TheDesktop().Clock().After(5, [&] { ++pressed; });
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([edit] {
@@ -236,11 +237,11 @@ TEST_F(StandinThreadsTest, RealThreadsShareTheDesktop) {
   for (std::thread& thread : threads) {
     thread.join();
   }
-  EXPECT_EQ(TheDesktop().TextOf(edit).size(), 200U);
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit).size(), 200U);
   while (pressed == 0) {
     Sleep(1);
   }
-  EXPECT_EQ(TheDesktop().Gate().Count("SysFreeString"), 200U);
+  EXPECT_EQ(TheDesktop().Calls().Count("SysFreeString"), 200U);
 }
 
 TEST_F(StandinTest, CalendarFollowsTheClock) {
@@ -261,7 +262,7 @@ TEST_F(StandinTest, CalendarFollowsTheClock) {
   EXPECT_EQ(time.wHour, 9);
   const FILETIME beyond{0, 0x80000000};
   EXPECT_FALSE(FileTimeToSystemTime(&beyond, &time));
-  TheDesktop().SetTickCount(0xFFFFFFFF);
+  TheDesktop().Clock().SetTickCount(0xFFFFFFFF);
   EXPECT_EQ(GetTickCount(), 0xFFFFFFFF);
   Sleep(1);
   EXPECT_EQ(GetTickCount(), 0U);
@@ -310,18 +311,18 @@ class StandinHooksTest : public StandinTest {
 const Lines kSwallowed = {"5 hook 512 at 20", "5 hook 513 at 20", "5 woken"};
 
 TEST_F(StandinHooksTest, CalledOnTheirThreadForAUsersClick) {
-  TheDesktop().After(5, [] { TheDesktop().ClickAsUser(20, 20); });
+  TheDesktop().Clock().After(5, [] { TheDesktop().User().Click(20, 20); });
   WaitWithHook(nullptr);
   EXPECT_EQ(g_diary.Take(), kSwallowed);
-  EXPECT_EQ(TheDesktop().MouseDowns(button_), 0);
-  TheDesktop().ClickAsUser(20, 20);
-  EXPECT_EQ(TheDesktop().Presses(button_), 1);
+  EXPECT_EQ(TheDesktop().Controls().MouseDowns(button_), 0);
+  TheDesktop().User().Click(20, 20);
+  EXPECT_EQ(TheDesktop().Controls().Presses(button_), 1);
 }
 
 TEST_F(StandinHooksTest, CalledOnTheirThreadForAnothersInputAndAction) {
   for (const bool synthesized : {false, true}) {
     const HANDLE waiting = CreateThread(nullptr, 0, WaitWithHook, nullptr, 0, nullptr);
-    const double start = TheDesktop().Now();
+    const double start = TheDesktop().Clock().Now();
     if (synthesized) {
       Sleep(5);
       SetCursorPos(20, 20);
@@ -330,35 +331,35 @@ TEST_F(StandinHooksTest, CalledOnTheirThreadForAnothersInputAndAction) {
       records[1].mi.dwFlags = MOUSEEVENTF_LEFTUP;
       EXPECT_EQ(SendInput(2, records, sizeof(INPUT)), 2U);
     } else {
-      TheDesktop().After(5, [] { TheDesktop().ClickAsUser(20, 20); });
+      TheDesktop().Clock().After(5, [] { TheDesktop().User().Click(20, 20); });
     }
     EXPECT_EQ(WaitForSingleObject(waiting, INFINITE), WAIT_OBJECT_0);
-    EXPECT_EQ(TheDesktop().Now(), start + 5);
+    EXPECT_EQ(TheDesktop().Clock().Now(), start + 5);
     EXPECT_TRUE(CloseHandle(waiting));
-    EXPECT_EQ(TheDesktop().MouseDowns(button_), 0);
+    EXPECT_EQ(TheDesktop().Controls().MouseDowns(button_), 0);
     EXPECT_EQ(g_diary.Take().size(), synthesized ? 2U : 3U) << "only a user moves the pointer";
   }
 }
 
 TEST_F(StandinHooksTest, PassedByWhileTheirThreadDoesNotAnswer) {
   g_hook = SetWindowsHookExW(WH_MOUSE_LL, SwallowOnePress, GetModuleHandleW(nullptr), 0);
-  EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre("hook"));
-  TheDesktop().ClickAsUser(20, 20);
-  EXPECT_EQ(TheDesktop().Presses(button_), 1);
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), ElementsAre("hook"));
+  TheDesktop().User().Click(20, 20);
+  EXPECT_EQ(TheDesktop().Controls().Presses(button_), 1);
   EXPECT_TRUE(UnhookWindowsHookEx(g_hook));
   EXPECT_FALSE(UnhookWindowsHookEx(g_hook));
 }
 
 TEST_F(StandinHooksTest, QuitComesBehindTheMessages) {
-  TheDesktop().PostMessageToThread(0x0400);
+  TheDesktop().Host().PostMessage(0x0400);
   PostQuitMessage(7);
   MSG message;
   EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), TRUE);
   EXPECT_EQ(message.message, 0x0400U);
-  EXPECT_TRUE(TheDesktop().QuitPending());
+  EXPECT_TRUE(TheDesktop().Host().QuitPending());
   EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), FALSE);
   EXPECT_EQ(message.wParam, 7U);
-  EXPECT_FALSE(TheDesktop().QuitPending());
+  EXPECT_FALSE(TheDesktop().Host().QuitPending());
 }
 
 // ---- Windows, focus, elements ----
@@ -368,37 +369,37 @@ TEST_F(StandinTest, TopmostShownWindowIsHit) {
   const HWND below = AddWindow({0, 0, 100, 100});
   const HWND above = AddWindow({50, 50, 150, 150});
   const HWND child = AddChild(above, Behaviour::Edit, {60, 60, 80, 80});
-  const auto row = desktop.AddElement(above, {.name = u"Row", .rect = {80, 80, 100, 100}});
+  const auto row = desktop.Elements().Add(above, {.name = u"Row", .rect = {80, 80, 100, 100}});
   EXPECT_EQ(WindowFromPoint({70, 70}), child);
   EXPECT_EQ(WindowFromPoint({90, 90}), above) << "a part without a window has none";
-  desktop.BringToTop(below);
+  desktop.Windows().BringToTop(below);
   EXPECT_EQ(WindowFromPoint({70, 70}), below);
-  desktop.Minimize(below);
+  desktop.Windows().Minimize(below);
   EXPECT_EQ(WindowFromPoint({70, 70}), child);
-  desktop.SetVisible(child, false);
+  desktop.Windows().SetVisible(child, false);
   EXPECT_EQ(WindowFromPoint({70, 70}), above);
   EXPECT_EQ(WindowFromPoint({10, 10}), nullptr);
   EXPECT_EQ(WindowFromPoint({150, 150}), nullptr) << "right and bottom lie outside";
-  desktop.MoveWindowTo(above, 500, 50);
+  desktop.Windows().MoveTo(above, 500, 50);
   RECT rect{};
   EXPECT_TRUE(GetWindowRect(child, &rect));
   EXPECT_EQ(rect.left, 510);
-  desktop.DestroyWindow(above);
+  desktop.Windows().Destroy(above);
   EXPECT_FALSE(IsWindow(child));
   EXPECT_FALSE(GetWindowRect(child, &rect));
-  desktop.SetProperty(row, UIA_NamePropertyId, u"nobody");
+  desktop.Elements().SetProperty(row, UIA_NamePropertyId, u"nobody");
 }
 
 TEST_F(StandinTest, OwnedWindowsStayAboveTheirOwner) {
   const HWND owner = AddWindow({0, 0, 100, 100});
   const HWND owned = AddWindow({0, 0, 50, 50}, owner);
   AddWindow({0, 0, 100, 100});
-  TheDesktop().SetForeground(owner);
+  TheDesktop().Windows().SetForeground(owner);
   EXPECT_EQ(WindowFromPoint({10, 10}), owned);
   EXPECT_EQ(WindowFromPoint({60, 60}), owner);
   EXPECT_EQ(GetParent(owned), owner);
   EXPECT_EQ(GetAncestor(owned, GA_ROOT), owned);
-  TheDesktop().DestroyWindow(owner);
+  TheDesktop().Windows().Destroy(owner);
   EXPECT_FALSE(IsWindow(owned));
 }
 
@@ -407,28 +408,28 @@ TEST_F(StandinTest, KeysGoToTheWindowInFront) {
   const HWND first = AddWindow({0, 0, 100, 100});
   const HWND second = AddWindow({200, 0, 300, 100});
   const HWND edit = AddChild(first, Behaviour::Edit);
-  desktop.ClickAsUser(20, 20);
-  EXPECT_EQ(desktop.Focus(), edit);
-  EXPECT_EQ(desktop.Foreground(), first);
+  desktop.User().Click(20, 20);
+  EXPECT_EQ(desktop.Windows().Focus(), edit);
+  EXPECT_EQ(desktop.Windows().Foreground(), first);
   EXPECT_TRUE(SetForegroundWindow(second));
-  EXPECT_EQ(desktop.Focus(), second);
+  EXPECT_EQ(desktop.Windows().Focus(), second);
   EXPECT_TRUE(SetForegroundWindow(edit));
   EXPECT_EQ(GetForegroundWindow(), first) << "a control is never in front itself";
-  EXPECT_EQ(desktop.Focus(), edit) << "as it was left";
+  EXPECT_EQ(desktop.Windows().Focus(), edit) << "as it was left";
 
-  desktop.RefuseForeground(1);
+  desktop.Windows().RefuseForeground(1);
   EXPECT_FALSE(SetForegroundWindow(second));
   EXPECT_EQ(SetActiveWindow(second), nullptr) << "not of this thread's queue";
   const DWORD theirs = GetWindowThreadProcessId(second, nullptr);
   EXPECT_FALSE(AttachThreadInput(GetCurrentThreadId(), 0, TRUE));
   EXPECT_TRUE(AttachThreadInput(GetCurrentThreadId(), theirs, TRUE));
-  EXPECT_THAT(desktop.Outstanding(), ElementsAre("attached input queue"));
+  EXPECT_THAT(desktop.Ledger().Outstanding(), ElementsAre("attached input queue"));
   EXPECT_TRUE(SetForegroundWindow(second));
   EXPECT_TRUE(AttachThreadInput(GetCurrentThreadId(), theirs, FALSE));
-  EXPECT_EQ(desktop.Foreground(), second);
-  const HWND own = desktop.AddHostWindow({.rect = {0, 0, 10, 10}});
+  EXPECT_EQ(desktop.Windows().Foreground(), second);
+  const HWND own = desktop.Host().AddWindow({.rect = {0, 0, 10, 10}});
   EXPECT_EQ(SetActiveWindow(own), second);
-  EXPECT_EQ(desktop.Foreground(), own);
+  EXPECT_EQ(desktop.Windows().Foreground(), own);
 }
 
 class StandinElementsTest : public StandinTest {
@@ -453,8 +454,8 @@ TEST_F(StandinElementsTest, AnswerForTheirWindowUntilItIsDestroyed) {
   auto& desktop = TheDesktop();
   const HWND window = AddWindow({0, 0, 100, 100});
   const HWND edit = AddChild(window, Behaviour::Edit, {50, 50, 150, 70});
-  desktop.SetText(edit, u"text");
-  EXPECT_THAT(desktop.Outstanding(), ElementsAre("COM initialisation", "IUIAutomation"));
+  desktop.Controls().SetText(edit, u"text");
+  EXPECT_THAT(desktop.Ledger().Outstanding(), ElementsAre("COM initialisation", "IUIAutomation"));
 
   IUIAutomationElement* element = nullptr;
   ASSERT_EQ(automation_->ElementFromPoint({60, 60}, &element), S_OK);
@@ -464,7 +465,7 @@ TEST_F(StandinElementsTest, AnswerForTheirWindowUntilItIsDestroyed) {
   VARIANT value{};
   EXPECT_EQ(element->GetCurrentPropertyValue(UIA_ValueValuePropertyId, &value), S_OK);
   EXPECT_EQ(standin::Text(value.bstrVal), u"text");
-  EXPECT_THAT(desktop.Outstanding(),
+  EXPECT_THAT(desktop.Ledger().Outstanding(),
               ElementsAre("BSTR", "COM initialisation", "IUIAutomation", "IUIAutomationElement"));
   EXPECT_EQ(VariantClear(&value), S_OK);
   EXPECT_EQ(element->GetCurrentPropertyValue(UIA_LegacyIAccessibleValuePropertyId, &value), S_OK);
@@ -473,35 +474,35 @@ TEST_F(StandinElementsTest, AnswerForTheirWindowUntilItIsDestroyed) {
   BOOL got = FALSE;
   EXPECT_EQ(element->GetClickablePoint(&point, &got), S_OK);
   EXPECT_EQ(point.x, 75) << "the middle of the part that the parent does not cut off";
-  desktop.Minimize(window);
+  desktop.Windows().Minimize(window);
   EXPECT_LT(element->GetClickablePoint(&point, &got), 0);
 
-  desktop.DestroyWindow(edit);
+  desktop.Windows().Destroy(edit);
   EXPECT_EQ(element->get_CurrentNativeWindowHandle(&handle), static_cast<HRESULT>(0x80040201));
   element->Release();
 }
 
 TEST_F(StandinElementsTest, FailAndCountAsCallsOfTheirOwn) {
-  auto& gate = TheDesktop().Gate();
   AddWindow({0, 0, 100, 100});
   IUIAutomationElement* element = nullptr;
-  gate.SetCrossProcessCost(2.5);
-  gate.FailWith("IUIAutomation::ElementFromPoint", E_OUTOFMEMORY);
-  gate.FailNth("IUIAutomation::ElementFromPoint", 2);
-  const double start = TheDesktop().Now();
+  TheDesktop().Calls().SetCrossProcessCost(2.5);
+  TheDesktop().Faults().FailWith("IUIAutomation::ElementFromPoint", E_OUTOFMEMORY);
+  TheDesktop().Faults().FailNth("IUIAutomation::ElementFromPoint", 2);
+  const double start = TheDesktop().Clock().Now();
   ASSERT_EQ(automation_->ElementFromPoint({60, 60}, &element), S_OK);
   element->Release();
   EXPECT_EQ(automation_->ElementFromPoint({60, 60}, &element), E_OUTOFMEMORY);
   EXPECT_EQ(element, nullptr);
-  EXPECT_EQ(TheDesktop().Now(), start + 5);
-  EXPECT_EQ(gate.CrossProcessCalls(), 2U);
+  EXPECT_EQ(TheDesktop().Clock().Now(), start + 5);
+  EXPECT_EQ(TheDesktop().Calls().CrossProcessCount(), 2U);
 
-  gate.FailNth("NewString", 1);
+  TheDesktop().Faults().FailNth("NewString", 1);
   ASSERT_EQ(automation_->ElementFromPoint({60, 60}, &element), S_OK);
   BSTR name = nullptr;
   EXPECT_EQ(element->get_CurrentName(&name), E_OUTOFMEMORY);
   EXPECT_FALSE(standin::InsidePlatformCall());
-  TheDesktop().AfterCall("IUIAutomationElement::get_CurrentName", 1, [&] { EXPECT_EQ(standin::Text(name), u"Title"); });
+  TheDesktop().Calls().After("IUIAutomationElement::get_CurrentName", 1,
+                             [&] { EXPECT_EQ(standin::Text(name), u"Title"); });
   EXPECT_EQ(element->get_CurrentName(&name), S_OK);
   SysFreeString(name);
   element->Release();
@@ -515,7 +516,7 @@ class StandinFieldsTest : public StandinTest {
     StandinTest::SetUp();
     window_ = AddWindow({0, 0, 300, 300});
     edit_ = AddChild(window_, Behaviour::Edit);
-    TheDesktop().ClickAsUser(20, 20);
+    TheDesktop().User().Click(20, 20);
   }
 
   // Presses and releases keys: a letter or digit, with "^" before it for Ctrl, "+" for Shift, "%" for Alt.
@@ -563,52 +564,52 @@ TEST_F(StandinFieldsTest, Keys) {
       {"^A\x08", u"", u""},
       {"\r\t", u"", u"ab"},
   };
-  TheDesktop().SetKey(u'@', 0x0600 | 'Q');
+  TheDesktop().Input().SetKey(u'@', 0x0600 | 'Q');
   for (const auto& [keys, clipboard, text] : cases) {
     SCOPED_TRACE(keys);
-    TheDesktop().SetText(edit_, u"ab");
-    TheDesktop().SetClipboard(clipboard);
+    TheDesktop().Controls().SetText(edit_, u"ab");
+    TheDesktop().Clipboard().Set(clipboard);
     Type(keys);
-    EXPECT_EQ(TheDesktop().TextOf(edit_), *keys == 'A' ? u"ab" + text.substr(0, 2) + u"A1!" : text);
+    EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), *keys == 'A' ? u"ab" + text.substr(0, 2) + u"A1!" : text);
   }
 }
 
 TEST_F(StandinFieldsTest, PastesOnlyWhatItCanHave) {
   auto& desktop = TheDesktop();
-  desktop.SetText(edit_, u"ab");
-  desktop.SetClipboard(u"p");
-  desktop.HoldClipboard(10);
+  desktop.Controls().SetText(edit_, u"ab");
+  desktop.Clipboard().Set(u"p");
+  desktop.Clipboard().Hold(10);
   Type("^A^V");
-  EXPECT_EQ(desktop.TextOf(edit_), u"ab") << "held by another program";
+  EXPECT_EQ(desktop.Controls().TextOf(edit_), u"ab") << "held by another program";
   Sleep(10);
   EXPECT_TRUE(OpenClipboard(nullptr));
   Type("^V");
-  EXPECT_EQ(desktop.TextOf(edit_), u"ab") << "held by ourselves";
+  EXPECT_EQ(desktop.Controls().TextOf(edit_), u"ab") << "held by ourselves";
   EXPECT_TRUE(CloseClipboard());
-  desktop.ClearClipboard();
+  desktop.Clipboard().Clear();
   Type("^V");
-  EXPECT_EQ(desktop.TextOf(edit_), u"ab") << "nothing to paste";
-  desktop.SetClipboard(u"p");
-  desktop.DelayPaste(30);
+  EXPECT_EQ(desktop.Controls().TextOf(edit_), u"ab") << "nothing to paste";
+  desktop.Clipboard().Set(u"p");
+  desktop.Controls().DelayPaste(30);
   Type("^V");
   Sleep(29);
-  EXPECT_EQ(desktop.TextOf(edit_), u"ab");
+  EXPECT_EQ(desktop.Controls().TextOf(edit_), u"ab");
   Sleep(1);
-  EXPECT_EQ(desktop.TextOf(edit_), u"p");
-  desktop.DelayPaste(0);
+  EXPECT_EQ(desktop.Controls().TextOf(edit_), u"p");
+  desktop.Controls().DelayPaste(0);
 
   for (const auto& [readOnly, multiLine, text] :
        {std::tuple(true, false, u""), std::tuple(false, true, u"one\r\ntwox\r\n")}) {
-    const HWND other = desktop.AddWindow({.rect = {200, 10, 290, 30},
-                                          .parent = window_,
-                                          .behaviour = Behaviour::Edit,
-                                          .readOnly = readOnly,
-                                          .multiLine = multiLine});
-    desktop.SetClipboard(u"one\r\ntwo");
-    desktop.ClickAsUser(210, 20);
+    const HWND other = desktop.Windows().Add({.rect = {200, 10, 290, 30},
+                                              .parent = window_,
+                                              .behaviour = Behaviour::Edit,
+                                              .readOnly = readOnly,
+                                              .multiLine = multiLine});
+    desktop.Clipboard().Set(u"one\r\ntwo");
+    desktop.User().Click(210, 20);
     Type("^VX\r");
-    EXPECT_EQ(desktop.TextOf(other), text);
-    desktop.DestroyWindow(other);
+    EXPECT_EQ(desktop.Controls().TextOf(other), text);
+    desktop.Windows().Destroy(other);
   }
 }
 
@@ -619,30 +620,30 @@ TEST_F(StandinFieldsTest, Messages) {
   auto& desktop = TheDesktop();
   EXPECT_EQ(send(WM_SETTEXT, u"abcd"), TRUE);
   send(EM_REPLACESEL, u">");
-  EXPECT_EQ(desktop.TextOf(edit_), u">abcd") << "a text that was set leaves the caret before it";
-  desktop.SetSelection(edit_, 2, 4);
+  EXPECT_EQ(desktop.Controls().TextOf(edit_), u">abcd") << "a text that was set leaves the caret before it";
+  desktop.Controls().SetSelection(edit_, 2, 4);
   int edits = 0;
-  desktop.OnEdited(edit_, [&](HWND edit) {
+  desktop.Controls().OnEdited(edit_, [&](HWND edit) {
     ++edits;
-    desktop.SetText(edit, u"[" + desktop.TextOf(edit) + u"]");
+    desktop.Controls().SetText(edit, u"[" + desktop.Controls().TextOf(edit) + u"]");
   });
   send(EM_REPLACESEL, u"X");
-  EXPECT_EQ(desktop.TextOf(edit_), u"[>aXd]");
+  EXPECT_EQ(desktop.Controls().TextOf(edit_), u"[>aXd]");
   EXPECT_EQ(edits, 1);
-  desktop.OnEdited(edit_, [&](HWND edit) { desktop.DestroyWindow(edit); });
+  desktop.Controls().OnEdited(edit_, [&](HWND edit) { desktop.Windows().Destroy(edit); });
   Type("A");
   EXPECT_FALSE(IsWindow(edit_));
 
   const HWND refusing = AddChild(window_, Behaviour::Edit);
-  desktop.RefuseText(refusing);
+  desktop.Controls().RefuseText(refusing);
   EXPECT_EQ(SendMessageW(refusing, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(u"x")), 0);
-  EXPECT_EQ(desktop.TextOf(refusing), u"");
+  EXPECT_EQ(desktop.Controls().TextOf(refusing), u"");
 }
 
 TEST_F(StandinFieldsTest, KeyMessagesAndKeysLeftDown) {
   Type("%A^B+C");
   std::vector<std::pair<UINT, WPARAM>> received;
-  for (const auto& message : TheDesktop().KeyMessages()) {
+  for (const auto& message : TheDesktop().Input().KeyMessages()) {
     EXPECT_EQ(message.window, edit_);
     received.emplace_back(message.message, message.key);
   }
@@ -653,7 +654,7 @@ TEST_F(StandinFieldsTest, KeyMessagesAndKeysLeftDown) {
   Send(VK_CONTROL, 0);
   mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
   EXPECT_LT(GetAsyncKeyState(VK_CONTROL), 0);
-  EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre("key left down: 0x11", "left mouse button left down"));
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), ElementsAre("key left down: 0x11", "left mouse button left down"));
   Send(VK_CONTROL, KEYEVENTF_KEYUP);
   mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
 }
@@ -661,7 +662,7 @@ TEST_F(StandinFieldsTest, KeyMessagesAndKeysLeftDown) {
 TEST_F(StandinFieldsTest, ButtonIsPressedWhereItIsReleased) {
   const HWND button = AddChild(window_, Behaviour::Button, {200, 10, 290, 30});
   int pressed = 0;
-  TheDesktop().OnPress(button, [&] { ++pressed; });
+  TheDesktop().Controls().OnPress(button, [&] { ++pressed; });
   SetCursorPos(210, 20);
   mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
   SetCursorPos(20, 20);
@@ -670,7 +671,7 @@ TEST_F(StandinFieldsTest, ButtonIsPressedWhereItIsReleased) {
   SetCursorPos(210, 20);
   mouse_event(MOUSEEVENTF_LEFTDOWN | MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
   EXPECT_EQ(pressed, 1);
-  EXPECT_EQ(TheDesktop().MouseDowns(button), 2);
+  EXPECT_EQ(TheDesktop().Controls().MouseDowns(button), 2);
 }
 
 // ---- Clipboard, memory, files ----
@@ -682,14 +683,14 @@ TEST_F(StandinTest, ClipboardOwnsWhatItWasGiven) {
     return block;
   };
   const HGLOBAL block = allocate();
-  EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre("global memory", "lock of global memory"));
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), ElementsAre("global memory", "lock of global memory"));
   EXPECT_EQ(SetClipboardData(CF_UNICODETEXT, block), nullptr) << "not open";
   EXPECT_TRUE(OpenClipboard(nullptr));
   EXPECT_FALSE(OpenClipboard(nullptr));
   EXPECT_EQ(SetClipboardData(CF_UNICODETEXT, block), nullptr) << "locked";
   GlobalUnlock(block);
   EXPECT_EQ(SetClipboardData(CF_UNICODETEXT, block), block);
-  EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre("clipboard held open"));
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), ElementsAre("clipboard held open"));
   EXPECT_EQ(GetClipboardData(CF_UNICODETEXT), block);
   const void* before = GlobalLock(block);
   GlobalUnlock(block);
@@ -704,12 +705,12 @@ TEST_F(StandinTest, ClipboardOwnsWhatItWasGiven) {
   const HGLOBAL second = allocate();
   GlobalUnlock(second);
   EXPECT_EQ(SetClipboardData(CF_UNICODETEXT, second), second);
-  EXPECT_THAT(TheDesktop().ClipboardFormats(), ElementsAre("CF_UNICODETEXT"));
-  EXPECT_EQ(TheDesktop().ClipboardBytes("CF_UNICODETEXT"), (std::vector<std::uint8_t>{'x', 0, 0, 0}));
+  EXPECT_THAT(TheDesktop().Clipboard().Formats(), ElementsAre("CF_UNICODETEXT"));
+  EXPECT_EQ(TheDesktop().Clipboard().Bytes("CF_UNICODETEXT"), (std::vector<std::uint8_t>{'x', 0, 0, 0}));
   EXPECT_TRUE(EmptyClipboard());
   EXPECT_TRUE(CloseClipboard());
-  EXPECT_EQ(TheDesktop().ClipboardText(), std::nullopt);
-  EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+  EXPECT_EQ(TheDesktop().Clipboard().Text(), std::nullopt);
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
   EXPECT_EQ(TakeMisuses().size(), 4U);
 }
 
@@ -720,10 +721,11 @@ TEST_F(StandinTest, LedgerNamesWhatIsLeftAndWhatIsGivenBackTwice) {
   const BSTR text = SysAllocString(u"ab");
   EXPECT_EQ(SysStringLen(text), 2U);
   void* const block = CoTaskMemAlloc(3);
-  const HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, TheDesktop().AddProcess(u"C:\\a.exe"));
+  const HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, TheDesktop().Windows().AddProcess(u"C:\\a.exe"));
   EXPECT_TRUE(SetPropW(GetDesktopWindow(), u"Property", process));
-  EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre("BSTR", "COM initialisation", "COM initialisation",
-                                                      "handle of a process", "task memory", "window property"));
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(),
+              ElementsAre("BSTR", "COM initialisation", "COM initialisation", "handle of a process", "task memory",
+                          "window property"));
   for (int i = 0; i < 2; ++i) {
     SysFreeString(text);
     CoTaskMemFree(block);
@@ -733,12 +735,12 @@ TEST_F(StandinTest, LedgerNamesWhatIsLeftAndWhatIsGivenBackTwice) {
   for (int i = 0; i < 3; ++i) {
     CoUninitialize();
   }
-  EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
   EXPECT_EQ(TakeMisuses().size(), 4U);
 
-  TheDesktop().InitializeComMultithreaded();
+  TheDesktop().Host().InitializeComMultithreaded();
   EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), RPC_E_CHANGED_MODE);
-  TheDesktop().UninitializeCom();
+  TheDesktop().Host().UninitializeCom();
 }
 
 TEST_F(StandinTest, Utf8) {
@@ -775,7 +777,7 @@ TEST_F(StandinTest, FilesAreAppendedTo) {
   for (const HANDLE file : {first, second, first}) {
     EXPECT_TRUE(WriteFile(file, "ab", 2, &written, nullptr));
   }
-  EXPECT_THAT(TheDesktop().Outstanding(), ElementsAre("handle of a file", "handle of a file"));
+  EXPECT_THAT(TheDesktop().Ledger().Outstanding(), ElementsAre("handle of a file", "handle of a file"));
   EXPECT_TRUE(CloseHandle(first));
   EXPECT_TRUE(CloseHandle(second));
   standin::Text machinePath = path;
@@ -787,7 +789,6 @@ TEST_F(StandinTest, FilesAreAppendedTo) {
 // ---- The gate ----
 
 TEST_F(StandinTest, GateFailsTheCallsItIsToldTo) {
-  auto& gate = TheDesktop().Gate();
   const HWND window = AddWindow({0, 0, 10, 10});
   const auto answers = [window](int calls) {
     std::string all;
@@ -796,46 +797,45 @@ TEST_F(StandinTest, GateFailsTheCallsItIsToldTo) {
     }
     return all;
   };
-  gate.FailNth(2);
+  TheDesktop().Faults().FailNth(2);
   EXPECT_EQ(answers(4), "ynyy");
   EXPECT_EQ(GetLastError(), 31U);
-  gate.FailPair(1, 3);
+  TheDesktop().Faults().FailPair(1, 3);
   EXPECT_EQ(answers(4), "nyny");
-  EXPECT_EQ(gate.Injected(), 2U);
-  gate.FailFromNth(3);
+  EXPECT_EQ(TheDesktop().Faults().Injected(), 2U);
+  TheDesktop().Faults().FailFromNth(3);
   EXPECT_EQ(answers(4), "yynn");
   Sleep(1);
-  EXPECT_EQ(gate.Injected(), 2U) << "Sleep cannot fail";
-  gate.FailNth("IsWindow", 2);
-  gate.StopFailing();
+  EXPECT_EQ(TheDesktop().Faults().Injected(), 2U) << "Sleep cannot fail";
+  TheDesktop().Faults().FailNth("IsWindow", 2);
+  TheDesktop().Faults().Stop();
   EXPECT_EQ(answers(2), "yy");
-  gate.FailNth("IsWindow", 2);
+  TheDesktop().Faults().FailNth("IsWindow", 2);
   EXPECT_EQ(GetParent(window), nullptr);
   EXPECT_EQ(answers(3), "yny");
-  gate.FailFromNth("IsWindow", 2);
+  TheDesktop().Faults().FailFromNth("IsWindow", 2);
   EXPECT_EQ(answers(3), "ynn");
 
-  TheDesktop().AfterCall("IsWindow", 2, [&] { TheDesktop().DestroyWindow(window); });
-  gate.StopFailing();
+  TheDesktop().Calls().After("IsWindow", 2, [&] { TheDesktop().Windows().Destroy(window); });
+  TheDesktop().Faults().Stop();
   EXPECT_EQ(answers(3), "yyn");
-  const auto counted = gate.Count();
-  const Lines sequence = gate.Sequence();
+  const auto counted = TheDesktop().Calls().Count();
+  const Lines sequence = TheDesktop().Calls().Sequence();
   EXPECT_EQ(sequence.size(), counted);
   EXPECT_EQ(sequence.back(), "IsWindow");
-  TheDesktop().SetTracing(false);
+  TheDesktop().Calls().SetTracing(false);
   answers(1);
-  EXPECT_EQ(gate.Sequence().size(), counted);
-  EXPECT_EQ(gate.Count(), counted + 1);
+  EXPECT_EQ(TheDesktop().Calls().Sequence().size(), counted);
+  EXPECT_EQ(TheDesktop().Calls().Count(), counted + 1);
 }
 
 // A failing call changes nothing, except that what it was to give back is no longer the caller's.
 TEST_F(StandinTest, FailingCallsHaveNoEffectButReleasesRelease) {
   auto& desktop = TheDesktop();
-  auto& gate = desktop.Gate();
   const HWND window = AddWindow({0, 0, 100, 100});
-  desktop.SetClipboard(u"before");
+  desktop.Clipboard().Set(u"before");
   const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 2);
-  const HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, desktop.AddProcess(u"C:\\a.exe"));
+  const HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, desktop.Windows().AddProcess(u"C:\\a.exe"));
   const HHOOK hook = SetWindowsHookExW(
       WH_MOUSE_LL, [](int, WPARAM, LPARAM) -> LRESULT { return 0; }, nullptr, 0);
   SetPropW(window, u"Property", process);
@@ -845,7 +845,7 @@ TEST_F(StandinTest, FailingCallsHaveNoEffectButReleasesRelease) {
   VARIANT value{};
   value.vt = VT_BSTR;
   value.bstrVal = SysAllocString(u"x");
-  gate.FailFromNth(1);
+  TheDesktop().Faults().FailFromNth(1);
 
   EXPECT_FALSE(EmptyClipboard());
   EXPECT_EQ(SetClipboardData(CF_UNICODETEXT, block), nullptr);
@@ -870,13 +870,13 @@ TEST_F(StandinTest, FailingCallsHaveNoEffectButReleasesRelease) {
   EXPECT_FALSE(AttachThreadInput(GetCurrentThreadId(), GetWindowThreadProcessId(window, nullptr), FALSE) &&
                AttachThreadInput(GetCurrentThreadId(), 0, FALSE));
   EXPECT_EQ(VariantClear(&value), E_FAIL);
-  gate.StopFailing();
+  TheDesktop().Faults().Stop();
   AttachThreadInput(GetCurrentThreadId(), GetWindowThreadProcessId(window, nullptr), FALSE);
-  EXPECT_THAT(desktop.Outstanding(), IsEmpty());
-  EXPECT_EQ(desktop.ClipboardText(), u"before");
-  EXPECT_EQ(desktop.Cursor().x, 0);
-  EXPECT_EQ(desktop.Foreground(), nullptr);
-  EXPECT_EQ(desktop.TextOf(window), u"Title");
+  EXPECT_THAT(desktop.Ledger().Outstanding(), IsEmpty());
+  EXPECT_EQ(desktop.Clipboard().Text(), u"before");
+  EXPECT_EQ(desktop.User().Cursor().x, 0);
+  EXPECT_EQ(desktop.Windows().Foreground(), nullptr);
+  EXPECT_EQ(desktop.Controls().TextOf(window), u"Title");
   TakeMisuses();
 }
 

@@ -94,7 +94,7 @@ const Failures kWait = {{-3, "getTargetText: FAILED - No element found"},
 
 void ShowText(Form& form) {
   initializeAutomation();
-  TheDesktop().SetText(form.edit, u"shown text");
+  TheDesktop().Controls().SetText(form.edit, u"shown text");
 }
 
 // The text goes into the form without an allocation, which would be taken for the library's.
@@ -132,25 +132,25 @@ void CheckCapturedAtCursor(const Form& form, int code) {
 
 // A failure has not clicked anything.
 void CheckClicks(const Form& form, int code) {
-  EXPECT_LE(TheDesktop().MouseDowns(form.edit), code == KORVANE_OK ? 1 : 0);
-  EXPECT_EQ(TheDesktop().Presses(form.button), 0);
+  EXPECT_LE(TheDesktop().Controls().MouseDowns(form.edit), code == KORVANE_OK ? 1 : 0);
+  EXPECT_EQ(TheDesktop().Controls().Presses(form.button), 0);
 }
 
 void CheckPasted(const Form& form, int code) {
   if (code == KORVANE_OK) {
-    EXPECT_EQ(TheDesktop().TextOf(form.edit), u"pasted text");
+    EXPECT_EQ(TheDesktop().Controls().TextOf(form.edit), u"pasted text");
   }
 }
 
 void CheckClipboard(const Form&, int code) {
   if (code == KORVANE_OK) {
-    EXPECT_EQ(TheDesktop().ClipboardText(), u"text");
+    EXPECT_EQ(TheDesktop().Clipboard().Text(), u"text");
   }
 }
 
 void CheckClipboardWithHtml(const Form& form, int code) {
   CheckClipboard(form, code);
-  const auto block = TheDesktop().ClipboardBytes("HTML Format");
+  const auto block = TheDesktop().Clipboard().Bytes("HTML Format");
   if (code == KORVANE_OK && !block.empty()) {
     EXPECT_THAT(std::string(block.begin(), block.end()), ::testing::HasSubstr("<b>text</b>"));
   }
@@ -175,22 +175,22 @@ Form BuildForm() {
   Form form{};
   std::memset(&form.captured, kUntouched, sizeof form.captured);
   std::memset(&form.info, kUntouched, sizeof form.info);
-  const DWORD process = desktop.AddProcess(u"C:\\Office\\orders.exe");
-  form.window =
-      desktop.AddWindow({.className = u"Dialog", .title = u"Orders", .rect = {100, 100, 500, 400}, .process = process});
+  const DWORD process = desktop.Windows().AddProcess(u"C:\\Office\\orders.exe");
+  form.window = desktop.Windows().Add(
+      {.className = u"Dialog", .title = u"Orders", .rect = {100, 100, 500, 400}, .process = process});
   form.edit = AddControl(form.window, u"Edit", 7);
-  form.button = desktop.AddWindow({.className = u"Button",
-                                   .title = u"Save",
-                                   .rect = {120, 160, 220, 190},
-                                   .parent = form.window,
-                                   .controlId = 8,
-                                   .behaviour = standin::Behaviour::Button});
-  desktop.AddElement(form.window, {.className = u"", .name = u"Row", .rect = {120, 200, 320, 220}});
-  form.other = desktop.AddWindow({.className = u"Other", .title = u"Other", .rect = {600, 100, 800, 300}});
-  desktop.BringToTop(form.window);
-  desktop.SetForeground(form.other);
-  desktop.SetClipboard(u"pasted text");
-  desktop.SetCursor(150, 130);
+  form.button = desktop.Windows().Add({.className = u"Button",
+                                       .title = u"Save",
+                                       .rect = {120, 160, 220, 190},
+                                       .parent = form.window,
+                                       .controlId = 8,
+                                       .behaviour = standin::Behaviour::Button});
+  desktop.Elements().Add(form.window, {.className = u"", .name = u"Row", .rect = {120, 200, 320, 220}});
+  form.other = desktop.Windows().Add({.className = u"Other", .title = u"Other", .rect = {600, 100, 800, 300}});
+  desktop.Windows().BringToTop(form.window);
+  desktop.Windows().SetForeground(form.other);
+  desktop.Clipboard().Set(u"pasted text");
+  desktop.User().MoveCursor(150, 130);
 
   form.byId = RecordById(u"7");
   form.byPath = EmptyRecord();
@@ -251,12 +251,13 @@ const std::vector<Scenario>& Scenarios() {
       {"clickTarget, no window", [](Form& f) { return clickTarget(&f.byId, nullptr); }, kClick, -2, [](Form&) {},
        CheckClicks},
       {"clickTarget, no clickable point", [](Form& f) { return clickTarget(&f.byId, f.window); }, kClick, 0,
-       [](Form& f) { TheDesktop().SetClickablePoint(TheDesktop().ElementOf(f.edit), std::nullopt); }, CheckClicks},
+       [](Form& f) { TheDesktop().Elements().SetClickablePoint(TheDesktop().Elements().Of(f.edit), std::nullopt); },
+       CheckClicks},
       {"ensureWindowFocus", [](Form& f) { return ensureWindowFocus(f.window); }, kFocus},
       {"ensureWindowFocus, minimised and refused", [](Form& f) { return ensureWindowFocus(f.window); }, kFocus, 0,
        [](Form& f) {
-         TheDesktop().Minimize(f.window);
-         TheDesktop().RefuseForeground(1);
+         TheDesktop().Windows().Minimize(f.window);
+         TheDesktop().Windows().RefuseForeground(1);
        }},
 
       {"pasteToTargetWithVerifyEx", [](Form& f) { return pasteToTargetWithVerifyEx(&f.byPath, f.window, 40); },
@@ -276,7 +277,7 @@ const std::vector<Scenario>& Scenarios() {
       {"setClipboardText", [](Form&) { return setClipboardText(u"text"); }, kClipboard, 0, [](Form&) {},
        CheckClipboard},
       {"setClipboardText, held", [](Form&) { return setClipboardText(u"text"); }, kClipboard, -3,
-       [](Form&) { TheDesktop().HoldClipboard(-1); }},
+       [](Form&) { TheDesktop().Clipboard().Hold(-1); }},
       {"setClipboardTextAndHtml", [](Form&) { return setClipboardTextAndHtml(u"text", "<b>text</b>"); },
        kClipboardWithHtml, 0, [](Form&) {}, CheckClipboardWithHtml},
 
@@ -291,7 +292,7 @@ const std::vector<Scenario>& Scenarios() {
       {"waitForFieldChange", [](Form& f) { return waitForFieldChange(&f.byId, f.window, u"shown text", 6); }, kWait, 0,
        [](Form& f) {
          ShowText(f);
-         TheDesktop().After(3, [edit = f.edit] { TheDesktop().SetText(edit, u"new"); });
+         TheDesktop().Clock().After(3, [edit = f.edit] { TheDesktop().Controls().SetText(edit, u"new"); });
        }},
       {"waitForFieldEmpty, in vain", [](Form& f) { return waitForFieldEmpty(&f.byId, f.window, 4); }, kWait, -3,
        ShowText},
@@ -299,17 +300,17 @@ const std::vector<Scenario>& Scenarios() {
        [](Form& f) { return waitForTargetContainsPartialText(&f.byId, f.window, u"own", 6); }, kWait, 0, ShowText},
       {"verifySimple", [](Form& f) { return verifySimple(u"shown text", f.window); }, kInput, 0,
        [](Form& f) {
-         TheDesktop().SetText(f.edit, u"shown text");
-         TheDesktop().ClickAsUser(150, 130);
+         TheDesktop().Controls().SetText(f.edit, u"shown text");
+         TheDesktop().User().Click(150, 130);
        }},
 
       {"getWindowInfo", [](Form& f) { return getWindowInfo(f.window, &f.info); }, {}, 0, [](Form&) {}, CheckInfo},
       {"findWindowByClick", [](Form& f) { return findWindowByClick() == f.window ? KORVANE_OK : KORVANE_NOT_FOUND; },
        Failures{{-1, nullptr}}, 0,
        [](Form&) {
-         TheDesktop().After(5, [] { TheDesktop().ClickAsUser(150, 170); });
+         TheDesktop().Clock().After(5, [] { TheDesktop().User().Click(150, 170); });
          // A later message, for when the waking one is lost.
-         TheDesktop().After(9, [] { TheDesktop().PostMessageToThread(WM_NULL); });
+         TheDesktop().Clock().After(9, [] { TheDesktop().Host().PostMessage(WM_NULL); });
        }},
       {"cancel monitor",
        [](Form&) {
@@ -320,7 +321,7 @@ const std::vector<Scenario>& Scenarios() {
        },
        {},
        1,
-       [](Form&) { TheDesktop().HoldEscape(5, 20); },
+       [](Form&) { TheDesktop().User().HoldEscape(5, 20); },
        [](const Form&, int) {},
        {0}},
   };

@@ -34,7 +34,7 @@ class FaultSweepTest : public DesktopTest {
     ::testing::internal::CaptureStdout();
     inject();
     const int code = scenario.call(form);
-    TheDesktop().Gate().StopFailing();
+    TheDesktop().Faults().Stop();
     allocations::StopFailing();
     ::testing::internal::GetCapturedStdout();
     return code;
@@ -56,7 +56,7 @@ class FaultSweepTest : public DesktopTest {
   // What may be outstanding while the library is in use: its context and its log.
   static Lines Unexpected() {
     Lines rest;
-    for (const std::string& entry : TheDesktop().Outstanding()) {
+    for (const std::string& entry : TheDesktop().Ledger().Outstanding()) {
       const bool expected = entry.find("IUIAutomation") == 0 && entry.find("IUIAutomationE") == std::string::npos;
       if (!expected && entry.find("file") == std::string::npos && entry.find("COM") == std::string::npos) {
         rest.push_back(entry);
@@ -95,28 +95,27 @@ class FaultSweepTest : public DesktopTest {
     scenario.check(form, code);
     delay(100);  // lets a monitor that outlived its wait end
     EXPECT_THAT(Unexpected(), IsEmpty());
-    EXPECT_THAT(TheDesktop().Misuses(), IsEmpty());
+    EXPECT_THAT(TheDesktop().Ledger().Misuses(), IsEmpty());
 
     Form again = Prepare(scenario);
     EXPECT_EQ(Run(scenario, again), scenario.expected) << "the next call";
     scenario.check(again, scenario.expected);
     cleanupAutomation();
-    EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
+    EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
   }
 
   // The platform calls of the scenario when nothing fails.
   Lines CallsOf(const Scenario& scenario) {
     Form form = Prepare(scenario);
-    const std::size_t before = TheDesktop().Gate().Sequence().size();
+    const std::size_t before = TheDesktop().Calls().Sequence().size();
     EXPECT_EQ(Run(scenario, form), scenario.expected) << scenario.name;
-    const Lines all = TheDesktop().Gate().Sequence();
+    const Lines all = TheDesktop().Calls().Sequence();
     return {all.begin() + static_cast<std::ptrdiff_t>(before), all.end()};
   }
 };
 
 TEST_F(FaultSweepTest, EveryPlatformCallFailsOnce) {
   Counts counts;
-  auto& gate = TheDesktop().Gate();
   for (const Scenario& scenario : Scenarios()) {
     const Lines calls = CallsOf(scenario);
     ++counts.scenarios;
@@ -124,9 +123,9 @@ TEST_F(FaultSweepTest, EveryPlatformCallFailsOnce) {
       const std::string site = "call " + std::to_string(i + 1) + " (" + calls[i] + ")";
       ++counts.sites;
       RunWith(
-          scenario, [&] { gate.FailNth(i + 1); }, site, BelongsToLog(calls[i]));
+          scenario, [&] { TheDesktop().Faults().FailNth(i + 1); }, site, BelongsToLog(calls[i]));
       RunWith(
-          scenario, [&] { gate.FailFromNth(i + 1); }, site + " and later", true);
+          scenario, [&] { TheDesktop().Faults().FailFromNth(i + 1); }, site + " and later", true);
       counts.runs += 2;
       if (HasFailure()) {
         return;
@@ -149,7 +148,7 @@ TEST_F(FaultSweepTest, PairsOfFaults) {
     const std::size_t first = random() % count + 1;
     const std::size_t second = first + random() % count + 1;
     RunWith(
-        Scenarios()[which], [&] { TheDesktop().Gate().FailPair(first, second); },
+        Scenarios()[which], [&] { TheDesktop().Faults().FailPair(first, second); },
         "calls " + std::to_string(first) + " and " + std::to_string(second), true);
   }
 }

@@ -20,7 +20,7 @@ class FindTargetTest : public DesktopTest {
     edit_ = AddControl(dialog_, u"Edit", 7);
     panel_ = AddControl(dialog_, u"Panel", 8, {120, 250, 490, 390}, standin::Behaviour::Window);
     AddControl(panel_, u"Edit", 9, {130, 260, 300, 280});
-    row_ = TheDesktop().AddElement(dialog_, {.automationId = u"row", .rect = {120, 200, 320, 220}});
+    row_ = TheDesktop().Elements().Add(dialog_, {.automationId = u"row", .rect = {120, 200, 320, 220}});
     ASSERT_EQ(initializeAutomation(), 0);
   }
 
@@ -115,23 +115,22 @@ TEST_F(FindTargetTest, TheFirstIdentificationThatFitsWins) {
     EXPECT_EQ(Steps().size(), length < 1 ? 3U : 5U);
   }
   // One coordinate is enough for a point.
-  TheDesktop().MoveWindowTo(dialog_, 0, 0);
+  TheDesktop().Windows().MoveTo(dialog_, 0, 0);
   EXPECT_EQ(Find(RecordAt(0, 20)), "");
   EXPECT_EQ(Find(RecordAt(20, 0)), "");
 }
 
 TEST_F(FindTargetTest, AnAutomationIdIsSearchedAmongTheChildrenFirst) {
-  auto& gate = TheDesktop().Gate();
   const auto searches = [&](std::u16string_view id, const char* expected) {
-    const auto before = gate.Count("IUIAutomationElement::FindFirst");
+    const auto before = TheDesktop().Calls().Count("IUIAutomationElement::FindFirst");
     EXPECT_EQ(Find(RecordById(id)), expected);
-    return gate.Count("IUIAutomationElement::FindFirst") - before;
+    return TheDesktop().Calls().Count("IUIAutomationElement::FindFirst") - before;
   };
   EXPECT_EQ(searches(u"7", "7"), 1U);
   EXPECT_EQ(searches(u"9", "9"), 2U);
   EXPECT_EQ(searches(u"absent", "none"), 2U);
   // A failed search of the children is not followed by another.
-  gate.FailNth("IUIAutomationElement::FindFirst", 1);
+  TheDesktop().Faults().FailNth("IUIAutomationElement::FindFirst", 1);
   EXPECT_EQ(searches(u"9", "none"), 1U);
   ForgetLog();
   EXPECT_EQ(Find(RecordById(u"7")), "7");
@@ -154,8 +153,8 @@ TEST_F(FindTargetTest, AFailingAutomationIdSearchEndsAtOnce) {
   };
   for (const auto& c : cases) {
     for (const HRESULT result : {E_FAIL, S_FALSE}) {
-      TheDesktop().Gate().FailWith(c.call, result);
-      TheDesktop().Gate().FailNth(c.call, c.nth);
+      TheDesktop().Faults().FailWith(c.call, result);
+      TheDesktop().Faults().FailNth(c.call, c.nth);
       EXPECT_EQ(Find(RecordById(u"9")), "none");
       const Lines log = Log();
       EXPECT_EQ(Starting(log, "AutomationId search completed").size(), c.completed ? 1U : 0U) << c.call;
@@ -168,12 +167,14 @@ TEST_F(FindTargetTest, AnUnterminatedAutomationIdEndsWithItsField) {
   TargetRecord record = RecordById(u"");
   std::fill(std::begin(record.automationId), std::end(record.automationId), u'i');
   record.hwnd = reinterpret_cast<HWND>(std::uintptr_t{0x0069006900690069});  // what lies behind the field
-  TheDesktop().SetProperty(TheDesktop().ElementOf(edit_), UIA_AutomationIdPropertyId, standin::Text(255, u'i'));
+  TheDesktop().Elements().SetProperty(TheDesktop().Elements().Of(edit_), UIA_AutomationIdPropertyId,
+                                      standin::Text(255, u'i'));
   EXPECT_EQ(Find(record), std::string(255, 'i'));
 }
 
 TEST_F(FindTargetTest, APointCountsOnlyInsideTheTargetWindow) {
-  const HWND owned = TheDesktop().AddWindow({.className = u"Popup", .rect = {600, 100, 700, 200}, .owner = dialog_});
+  const HWND owned =
+      TheDesktop().Windows().Add({.className = u"Popup", .rect = {600, 100, 700, 200}, .owner = dialog_});
   const TargetRecord overPopup = RecordAt(650, 150);
   EXPECT_EQ(Find(RecordAt(140, 270)), "9") << "two windows below the target";
   EXPECT_EQ(Find(overPopup), "") << "a window that the target owns";
@@ -182,7 +183,7 @@ TEST_F(FindTargetTest, APointCountsOnlyInsideTheTargetWindow) {
   EXPECT_EQ(Find(RecordAt(150, 130), edit_), "7") << "the window itself";
   ForgetLog();
 
-  const HWND cover = TheDesktop().AddWindow({.className = u"Other", .rect = {140, 120, 400, 300}});
+  const HWND cover = TheDesktop().Windows().Add({.className = u"Other", .rect = {140, 120, 400, 300}});
   for (const POINT point : {kOverEdit, kOverRow}) {
     EXPECT_EQ(Find(RecordAt(point.x, point.y)), "none");
     EXPECT_THAT(Steps(), ElementsAre(kTag + "Starting with identification method: -1",
@@ -190,7 +191,7 @@ TEST_F(FindTargetTest, APointCountsOnlyInsideTheTargetWindow) {
                                      kTag + "Method 2: Element not in target window, releasing",
                                      kTag + "Method 2 failed", kTag + "FAILED: All identification methods failed"));
   }
-  TheDesktop().DestroyWindow(cover);
+  TheDesktop().Windows().Destroy(cover);
   EXPECT_EQ(Find(RecordAt(kOverEdit.x, kOverEdit.y)), "7");
 }
 
@@ -210,30 +211,30 @@ TEST_F(FindTargetTest, AnElementWithoutAWindowGetsOneByItsPointOrItsAncestors) {
   const TargetRecord row = RecordAt(kOverRow.x, kOverRow.y);
   auto& desktop = TheDesktop();
   // The counter runs over while the window is looked for.
-  desktop.SetTickCount(0xFFFFFFFE);
-  desktop.AfterCall("WindowFromPoint", 1, [] { TheDesktop().SetTickCount(5); });
+  desktop.Clock().SetTickCount(0xFFFFFFFE);
+  desktop.Calls().After("WindowFromPoint", 1, [] { TheDesktop().Clock().SetTickCount(5); });
   EXPECT_EQ(Find(row), "row");
   expect({kTag + "Using WindowFromPoint fallback - HWND obtained (7ms)"}, accepted);
 
-  desktop.Gate().FailNth("WindowFromPoint", 1);
-  desktop.SetTickCount(1000);
-  desktop.AfterCall("WindowFromPoint", 1, [] { TheDesktop().SetTickCount(1010); });
-  desktop.AfterCall("IUIAutomation::get_ControlViewWalker", 1, [] { TheDesktop().SetTickCount(1013); });
+  desktop.Faults().FailNth("WindowFromPoint", 1);
+  desktop.Clock().SetTickCount(1000);
+  desktop.Calls().After("WindowFromPoint", 1, [] { TheDesktop().Clock().SetTickCount(1010); });
+  desktop.Calls().After("IUIAutomation::get_ControlViewWalker", 1, [] { TheDesktop().Clock().SetTickCount(1013); });
   EXPECT_EQ(Find(row), "row");
   expect({kTag + "WindowFromPoint failed, trying tree walk fallback",
           kTag + "Using tree walk fallback - HWND obtained (3ms)"},
          accepted);
 
-  desktop.Gate().FailNth("WindowFromPoint", 1);
-  desktop.Gate().FailNth("IUIAutomation::get_ControlViewWalker", 1);
-  desktop.AfterCall("WindowFromPoint", 1, [] { TheDesktop().SetTickCount(1023); });
+  desktop.Faults().FailNth("WindowFromPoint", 1);
+  desktop.Faults().FailNth("IUIAutomation::get_ControlViewWalker", 1);
+  desktop.Calls().After("WindowFromPoint", 1, [] { TheDesktop().Clock().SetTickCount(1023); });
   EXPECT_EQ(Find(row), "none");
   expect({kTag + "WindowFromPoint failed, trying tree walk fallback",
           kTag + "All HWND fallback methods failed (total fallback time: 10ms)"},
          refused);
 
   // A handle that cannot be read counts as none.
-  desktop.FailProperty(desktop.ElementOf(edit_), 30020);
+  desktop.Elements().FailProperty(desktop.Elements().Of(edit_), 30020);
   EXPECT_EQ(Find(RecordAt(kOverEdit.x, kOverEdit.y)), "7");
   expect({kTag + "Using WindowFromPoint fallback - HWND obtained (0ms)"}, accepted);
 }
@@ -264,7 +265,7 @@ TEST_F(FindTargetTest, APointSearchIsTimedAndShowsWhatItFound) {
           "[GetElementAtPoint] Found element with name: ''", "[GetElementAtPoint] Element control type: 0xc354",
           "[GetElementAtPoint] Element HWND: " + Decimal(edit_), "[GetElementAtPoint] SUCCESS: Returning element",
           "Coordinate search completed in 0ms", kTag + "SUCCESS with Method 2: Coordinates (verified window)"));
-  TheDesktop().Gate().FailNth("IUIAutomation::ElementFromPoint", 1);
+  TheDesktop().Faults().FailNth("IUIAutomation::ElementFromPoint", 1);
   EXPECT_EQ(Find(RecordAt(kOverEdit.x, kOverEdit.y)), "none");
   const Lines log = Log();
   EXPECT_EQ(Lines(log.end() - 3, log.end()), (Lines{"Coordinate search completed in 0ms", kTag + "Method 2 failed",

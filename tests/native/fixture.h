@@ -40,12 +40,12 @@ class DesktopTest : public ::testing::Test {
 
   // The state that outlives a cleanup is emptied too, so that no test sees another's.
   void TearDown() override {
-    TheDesktop().Gate().StopFailing();
+    TheDesktop().Faults().Stop();
     cleanupAutomation();
     clearElementCache();
     ClearCancelled();
-    EXPECT_THAT(TheDesktop().Outstanding(), IsEmpty());
-    EXPECT_THAT(TheDesktop().Misuses(), IsEmpty());
+    EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
+    EXPECT_THAT(TheDesktop().Ledger().Misuses(), IsEmpty());
     std::filesystem::remove_all(folder_);
   }
 
@@ -112,9 +112,9 @@ class DesktopTest : public ::testing::Test {
 // The platform calls that `action` makes, in order, without those that only stamp and write the log.
 template <class Action>
 Lines CallsOf(Action&& action) {
-  const std::size_t before = TheDesktop().Gate().Sequence().size();
+  const std::size_t before = TheDesktop().Calls().Sequence().size();
   action();
-  Lines calls = TheDesktop().Gate().Sequence();
+  Lines calls = TheDesktop().Calls().Sequence();
   calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(before));
   std::erase_if(calls, [](const std::string& call) {
     return call == "WriteFile" || call == "GetLocalTime" || call.starts_with("QueryPerformance");
@@ -143,7 +143,7 @@ inline std::string IdOf(const ElementPtr& element) {
 // Leaves the cancelled flag set and no monitor behind.
 inline void CancelByEscape() {
   startCancelMonitor();
-  TheDesktop().HoldEscape(5, 30);
+  TheDesktop().User().HoldEscape(5, 30);
   delay(80);
   stopCancelMonitor();
   ASSERT_EQ(isCancelled(), 1);
@@ -151,13 +151,13 @@ inline void CancelByEscape() {
 
 // A window of another program, from (100, 100) to (500, 400).
 inline HWND AddDialog(std::u16string_view className = u"Dialog") {
-  return TheDesktop().AddWindow(
+  return TheDesktop().Windows().Add(
       {.className = standin::Text(className), .title = u"Orders", .rect = {100, 100, 500, 400}});
 }
 
 inline HWND AddControl(HWND parent, std::u16string_view className, int id, RECT rect = {120, 120, 320, 150},
                        standin::Behaviour behaviour = standin::Behaviour::Edit) {
-  return TheDesktop().AddWindow(
+  return TheDesktop().Windows().Add(
       {.className = standin::Text(className), .rect = rect, .parent = parent, .controlId = id, .behaviour = behaviour});
 }
 
@@ -205,9 +205,9 @@ inline void AddLevel(TargetRecord& record, int controlType, std::u16string_view 
 // How far the desktop's clock moves while `action` runs, in milliseconds.
 template <class Action>
 double Elapsed(Action&& action) {
-  const double start = TheDesktop().Now();
+  const double start = TheDesktop().Clock().Now();
   action();
-  return TheDesktop().Now() - start;
+  return TheDesktop().Clock().Now() - start;
 }
 
 // What one operation wrote, without its prefix.
@@ -228,7 +228,7 @@ class FieldTest : public DesktopTest {
     DesktopTest::SetUp();
     window_ = AddDialog();
     edit_ = AddControl(window_, u"Edit", 7);
-    field_ = TheDesktop().ElementOf(edit_);
+    field_ = TheDesktop().Elements().Of(edit_);
     initializeAutomation();
     ForgetLog();
   }

@@ -11,7 +11,7 @@ class KeyboardTest : public DesktopTest {
  protected:
   // The batches since the last call; no record may hold anything beside its key and its direction.
   Batches Sent() {
-    const auto all = TheDesktop().InputBatches();
+    const auto all = TheDesktop().Input().Batches();
     Batches batches;
     for (; seen_ < all.size(); ++seen_) {
       Keys& keys = batches.emplace_back();
@@ -74,14 +74,14 @@ TEST_F(KeyboardTest, PartlyAcceptedShortcutFailsAndLeavesNoKeyDown) {
   for (const Shortcut& shortcut : kShortcuts) {
     for (std::uint32_t accepted = 0; accepted < shortcut.keys.size(); ++accepted) {
       SCOPED_TRACE(std::string(shortcut.name) + ", " + std::to_string(accepted));
-      TheDesktop().BlockInput(accepted);
+      TheDesktop().Input().Block(accepted);
       // With the release refused at first, and without.
       for (const std::uint64_t refused : {0U, 2U}) {
-        TheDesktop().Gate().StopFailing();
-        TheDesktop().Gate().FailNth("SendInput", refused);
+        TheDesktop().Faults().Stop();
+        TheDesktop().Faults().FailNth("SendInput", refused);
         EXPECT_EQ(shortcut.send(), -3);
         for (const int key : shortcut.keys) {
-          EXPECT_FALSE(TheDesktop().IsDown(std::abs(key))) << key;
+          EXPECT_FALSE(TheDesktop().Input().IsDown(std::abs(key))) << key;
         }
       }
     }
@@ -110,9 +110,9 @@ TEST_F(KeyboardTest, SingleKeys) {
     EXPECT_EQ(Sent(), sent);
   }
   for (const std::uint32_t accepted : {0U, 1U}) {
-    TheDesktop().BlockInput(accepted);
+    TheDesktop().Input().Block(accepted);
     EXPECT_EQ(sendKey(0x41), -3);
-    EXPECT_FALSE(TheDesktop().IsDown(0x41));
+    EXPECT_FALSE(TheDesktop().Input().IsDown(0x41));
   }
   EXPECT_THAT(Log(), IsEmpty());
 }
@@ -121,12 +121,12 @@ const Keys kA = {0x41, -0x41};
 const Keys kShiftA = {0x10, 0x41, -0x41, -0x10};
 
 TEST_F(KeyboardTest, Sequences) {
-  TheDesktop().SetKey(u'@', 0x0600 | 0x51);       // Ctrl+Alt+Q
-  TheDesktop().SetKey(u'#', 0x0700 | 0x33);       // Ctrl+Alt+Shift+3
-  TheDesktop().SetKey(u'\u00A7', 0x0900 | 0x36);  // bits beyond Alt mean other keyboards' states
-  TheDesktop().SetKey(u'\u00B5', 0x02FF);         // a key of its own code, though the low byte is all ones
+  TheDesktop().Input().SetKey(u'@', 0x0600 | 0x51);       // Ctrl+Alt+Q
+  TheDesktop().Input().SetKey(u'#', 0x0700 | 0x33);       // Ctrl+Alt+Shift+3
+  TheDesktop().Input().SetKey(u'\u00A7', 0x0900 | 0x36);  // bits beyond Alt mean other keyboards' states
+  TheDesktop().Input().SetKey(u'\u00B5', 0x02FF);         // a key of its own code, though the low byte is all ones
   for (const WCHAR dead : {u'\u4E2D', u'\xD83D', u'\xDE00'}) {
-    TheDesktop().SetKey(dead, -1);
+    TheDesktop().Input().SetKey(dead, -1);
   }
   struct Case {
     const char16_t* text;
@@ -150,10 +150,10 @@ TEST_F(KeyboardTest, Sequences) {
   };
   for (const auto& [text, pause, sent, slept] : cases) {
     SCOPED_TRACE(testing::PrintToString(standin::Text(text)));
-    const auto lookedUp = TheDesktop().Gate().Count("VkKeyScanW");
+    const auto lookedUp = TheDesktop().Calls().Count("VkKeyScanW");
     EXPECT_EQ(Elapsed([&, text = text, pause = pause] { EXPECT_EQ(sendKeySequence(text, pause), 0); }), slept);
     EXPECT_EQ(Sent(), sent);
-    EXPECT_EQ(TheDesktop().Gate().Count("VkKeyScanW") - lookedUp, standin::Text(text).size());
+    EXPECT_EQ(TheDesktop().Calls().Count("VkKeyScanW") - lookedUp, standin::Text(text).size());
   }
   EXPECT_EQ(sendKeySequence(nullptr, 1), -2);
   EXPECT_EQ(sendKeySequence(u"", 1), -2);
@@ -164,13 +164,13 @@ TEST_F(KeyboardTest, Sequences) {
 TEST_F(KeyboardTest, SequenceStopsAtTheFirstRefusedCharacter) {
   for (const std::uint32_t accepted : {0U, 1U, 2U, 3U}) {
     SCOPED_TRACE(accepted);
-    TheDesktop().AcceptInput();
-    const auto before = TheDesktop().SentInput().size();
-    TheDesktop().AfterCall("SendInput", 1, [accepted] { TheDesktop().BlockInput(accepted); });
+    TheDesktop().Input().Accept();
+    const auto before = TheDesktop().Input().Sent().size();
+    TheDesktop().Calls().After("SendInput", 1, [accepted] { TheDesktop().Input().Block(accepted); });
     EXPECT_EQ(sendKeySequence(u"aAa", 1), -3);
-    EXPECT_FALSE(TheDesktop().IsDown(VK_SHIFT));
-    EXPECT_FALSE(TheDesktop().IsDown('A'));
-    const auto all = TheDesktop().SentInput();
+    EXPECT_FALSE(TheDesktop().Input().IsDown(VK_SHIFT));
+    EXPECT_FALSE(TheDesktop().Input().IsDown('A'));
+    const auto all = TheDesktop().Input().Sent();
     ASSERT_GE(all.size(), before + 2);
     EXPECT_EQ(all[before].ki.wVk, 'A');
     EXPECT_EQ(all[before + 1].ki.wVk, 'A');

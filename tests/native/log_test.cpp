@@ -16,8 +16,8 @@ class LogTest : public DesktopTest {
  protected:
   void SetUp() override {
     DesktopTest::SetUp();
-    TheDesktop().SetUtcOffsetMinutes(90);
-    TheDesktop().SetLocalTime({2026, 11, 3, 18, 9, 5, 7, 45});
+    TheDesktop().Clock().SetUtcOffsetMinutes(90);
+    TheDesktop().Clock().SetLocalTime({2026, 11, 3, 18, 9, 5, 7, 45});
   }
 
   static std::string BytesOf(const std::filesystem::path& path) {
@@ -53,7 +53,7 @@ TEST_F(LogTest, EveryWriterStampsItsLineInItsOwnForm) {
 }
 
 TEST_F(LogTest, NumbersOfAStampArePaddedWithZeros) {
-  TheDesktop().SetLocalTime({2026, 1, 5, 2, 3, 4, 5, 7});
+  TheDesktop().Clock().SetLocalTime({2026, 1, 5, 2, 3, 4, 5, 7});
   LogLine("a");
   LogClockLine("b");
   LogStampedLine("c");
@@ -68,18 +68,20 @@ TEST_F(LogTest, NumbersOfAStampArePaddedWithZeros) {
 }
 
 TEST_F(LogTest, EachLineIsOneWriteAndOneReadingOfTheClock) {
-  auto& gate = TheDesktop().Gate();
-  const auto writes = gate.Count("WriteFile");
-  const auto readings = gate.Count("GetLocalTime") + gate.Count("GetSystemTimeAsFileTime");
+  const auto writes = TheDesktop().Calls().Count("WriteFile");
+  const auto readings =
+      TheDesktop().Calls().Count("GetLocalTime") + TheDesktop().Calls().Count("GetSystemTimeAsFileTime");
   WriteWithEveryWriter();
-  EXPECT_EQ(gate.Count("WriteFile") - writes, 9U);
-  EXPECT_EQ(gate.Count("GetLocalTime") + gate.Count("GetSystemTimeAsFileTime") - readings, 8U);
+  EXPECT_EQ(TheDesktop().Calls().Count("WriteFile") - writes, 9U);
+  EXPECT_EQ(
+      TheDesktop().Calls().Count("GetLocalTime") + TheDesktop().Calls().Count("GetSystemTimeAsFileTime") - readings,
+      8U);
 }
 
 TEST_F(LogTest, AStampThatCannotBeConvertedLeavesTheLineOut) {
-  TheDesktop().Gate().FailNth("FileTimeToLocalFileTime", 1);
+  TheDesktop().Faults().FailNth("FileTimeToLocalFileTime", 1);
   LogStampedLine("not written");
-  TheDesktop().Gate().FailNth("FileTimeToSystemTime", 1);
+  TheDesktop().Faults().FailNth("FileTimeToSystemTime", 1);
   LogStampedLine("not written either");
   LogStampedLine("written");
   EXPECT_EQ(LogBytes(), "[2026-11-18 09:05:07] written\r\n");
@@ -160,7 +162,7 @@ TEST_F(LogTest, APathThatCannotBeOpenedClosesTheLogAndMakesNoFolder) {
 
 TEST_F(LogTest, TheDefaultFileLiesInAFolderOfTheUser) {
   const auto file = Folder() / "Tavrin" / "automation_execution.log";
-  TheDesktop().SetLocalAppData(Folder().string());
+  TheDesktop().Host().SetLocalAppData(Folder().string());
   const Lines calls = CallsOf([] { initializeLog(nullptr); });
   EXPECT_THAT(calls,
               ElementsAre("CloseHandle", "SHGetKnownFolderPath", "CoTaskMemFree", "CreateDirectoryW", "CreateFileW"));
@@ -168,7 +170,7 @@ TEST_F(LogTest, TheDefaultFileLiesInAFolderOfTheUser) {
   initializeLog(u"");
   logActionWithTimestamp(u"two", 0, 0, 0);
   // The folder's result counts for nothing: opening the file decides.
-  TheDesktop().Gate().FailNth("CreateDirectoryW", 1);
+  TheDesktop().Faults().FailNth("CreateDirectoryW", 1);
   initializeLog(nullptr);
   logActionWithTimestamp(u"three", 0, 0, 0);
   EXPECT_EQ(BytesOf(file),
@@ -178,18 +180,18 @@ TEST_F(LogTest, TheDefaultFileLiesInAFolderOfTheUser) {
 }
 
 TEST_F(LogTest, WithoutADefaultFolderTheLogStaysClosed) {
-  TheDesktop().SetLocalAppData(std::nullopt);
+  TheDesktop().Host().SetLocalAppData(std::nullopt);
   initializeLog(nullptr);
   EXPECT_FALSE(LogIsOpen());
   // One folder is made, never its parents.
-  TheDesktop().SetLocalAppData((Folder() / "absent").string());
+  TheDesktop().Host().SetLocalAppData((Folder() / "absent").string());
   initializeLog(nullptr);
   EXPECT_FALSE(LogIsOpen());
   EXPECT_FALSE(std::filesystem::exists(Folder() / "absent"));
 }
 
 TEST_F(LogTest, ALostWriteLosesItsLineOnly) {
-  TheDesktop().Gate().FailNth("WriteFile", 2);
+  TheDesktop().Faults().FailNth("WriteFile", 2);
   EXPECT_EQ(ReportError(-1, "first"), -1);
   EXPECT_EQ(ReportError(-1, "second"), -1);
   EXPECT_EQ(ReportError(-1, "third"), -1);
@@ -233,7 +235,7 @@ TEST_F(LogTest, AnExportOutOfMemoryAnswersItsFailureCodeAndSaysSo) {
 TEST_F(LogTest, LinesOfSeveralThreadsNeverMix) {
   constexpr int kThreads = 4;
   constexpr int kLines = 100;
-  TheDesktop().UseRealTime();
+  TheDesktop().Clock().UseRealTime();
   std::vector<std::thread> threads;
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([i] {

@@ -10,8 +10,8 @@ class PasteDirectTest : public FieldTest {
  protected:
   void SetUp() override {
     FieldTest::SetUp();
-    TheDesktop().SetText(edit_, u"before");
-    TheDesktop().SetSelection(edit_, 2, 4);
+    TheDesktop().Controls().SetText(edit_, u"before");
+    TheDesktop().Controls().SetSelection(edit_, 2, 4);
   }
 
   // The lines of a paste up to the element, for the record of this test.
@@ -22,7 +22,7 @@ class PasteDirectTest : public FieldTest {
 };
 
 TEST_F(PasteDirectTest, WholeLog) {
-  TheDesktop().SetForeground(TheDesktop().AddWindow({.className = u"Other"}));
+  TheDesktop().Windows().SetForeground(TheDesktop().Windows().Add({.className = u"Other"}));
   EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"X\xD83D", 1), 0);
   EXPECT_THAT(
       Log(),
@@ -33,24 +33,24 @@ TEST_F(PasteDirectTest, WholeLog) {
                   "[FindTargetElement] SUCCESS with Method 0: AutomationId",
                   kTag + "Found control HWND: " + Decimal(edit_), kTag + "Using EM_REPLACESEL mode (insert at cursor)",
                   testing::StartsWith(kTag + "SendMessage result: ")));
-  EXPECT_EQ(TheDesktop().TextOf(edit_), u"beX\xD83Dre");
-  EXPECT_EQ(TheDesktop().Foreground(), window_);
-  EXPECT_TRUE(TheDesktop().SentInput().empty());
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"beX\xD83Dre");
+  EXPECT_EQ(TheDesktop().Windows().Foreground(), window_);
+  EXPECT_TRUE(TheDesktop().Input().Sent().empty());
 }
 
 TEST_F(PasteDirectTest, OnlyModeOneInserts) {
   for (const int mode : {0, 2, -1, INT32_MIN}) {
     SCOPED_TRACE(mode);
-    TheDesktop().SetText(edit_, u"before");
+    TheDesktop().Controls().SetText(edit_, u"before");
     EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"after", mode), 0);
-    EXPECT_EQ(TheDesktop().TextOf(edit_), u"after");
+    EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"after");
     Lines expected = Opening(mode);
     expected.insert(expected.end(), {"Found control HWND: " + Decimal(edit_), "Using WM_SETTEXT mode (replace all)",
                                      "SendMessage result: 1"});
     EXPECT_EQ(WithPrefix(Log(), kTag), expected);
   }
   EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"", 0), 0);
-  EXPECT_EQ(TheDesktop().TextOf(edit_), u"");
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"");
 }
 
 TEST_F(PasteDirectTest, FocusesBeforeItSends) {
@@ -61,30 +61,30 @@ TEST_F(PasteDirectTest, FocusesBeforeItSends) {
               ElementsAre("IUIAutomationElement::get_CurrentNativeWindowHandle", "GetAncestor", "SetForegroundWindow",
                           "Sleep", "SendMessageW"));
 
-  TheDesktop().RefuseForeground(-1);
+  TheDesktop().Windows().RefuseForeground(-1);
   EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"refused", 0), 0);
-  EXPECT_EQ(TheDesktop().TextOf(edit_), u"refused");
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"refused");
 
-  TheDesktop().Gate().FailNth("GetAncestor", 1);
-  const auto focused = TheDesktop().Gate().Count("SetForegroundWindow");
+  TheDesktop().Faults().FailNth("GetAncestor", 1);
+  const auto focused = TheDesktop().Calls().Count("SetForegroundWindow");
   EXPECT_EQ(Elapsed([&] { EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"no top", 0), 0); }), 0);
-  EXPECT_EQ(TheDesktop().Gate().Count("SetForegroundWindow"), focused);
-  EXPECT_EQ(TheDesktop().TextOf(edit_), u"no top");
+  EXPECT_EQ(TheDesktop().Calls().Count("SetForegroundWindow"), focused);
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"no top");
 }
 
 TEST_F(PasteDirectTest, RefusingControlIsOnlyLogged) {
-  TheDesktop().RefuseText(edit_);
+  TheDesktop().Controls().RefuseText(edit_);
   for (const int mode : {0, 1}) {
     EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"x", mode), 0);
     EXPECT_EQ(Log().back(), kTag + "SendMessage result: 0");
-    EXPECT_EQ(TheDesktop().TextOf(edit_), u"before");
+    EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"before");
   }
 }
 
 TEST_F(PasteDirectTest, TargetWindowStandsIn) {
   setTargetWindow(window_);
   EXPECT_EQ(pasteToTargetDirect(&target_, nullptr, u"after", 0), 0);
-  EXPECT_EQ(TheDesktop().TextOf(edit_), u"after");
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"after");
   EXPECT_EQ(WithPrefix(Log(), kTag)[1], "Target window: " + Decimal(window_));
 }
 
@@ -100,7 +100,7 @@ TEST_F(PasteDirectTest, Arguments) {
 }
 
 TEST_F(PasteDirectTest, NoControlNoMessage) {
-  TheDesktop().AddElement(window_, {.name = u"Row", .automationId = u"row"});
+  TheDesktop().Elements().Add(window_, {.name = u"Row", .automationId = u"row"});
   const auto expectNotFound = [this](const TargetRecord& target, const char* last) {
     EXPECT_EQ(pasteToTargetDirect(&target, window_, u"x", 0), -1);
     const Lines log = WithPrefix(Log(), kTag);
@@ -109,30 +109,30 @@ TEST_F(PasteDirectTest, NoControlNoMessage) {
   };
   expectNotFound(RecordById(u"row"), "ERROR: Could not get native window handle from element");
   expectNotFound(RecordById(u"nobody"), "ERROR: Could not find target element");
-  TheDesktop().FailProperty(field_, 30020);
+  TheDesktop().Elements().FailProperty(field_, 30020);
   expectNotFound(target_, "ERROR: Could not get native window handle from element");
   cleanupAutomation();
   OpenLog();
   expectNotFound(target_, "ERROR: Could not find target element");
-  EXPECT_EQ(TheDesktop().Gate().Count("SendMessageW"), 0U);
-  EXPECT_EQ(TheDesktop().Gate().Count("SetForegroundWindow"), 0U);
-  EXPECT_EQ(TheDesktop().TextOf(edit_), u"before");
+  EXPECT_EQ(TheDesktop().Calls().Count("SendMessageW"), 0U);
+  EXPECT_EQ(TheDesktop().Calls().Count("SetForegroundWindow"), 0U);
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"before");
 }
 
 class PasteSimpleTest : public FieldTest {};
 
 TEST_F(PasteSimpleTest, TypesIntoWhateverHasTheFocus) {
-  TheDesktop().SetClipboard(u"pasted");
-  TheDesktop().ClickAsUser(130, 130);
+  TheDesktop().Clipboard().Set(u"pasted");
+  TheDesktop().User().Click(130, 130);
   const TargetRecord elsewhere = RecordById(u"nobody");
   const auto gone = reinterpret_cast<HWND>(std::uintptr_t{0xDEAD0});
   EXPECT_THAT(CallsOf([&] { EXPECT_EQ(pasteToTargetSimple(&elsewhere, gone), 0); }), ElementsAre("SendInput"));
-  EXPECT_EQ(TheDesktop().TextOf(edit_), u"pasted");
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"pasted");
   setTargetWindow(window_);
   EXPECT_EQ(pasteToTargetSimple(&elsewhere, nullptr), 0);
-  EXPECT_EQ(TheDesktop().TextOf(edit_), u"pastedpasted");
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"pastedpasted");
   for (const std::uint32_t accepted : {0U, 3U}) {
-    TheDesktop().BlockInput(accepted);
+    TheDesktop().Input().Block(accepted);
     EXPECT_EQ(pasteToTargetSimple(&elsewhere, window_), -3);
   }
   EXPECT_THAT(Log(), IsEmpty());
@@ -143,7 +143,7 @@ TEST_F(PasteSimpleTest, Arguments) {
   EXPECT_THAT(Log(), IsEmpty());
   EXPECT_EQ(pasteToTargetSimple(nullptr, nullptr), -2);
   EXPECT_THAT(Log(), ElementsAre("ERROR pasteToTargetSimple Code:-2 Details:Invalid target parameter"));
-  EXPECT_TRUE(TheDesktop().SentInput().empty());
+  EXPECT_TRUE(TheDesktop().Input().Sent().empty());
 }
 
 }  // namespace

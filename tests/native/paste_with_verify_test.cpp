@@ -11,7 +11,7 @@ class PasteWithVerifyTest : public FieldTest {
  protected:
   void SetUp() override {
     FieldTest::SetUp();
-    TheDesktop().SetClipboard(u"Hello");
+    TheDesktop().Clipboard().Set(u"Hello");
   }
 
   int Paste(int timeoutMs = 0) {
@@ -39,17 +39,17 @@ class PasteWithVerifyTest : public FieldTest {
   }
 
   void HideValue() {
-    TheDesktop().SetNullString(field_, UIA_ValueValuePropertyId);
+    TheDesktop().Elements().SetNullString(field_, UIA_ValueValuePropertyId);
   }
   void ShowLater(double milliseconds, const char16_t* value) {
-    TheDesktop().After(milliseconds,
-                       [this, value] { TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, value); });
+    TheDesktop().Clock().After(
+        milliseconds, [this, value] { TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, value); });
   }
 };
 
 TEST_F(PasteWithVerifyTest, WholeLogOfASuccess) {
   EXPECT_EQ(pasteToTargetWithVerify(&target_, window_), 0);
-  EXPECT_EQ(TheDesktop().TextOf(edit_), u"Hello");
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"Hello");
   const Lines find = {
       "[FindTargetElement] Starting with identification method: 0", "[FindTargetElement] Trying Method 0: AutomationId",
       "[FindElementByAutomationId] Starting AutomationId search", "AutomationId search completed in 0ms",
@@ -81,8 +81,8 @@ TEST_F(PasteWithVerifyTest, WhatCountsAsShown) {
   // clang-format on
   for (const auto& [clipboard, value, shown] : cases) {
     SCOPED_TRACE(testing::PrintToString(clipboard) + " as " + testing::PrintToString(value));
-    TheDesktop().SetClipboard(clipboard);
-    TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, value);
+    TheDesktop().Clipboard().Set(clipboard);
+    TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, value);
     EXPECT_EQ(Paste(2), shown ? 0 : -3);
     EXPECT_EQ(PasteLog().back(),
               shown ? "VERIFICATION SUCCESS after 0ms, polls: 1" : "VERIFICATION FAILED after 2ms, total polls: 1");
@@ -90,29 +90,29 @@ TEST_F(PasteWithVerifyTest, WhatCountsAsShown) {
 }
 
 TEST_F(PasteWithVerifyTest, FieldThatReformats) {
-  TheDesktop().OnEdited(edit_, [](HWND edit) {
-    if (TheDesktop().TextOf(edit) == u"Hello") {
-      TheDesktop().SetText(edit, u"[Hello]");
+  TheDesktop().Controls().OnEdited(edit_, [](HWND edit) {
+    if (TheDesktop().Controls().TextOf(edit) == u"Hello") {
+      TheDesktop().Controls().SetText(edit, u"[Hello]");
     }
   });
   EXPECT_EQ(Paste(), 0);
-  EXPECT_EQ(TheDesktop().TextOf(edit_), u"[Hello]");
+  EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"[Hello]");
 }
 
 TEST_F(PasteWithVerifyTest, LongTextIsShownInPartAndVerifiedWhole) {
   const standin::Text head(100, u'h');
   const standin::Text text = head + standin::Text(150, u't');
   const std::string shown = std::string(100, 'h');
-  TheDesktop().SetClipboard(text);
+  TheDesktop().Clipboard().Set(text);
   EXPECT_EQ(Paste(), 0);
   EXPECT_EQ(PasteLog(), Joined(Opening(shown + "...", 150), {"Expected text length: 250, partial start index: 125",
                                                              "VERIFICATION SUCCESS after 0ms, polls: 1"}));
-  TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, standin::Text(124, u't') + u"...");
+  TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, standin::Text(124, u't') + u"...");
   EXPECT_EQ(Paste(2), -3) << "125 units of the end are looked for";
   PasteLog();
 
-  TheDesktop().SetClipboard(head);
-  TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, head);
+  TheDesktop().Clipboard().Set(head);
+  TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, head);
   EXPECT_EQ(Paste(), 0);
   EXPECT_EQ(PasteLog()[3], "Clipboard text retrieved: \"" + shown + "\"");
 }
@@ -132,16 +132,16 @@ TEST_F(PasteWithVerifyTest, PollsEveryTwoMillisecondsUntilTheLimit) {
   };
   for (const auto& [timeout, shownAfter, code, slept, polls, limit] : cases) {
     SCOPED_TRACE(std::to_string(timeout) + " " + std::to_string(shownAfter));
-    TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
+    TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
     if (shownAfter > 0) {
       ShowLater(shownAfter, u"Hello");
     }
     clearElementCache();
-    const auto reads = TheDesktop().Gate().Count(kReadValue);
-    const auto searches = TheDesktop().Gate().Count("IUIAutomation::ElementFromHandle");
+    const auto reads = TheDesktop().Calls().Count(kReadValue);
+    const auto searches = TheDesktop().Calls().Count("IUIAutomation::ElementFromHandle");
     EXPECT_EQ(Elapsed([&, timeout = timeout, code = code] { EXPECT_EQ(Paste(timeout), code); }), slept);
-    EXPECT_EQ(TheDesktop().Gate().Count(kReadValue) - reads, polls) << "one read each";
-    EXPECT_EQ(TheDesktop().Gate().Count("IUIAutomation::ElementFromHandle") - searches, 2U) << "the click's, and one";
+    EXPECT_EQ(TheDesktop().Calls().Count(kReadValue) - reads, polls) << "one read each";
+    EXPECT_EQ(TheDesktop().Calls().Count("IUIAutomation::ElementFromHandle") - searches, 2U) << "the click's, and one";
     const std::string times = " after " + std::to_string(static_cast<int>(slept)) + "ms, ";
     EXPECT_EQ(PasteLog(),
               Joined(Opening("Hello", limit),
@@ -152,8 +152,8 @@ TEST_F(PasteWithVerifyTest, PollsEveryTwoMillisecondsUntilTheLimit) {
 }
 
 TEST_F(PasteWithVerifyTest, TickCounterMayWrap) {
-  TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
-  TheDesktop().SetTickCount(0xFFFFFFFF - 60);
+  TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
+  TheDesktop().Clock().SetTickCount(0xFFFFFFFF - 60);
   EXPECT_EQ(Elapsed([&] { EXPECT_EQ(Paste(), -3); }), 150);
   EXPECT_EQ(PasteLog().back(), "VERIFICATION FAILED after 150ms, total polls: 75");
 }
@@ -161,9 +161,9 @@ TEST_F(PasteWithVerifyTest, TickCounterMayWrap) {
 TEST_F(PasteWithVerifyTest, PollsWithoutAValueAreLoggedSparingly) {
   const std::function<void()> absences[] = {
       [this] { HideValue(); },
-      [this] { TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, u""); },
-      [this] { TheDesktop().SetUnsupported(field_, UIA_ValueValuePropertyId); },
-      [this] { TheDesktop().FailProperty(field_, UIA_ValueValuePropertyId); },
+      [this] { TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, u""); },
+      [this] { TheDesktop().Elements().SetUnsupported(field_, UIA_ValueValuePropertyId); },
+      [this] { TheDesktop().Elements().FailProperty(field_, UIA_ValueValuePropertyId); },
   };
   for (const auto& makeAbsent : absences) {
     makeAbsent();
@@ -174,8 +174,8 @@ TEST_F(PasteWithVerifyTest, PollsWithoutAValueAreLoggedSparingly) {
                       "getInputTargetText returned null (poll #10)", "getInputTargetText returned null (poll #20)",
                       "VERIFICATION FAILED after 44ms, total polls: 22"}));
   }
-  TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
-  TheDesktop().AfterCall(kReadValue, 4, [this] { TheDesktop().DestroyWindow(edit_); });
+  TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
+  TheDesktop().Calls().After(kReadValue, 4, [this] { TheDesktop().Windows().Destroy(edit_); });
   EXPECT_EQ(Paste(24), -3);
   EXPECT_THAT(PasteLog(), testing::IsSupersetOf({"getInputTargetText returned null (poll #10)",
                                                  "VERIFICATION FAILED after 24ms, total polls: 12"}));
@@ -190,7 +190,7 @@ TEST_F(PasteWithVerifyTest, TargetWindowStandsIn) {
   EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), 0);
   EXPECT_EQ(PasteLog()[2], "Using target window handle: " + Decimal(window_));
 
-  TheDesktop().AfterCall("SetCursorPos", 1, [] { setTargetWindow(nullptr); });
+  TheDesktop().Calls().After("SetCursorPos", 1, [] { setTargetWindow(nullptr); });
   EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), -2);
   EXPECT_THAT(PasteLog(),
               ElementsAre("Function entered", "clickTarget succeeded", "ERROR: No target window specified"));
@@ -203,10 +203,10 @@ TEST_F(PasteWithVerifyTest, ClickThatFails) {
   const TargetRecord nobody = EmptyRecord();
   EXPECT_EQ(pasteToTargetWithVerify(&nobody, window_), -1);
   EXPECT_EQ(PasteLog().back(), "clickTarget failed with code: -1");
-  TheDesktop().BlockInput(0);
+  TheDesktop().Input().Block(0);
   EXPECT_EQ(Paste(), -3);
   EXPECT_EQ(PasteLog().back(), "clickTarget failed with code: -3");
-  EXPECT_EQ(TheDesktop().Gate().Count("OpenClipboard"), 0U);
+  EXPECT_EQ(TheDesktop().Calls().Count("OpenClipboard"), 0U);
 }
 
 TEST_F(PasteWithVerifyTest, ClipboardWithoutText) {
@@ -220,25 +220,25 @@ TEST_F(PasteWithVerifyTest, ClipboardWithoutText) {
   };
   auto& desktop = TheDesktop();
   const Case cases[] = {
-      {"held", [&] { desktop.HoldClipboard(-1); }, -3, 20, 6},
-      {"held for 10 ms", [&] { desktop.HoldClipboard(10); }, 0, 12, 4},
-      {"first lock fails", [&] { desktop.Gate().FailNth("GlobalLock", 1); }, 0, 4, 2},
-      {"first data fails", [&] { desktop.Gate().FailNth("GetClipboardData", 1); }, 0, 4, 2},
-      {"first memory fails", [&] { desktop.Gate().FailNth("CoTaskMemAlloc", 1); }, 0, 4, 2},
-      {"memory fails", [&] { desktop.Gate().FailFromNth("CoTaskMemAlloc", 1); }, -3, 4, 2},
-      {"empty", [&] { desktop.ClearClipboard(); }, -3, 4, 2},
+      {"held", [&] { desktop.Clipboard().Hold(-1); }, -3, 20, 6},
+      {"held for 10 ms", [&] { desktop.Clipboard().Hold(10); }, 0, 12, 4},
+      {"first lock fails", [&] { desktop.Faults().FailNth("GlobalLock", 1); }, 0, 4, 2},
+      {"first data fails", [&] { desktop.Faults().FailNth("GetClipboardData", 1); }, 0, 4, 2},
+      {"first memory fails", [&] { desktop.Faults().FailNth("CoTaskMemAlloc", 1); }, 0, 4, 2},
+      {"memory fails", [&] { desktop.Faults().FailFromNth("CoTaskMemAlloc", 1); }, -3, 4, 2},
+      {"empty", [&] { desktop.Clipboard().Clear(); }, -3, 4, 2},
   };
   for (const auto& [name, arrange, code, slept, opens] : cases) {
     SCOPED_TRACE(name);
-    desktop.SetText(edit_, u"");
-    desktop.SetClipboard(u"Hello");
-    const auto opened = desktop.Gate().Count("OpenClipboard");
+    desktop.Controls().SetText(edit_, u"");
+    desktop.Clipboard().Set(u"Hello");
+    const auto opened = desktop.Calls().Count("OpenClipboard");
     arrange();
     EXPECT_EQ(Elapsed([&, code = code] { EXPECT_EQ(Paste(), code); }), slept);
-    desktop.Gate().StopFailing();
-    desktop.ReleaseClipboard();
-    EXPECT_EQ(desktop.Gate().Count("OpenClipboard") - opened, opens);
-    EXPECT_EQ(desktop.TextOf(edit_), code == 0 ? u"Hello" : u"") << "keys are typed only for a text";
+    desktop.Faults().Stop();
+    desktop.Clipboard().Release();
+    EXPECT_EQ(desktop.Calls().Count("OpenClipboard") - opened, opens);
+    EXPECT_EQ(desktop.Controls().TextOf(edit_), code == 0 ? u"Hello" : u"") << "keys are typed only for a text";
     const Lines log = PasteLog();
     ASSERT_GE(log.size(), 5U);
     EXPECT_EQ(log[3], first);
@@ -249,33 +249,33 @@ TEST_F(PasteWithVerifyTest, ClipboardWithoutText) {
 TEST_F(PasteWithVerifyTest, KeysThatAreRefused) {
   for (const std::uint32_t accepted : {0U, 1U, 2U, 3U}) {
     SCOPED_TRACE(accepted);
-    TheDesktop().AcceptInput();
+    TheDesktop().Input().Accept();
     clearElementCache();  // so that the click goes through SendInput
-    TheDesktop().AfterCall("SendInput", 1, [accepted] { TheDesktop().BlockInput(accepted); });
+    TheDesktop().Calls().After("SendInput", 1, [accepted] { TheDesktop().Input().Block(accepted); });
     EXPECT_EQ(Paste(), -3);
     EXPECT_EQ(PasteLog().back(), "SendInput failed - expected 4, got: " + std::to_string(accepted));
-    EXPECT_FALSE(TheDesktop().IsDown(VK_CONTROL));
-    EXPECT_FALSE(TheDesktop().IsDown('V'));
+    EXPECT_FALSE(TheDesktop().Input().IsDown(VK_CONTROL));
+    EXPECT_FALSE(TheDesktop().Input().IsDown('V'));
   }
 }
 
 TEST_F(PasteWithVerifyTest, ElementGoneAfterTheKeys) {
-  TheDesktop().AfterCall("SendInput", 2, [this] { TheDesktop().DestroyWindow(edit_); });
+  TheDesktop().Calls().After("SendInput", 2, [this] { TheDesktop().Windows().Destroy(edit_); });
   EXPECT_EQ(Paste(), -1);
   EXPECT_EQ(PasteLog(), Joined(Opening("Hello", 150), {"ERROR: Could not find target element for verification"}));
 }
 
 TEST_F(PasteWithVerifyTest, EscapeEndsThePastingSilently) {
-  TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
+  TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
   startCancelMonitor();
-  TheDesktop().HoldEscape(35, 20);
+  TheDesktop().User().HoldEscape(35, 20);
   EXPECT_EQ(Elapsed([&] { EXPECT_EQ(Paste(), -4); }), 40) << "the monitor looks every 10 ms, the paste every 2 ms";
   EXPECT_EQ(PasteLog(), Joined(Opening("Hello", 150), {"Expected text length: 5, partial start index: 2"}));
 
-  const auto opened = TheDesktop().Gate().Count("OpenClipboard");
+  const auto opened = TheDesktop().Calls().Count("OpenClipboard");
   EXPECT_EQ(Paste(), -4);
   EXPECT_THAT(Log(), ElementsAre(kTag + "Function entered", kTag + "clickTarget failed with code: -4"));
-  EXPECT_EQ(TheDesktop().Gate().Count("OpenClipboard"), opened);
+  EXPECT_EQ(TheDesktop().Calls().Count("OpenClipboard"), opened);
 }
 
 }  // namespace

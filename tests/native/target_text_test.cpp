@@ -30,7 +30,7 @@ class TargetTextTest : public FieldTest {
   void SetUp() override {
     FieldTest::SetUp();
     for (const Property& property : kProperties) {
-      TheDesktop().SetProperty(field_, property.id, u"");
+      TheDesktop().Elements().SetProperty(field_, property.id, u"");
     }
   }
 
@@ -49,10 +49,10 @@ class TargetTextTest : public FieldTest {
 TEST_F(TargetTextTest, FirstPropertyWithATextWins) {
   auto& desktop = TheDesktop();
   const std::pair<const char*, std::function<void(PROPERTYID)>> absences[] = {
-      {"empty", [&](PROPERTYID id) { desktop.SetProperty(field_, id, u""); }},
-      {"null string", [&](PROPERTYID id) { desktop.SetNullString(field_, id); }},
-      {"unsupported", [&](PROPERTYID id) { desktop.SetUnsupported(field_, id); }},
-      {"failing", [&](PROPERTYID id) { desktop.FailProperty(field_, id); }},
+      {"empty", [&](PROPERTYID id) { desktop.Elements().SetProperty(field_, id, u""); }},
+      {"null string", [&](PROPERTYID id) { desktop.Elements().SetNullString(field_, id); }},
+      {"unsupported", [&](PROPERTYID id) { desktop.Elements().SetUnsupported(field_, id); }},
+      {"failing", [&](PROPERTYID id) { desktop.Elements().FailProperty(field_, id); }},
   };
   for (const auto& [what, makeAbsent] : absences) {
     for (std::size_t winner = 0; winner <= std::size(kProperties); ++winner) {
@@ -61,12 +61,13 @@ TEST_F(TargetTextTest, FirstPropertyWithATextWins) {
         if (i < winner) {
           makeAbsent(kProperties[i].id);
         } else {
-          desktop.SetProperty(field_, kProperties[i].id, u"text " + standin::Text(1, static_cast<char16_t>('0' + i)));
+          desktop.Elements().SetProperty(field_, kProperties[i].id,
+                                         u"text " + standin::Text(1, static_cast<char16_t>('0' + i)));
         }
       }
-      const auto before = desktop.Gate().Count("IUIAutomationElement::GetCurrentPropertyValue");
+      const auto before = desktop.Calls().Count("IUIAutomationElement::GetCurrentPropertyValue");
       const auto text = Read(&target_, window_);
-      const auto reads = desktop.Gate().Count("IUIAutomationElement::GetCurrentPropertyValue") - before;
+      const auto reads = desktop.Calls().Count("IUIAutomationElement::GetCurrentPropertyValue") - before;
       if (winner == std::size(kProperties)) {
         EXPECT_EQ(text, std::nullopt);
         EXPECT_EQ(reads, 5U);
@@ -91,7 +92,7 @@ TEST_F(TargetTextTest, PreviewEndsAfterFiftyUnitsTheTextDoesNot) {
   const std::string shown = std::string(48, 'x') + "\xE9\\ud83d";
   for (const auto& [text, preview] : {Case{fifty, shown}, Case{fifty + u"\xDE00", shown + "..."},
                                       Case{fifty + standin::Text(70000, u'y'), shown + "..."}}) {
-    TheDesktop().SetProperty(field_, UIA_ValueValuePropertyId, text);
+    TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, text);
     EXPECT_EQ(Read(&target_, window_), text);
     EXPECT_EQ(Log().back(), "getTargetText: SUCCESS with UIA_ValueValuePropertyId - Text: " + preview);
   }
@@ -111,12 +112,12 @@ TEST_F(TargetTextTest, NothingToReadFrom) {
                                  "[FindTargetElement] FAILED: All identification methods failed",
                                  "getTargetText: FAILED - No element found"));
 
-  TheDesktop().SetText(edit_, u"text");
+  TheDesktop().Controls().SetText(edit_, u"text");
   cleanupAutomation();
   OpenLog();
   EXPECT_EQ(Read(&target_, window_), std::nullopt) << "no context is created for a read";
   EXPECT_EQ(Log().back(), "getTargetText: FAILED - No element found");
-  EXPECT_EQ(TheDesktop().Gate().Count("CoCreateInstance"), 1U);
+  EXPECT_EQ(TheDesktop().Calls().Count("CoCreateInstance"), 1U);
   freeTextResult(nullptr);
 }
 

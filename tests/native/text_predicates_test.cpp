@@ -8,13 +8,13 @@ class TextPredicatesTest : public FieldTest {
  protected:
   // How often the field was read since the last call.
   std::uint64_t Reads() {
-    const auto all = TheDesktop().Gate().Count("IUIAutomation::ElementFromHandle");
+    const auto all = TheDesktop().Calls().Count("IUIAutomation::ElementFromHandle");
     return all - std::exchange(reads_, all);
   }
 
   void MakeUnreadable() {
     for (const PROPERTYID id : {30045, 30005, 30093, 30092, 30094}) {
-      TheDesktop().SetUnsupported(field_, id);
+      TheDesktop().Elements().SetUnsupported(field_, id);
     }
   }
 
@@ -44,7 +44,7 @@ TEST_F(TextPredicatesTest, Tests) {
   // clang-format on
   for (const auto& [shown, test, argument, result] : cases) {
     SCOPED_TRACE(testing::PrintToString(standin::Text(shown)) + " " + testing::PrintToString(standin::Text(argument)));
-    TheDesktop().SetText(edit_, shown);
+    TheDesktop().Controls().SetText(edit_, shown);
     EXPECT_EQ(test(argument), result);
   }
   MakeUnreadable();
@@ -106,9 +106,9 @@ TEST_F(TextPredicatesTest, WaitsPollEveryTwoMillisecondsWithinTheLimit) {
     for (const auto& [holdsAfter, limit, code, slept, reads] : cases) {
       SCOPED_TRACE(std::string(wait.name) + ", limit " + std::to_string(limit) + ", after " +
                    std::to_string(holdsAfter));
-      TheDesktop().SetText(edit_, holdsAfter < 0 ? wait.heldAt : wait.notHeldAt);
+      TheDesktop().Controls().SetText(edit_, holdsAfter < 0 ? wait.heldAt : wait.notHeldAt);
       if (holdsAfter > 0) {
-        TheDesktop().After(holdsAfter, [&] { TheDesktop().SetText(edit_, wait.heldAt); });
+        TheDesktop().Clock().After(holdsAfter, [&] { TheDesktop().Controls().SetText(edit_, wait.heldAt); });
       }
       Reads();
       EXPECT_EQ(Elapsed([&, code = code, limit = limit] { EXPECT_EQ(wait.wait(&target_, window_, limit), code); }),
@@ -119,10 +119,10 @@ TEST_F(TextPredicatesTest, WaitsPollEveryTwoMillisecondsWithinTheLimit) {
 }
 
 TEST_F(TextPredicatesTest, WaitsOutlastAWrapOfTheTickCounter) {
-  TheDesktop().SetText(edit_, u"old");
+  TheDesktop().Controls().SetText(edit_, u"old");
   for (const Wait& wait : kWaits) {
     SCOPED_TRACE(wait.name);
-    TheDesktop().SetTickCount(0xFFFFFFFE);
+    TheDesktop().Clock().SetTickCount(0xFFFFFFFE);
     EXPECT_EQ(Elapsed([&] { EXPECT_EQ(wait.wait(&target_, window_, 12), -3); }), 12);
   }
 }
@@ -137,9 +137,9 @@ TEST_F(TextPredicatesTest, UnreadableFieldNeitherChangesNorEmptiesNorContains) {
 }
 
 TEST_F(TextPredicatesTest, CancellingDoesNotEndAWait) {
-  TheDesktop().SetText(edit_, u"old");
+  TheDesktop().Controls().SetText(edit_, u"old");
   startCancelMonitor();
-  TheDesktop().HoldEscape(5, 60);
+  TheDesktop().User().HoldEscape(5, 60);
   EXPECT_EQ(Elapsed([&] { EXPECT_EQ(waitForTargetContainsText(&target_, window_, u"new", 100), -3); }), 100);
   EXPECT_EQ(isCancelled(), 1);
 }

@@ -19,23 +19,23 @@ class ThreadsTest : public DesktopTest {
   void SetUp() override {
     DesktopTest::SetUp();
     auto& desktop = TheDesktop();
-    window_ = desktop.AddWindow({.className = u"Dialog", .title = u"Orders", .rect = {100, 100, 500, 400}});
-    edit_ = desktop.AddWindow({.className = u"Edit",
-                               .title = u"shown text",
-                               .rect = {120, 120, 320, 150},
-                               .parent = window_,
-                               .controlId = 7,
-                               .behaviour = standin::Behaviour::Edit});
+    window_ = desktop.Windows().Add({.className = u"Dialog", .title = u"Orders", .rect = {100, 100, 500, 400}});
+    edit_ = desktop.Windows().Add({.className = u"Edit",
+                                   .title = u"shown text",
+                                   .rect = {120, 120, 320, 150},
+                                   .parent = window_,
+                                   .controlId = 7,
+                                   .behaviour = standin::Behaviour::Edit});
     path_ = EmptyRecord();
     AddLevel(path_, UIA_WindowControlTypeId, u"Dialog", 1);
     AddLevel(path_, 50004, u"Edit", 1);
     id_ = RecordById(u"7");
-    desktop.SetTracing(false);
-    desktop.UseRealTime();
+    desktop.Calls().SetTracing(false);
+    desktop.Clock().UseRealTime();
   }
 
   void TearDown() override {
-    TheDesktop().UseVirtualTime();
+    TheDesktop().Clock().UseVirtualTime();
     DesktopTest::TearDown();
   }
 
@@ -149,7 +149,7 @@ TEST_F(ThreadsTest, EverythingThatMayRunTogetherDoes) {
     threads.emplace_back([&, which] {
       // The context may be made on any of them and is released on another: the object model is the host's business
       // here.
-      TheDesktop().InitializeComMultithreaded();
+      TheDesktop().Host().InitializeComMultithreaded();
       for (; !stop; ++calls) {
         Use(which, id_, path_, window_);
       }
@@ -159,7 +159,7 @@ TEST_F(ThreadsTest, EverythingThatMayRunTogetherDoes) {
   const auto end = std::chrono::steady_clock::now() + duration;
   for (int round = 0; std::chrono::steady_clock::now() < end && !HasFailure(); ++round) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    TheDesktop().PressKey(VK_ESCAPE, round % 2 == 0);
+    TheDesktop().User().PressKey(VK_ESCAPE, round % 2 == 0);
     OpenLog();
     if (round % 5 == 0) {
       cleanupAutomation();
@@ -173,7 +173,7 @@ TEST_F(ThreadsTest, EverythingThatMayRunTogetherDoes) {
   for (std::thread& thread : threads) {
     thread.join();
   }
-  TheDesktop().PressKey(VK_ESCAPE, false);
+  TheDesktop().User().PressKey(VK_ESCAPE, false);
   lines += CheckLines();
   aside.reset();
   std::printf("%d rounds of calls, %zu lines\n", calls.load(), lines);

@@ -154,7 +154,7 @@ TEST_F(TreePathNavigationTest, LevelZeroMayBeTheWindowItself) {
   }
   // A window that does not tell its class may still hold the level as a child.
   AddControl(dialog_, u"Dialog", 8, {110, 110, 120, 120}, standin::Behaviour::None);
-  TheDesktop().SetNullString(TheDesktop().ElementOf(dialog_), UIA_ClassNamePropertyId);
+  TheDesktop().Elements().SetNullString(TheDesktop().Elements().Of(dialog_), UIA_ClassNamePropertyId);
   EXPECT_EQ(Follow(RecordOf({{UIA_WindowControlTypeId, u"Dialog", 1}})), "none");
   EXPECT_EQ(Log()[3], kTag + "WARNING: Failed to get root element className");
 }
@@ -162,7 +162,7 @@ TEST_F(TreePathNavigationTest, LevelZeroMayBeTheWindowItself) {
 TEST_F(TreePathNavigationTest, EntriesThatAreNotHandedOutHaveNoPosition) {
   const HWND second = AddControl(panel_, u"Spin", 21, {10, 10, 11, 11}, standin::Behaviour::Edit);
   AddControl(panel_, u"Spin", 22, {10, 10, 11, 11}, standin::Behaviour::Edit);
-  TheDesktop().HideFromArrays(TheDesktop().ElementOf(second));
+  TheDesktop().Elements().HideFromArrays(TheDesktop().Elements().Of(second));
   EXPECT_EQ(Follow(InPanel(kEdit, u"Spin", 1)), "22");
   EXPECT_EQ(Follow(InPanel(kEdit, u"Spin", 2)), "none");
   EXPECT_EQ(Follow(InPanel(kEdit, u"Spin", 0)), "22");
@@ -188,38 +188,38 @@ TEST_F(TreePathNavigationTest, CandidatesArriveWithOneSearchPerLevel) {
 }
 
 TEST_F(TreePathNavigationTest, TheClassNameIsTheCachedOneUnlessItIsMissing) {
-  const auto memo = TheDesktop().ElementOf(WindowFromPoint({130, 200}));
+  const auto memo = TheDesktop().Elements().Of(WindowFromPoint({130, 200}));
   // Renamed between the search and the comparison.
-  TheDesktop().AfterCall("IUIAutomationElementArray::get_Length", 2,
-                         [=] { TheDesktop().SetProperty(memo, UIA_ClassNamePropertyId, u"Renamed"); });
+  TheDesktop().Calls().After("IUIAutomationElementArray::get_Length", 2,
+                             [=] { TheDesktop().Elements().SetProperty(memo, UIA_ClassNamePropertyId, u"Renamed"); });
   EXPECT_EQ(Follow(InPanel(0, u"Memo", 3)), "3");
-  TheDesktop().AfterCall("IUIAutomationElementArray::get_Length", 2,
-                         [=] { TheDesktop().SetProperty(memo, UIA_ClassNamePropertyId, u"Memo"); });
+  TheDesktop().Calls().After("IUIAutomationElementArray::get_Length", 2,
+                             [=] { TheDesktop().Elements().SetProperty(memo, UIA_ClassNamePropertyId, u"Memo"); });
   EXPECT_EQ(Follow(InPanel(0, u"Memo", 3)), "none");
-  TheDesktop().SetProperty(memo, UIA_ClassNamePropertyId, u"Renamed");
-  TheDesktop().HideFromCache(memo);
-  const auto before = TheDesktop().Gate().Count("IUIAutomationElement::get_CurrentClassName");
+  TheDesktop().Elements().SetProperty(memo, UIA_ClassNamePropertyId, u"Renamed");
+  TheDesktop().Elements().HideFromCache(memo);
+  const auto before = TheDesktop().Calls().Count("IUIAutomationElement::get_CurrentClassName");
   EXPECT_EQ(Follow(InPanel(0, u"Renamed", 3)), "3");
-  EXPECT_EQ(TheDesktop().Gate().Count("IUIAutomationElement::get_CurrentClassName") - before, 2U);
-  TheDesktop().FailProperty(memo, UIA_ClassNamePropertyId);
+  EXPECT_EQ(TheDesktop().Calls().Count("IUIAutomationElement::get_CurrentClassName") - before, 2U);
+  TheDesktop().Elements().FailProperty(memo, UIA_ClassNamePropertyId);
   EXPECT_EQ(Follow(InPanel(0, u"Renamed", 3)), "none");
-  TheDesktop().SetNullString(memo, UIA_ClassNamePropertyId);
+  TheDesktop().Elements().SetNullString(memo, UIA_ClassNamePropertyId);
   EXPECT_EQ(Follow(InPanel(0, u"Renamed", 3)), "none");
 }
 
 TEST_F(TreePathNavigationTest, WithoutACacheRequestTheLiveElementsAreAsked) {
   for (const HRESULT result : {E_FAIL, S_FALSE}) {
-    TheDesktop().Gate().FailWith("IUIAutomation::CreateCacheRequest", result);
-    TheDesktop().Gate().FailNth("IUIAutomation::CreateCacheRequest", 1);
+    TheDesktop().Faults().FailWith("IUIAutomation::CreateCacheRequest", result);
+    TheDesktop().Faults().FailNth("IUIAutomation::CreateCacheRequest", 1);
     const Lines calls = CallsOf([&] { EXPECT_EQ(Follow(InPanel(kEdit, u"Edit", 2)), "4"); });
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "IUIAutomationElement::FindAll"), 2);
     EXPECT_EQ(Log()[2], kTag + "WARNING: Failed to create cache request, using normal property access");
   }
   for (const char* ignored : {"IUIAutomationCacheRequest::AddProperty", "IUIAutomation::get_ControlViewCondition",
                               "IUIAutomationCacheRequest::put_TreeFilter"}) {
-    TheDesktop().Gate().FailFromNth(ignored, 1);
+    TheDesktop().Faults().FailFromNth(ignored, 1);
     EXPECT_EQ(Follow(InPanel(kEdit, u"Edit", 2)), "4");
-    TheDesktop().Gate().StopFailing();
+    TheDesktop().Faults().Stop();
     EXPECT_EQ(Log()[2], kTag + "Created cache request for static properties");
   }
 }
@@ -264,11 +264,11 @@ TEST_F(TreePathNavigationTest, EveryFailureEndsItWithItsLine) {
       if (line.empty()) {
         continue;
       }
-      TheDesktop().Gate().StopFailing();
-      TheDesktop().Gate().FailWith(c.call, result);
-      TheDesktop().Gate().FailNth(c.call, c.nth);
+      TheDesktop().Faults().Stop();
+      TheDesktop().Faults().FailWith(c.call, result);
+      TheDesktop().Faults().FailNth(c.call, c.nth);
       EXPECT_EQ(Follow(c.record), "none");
-      EXPECT_EQ(TheDesktop().Gate().Injected(), 1U) << c.call;
+      EXPECT_EQ(TheDesktop().Faults().Injected(), 1U) << c.call;
       EXPECT_EQ(Log().back(), kTag + line) << c.call;
     }
   }
@@ -296,16 +296,16 @@ TEST_F(TreePathNavigationTest, ACancelEndsItSilentlyBeforeTheNextLevel) {
   CancelByEscape();
   EXPECT_EQ(Follow(InPanel(kEdit, u"Edit", 1)), "none");
   EXPECT_EQ(Log().back(), kTag + "Skipping root window level - className matches: Dialog");
-  EXPECT_EQ(TheDesktop().Gate().Count("IUIAutomationElement::FindAllBuildCache"), 0U);
+  EXPECT_EQ(TheDesktop().Calls().Count("IUIAutomationElement::FindAllBuildCache"), 0U);
   // A path that has no level below the window is followed all the same.
   EXPECT_EQ(Follow(RecordOf({{UIA_WindowControlTypeId, u"Dialog", 1}})), "");
 }
 
 TEST_F(TreePathNavigationTest, TimesAreWholeMilliseconds) {
-  TheDesktop().Gate().SetCrossProcessCost(0.75);
-  const auto before = TheDesktop().Now();
+  TheDesktop().Calls().SetCrossProcessCost(0.75);
+  const auto before = TheDesktop().Clock().Now();
   EXPECT_EQ(Follow(InPanel(kEdit, u"Edit", 2)), "4");
-  const auto atMost = static_cast<int>(TheDesktop().Now() - before);
+  const auto atMost = static_cast<int>(TheDesktop().Clock().Now() - before);
   const std::string line = Log().back();
   int levels = 0;
   int time = 0;

@@ -28,9 +28,9 @@ class TreePathTest : public DesktopTest {
 
   // A chain of elements without windows below the dialog, the innermost `depth` levels below it.
   void AddChain(int depth) {
-    auto element = TheDesktop().ElementOf(dialog_);
+    auto element = TheDesktop().Elements().Of(dialog_);
     for (int i = 1; i <= depth; ++i) {
-      element = TheDesktop().AddElement(
+      element = TheDesktop().Elements().Add(
           element, {.className = u"L" + standin::Text(1, static_cast<char16_t>(u'A' + i)), .rect = kSpot});
     }
   }
@@ -95,7 +95,7 @@ TEST_F(TreePathTest, HoldsAtMostTwentyLevels) {
     if (c.depth > 0) {
       EXPECT_EQ(record_.classNames[c.levels - 1][1], static_cast<char16_t>(u'A' + c.depth));
     }
-    TheDesktop().DestroyWindow(dialog_);
+    TheDesktop().Windows().Destroy(dialog_);
     dialog_ = AddDialog();
   }
 }
@@ -115,17 +115,17 @@ TEST_F(TreePathTest, TheDesktopLevelIsToldByItsClassAlone) {
       {u"#3276", 50032, false, {}},
   };
   for (const auto& c : cases) {
-    TheDesktop().DestroyWindow(dialog_);
+    TheDesktop().Windows().Destroy(dialog_);
     dialog_ =
-        TheDesktop().AddWindow({.className = u"Dialog", .rect = {100, 100, 500, 400}, .controlType = c.windowType});
-    TheDesktop().SetProperty(TheDesktop().RootElement(), UIA_ClassNamePropertyId, c.desktopClass);
+        TheDesktop().Windows().Add({.className = u"Dialog", .rect = {100, 100, 500, 400}, .controlType = c.windowType});
+    TheDesktop().Elements().SetProperty(TheDesktop().Elements().Root(), UIA_ClassNamePropertyId, c.desktopClass);
     EXPECT_TRUE(BuildTreePath(AtSpot().Get(), &record_));
     EXPECT_EQ(record_.pathLength, c.removed ? 1 : 2);
     const Lines log = Log();
     EXPECT_EQ(Starting(log, "[BuildTreePath] WARNING"), c.warning);
     EXPECT_EQ(Starting(log, "[BuildTreePath] Removed").size(), c.removed ? 1U : 0U);
   }
-  TheDesktop().SetProperty(TheDesktop().RootElement(), UIA_ClassNamePropertyId, u"#32769");
+  TheDesktop().Elements().SetProperty(TheDesktop().Elements().Root(), UIA_ClassNamePropertyId, u"#32769");
   EXPECT_FALSE(BuildTreePath(AtSpot({5, 5}).Get(), &record_));
   EXPECT_EQ(record_.pathLength, 0);
   EXPECT_THAT(Starting(Log(), "[BuildTreePath]"),
@@ -136,10 +136,10 @@ TEST_F(TreePathTest, TheDesktopLevelIsToldByItsClassAlone) {
 
 TEST_F(TreePathTest, ARemovedLevelLeavesNothingBehind) {
   // A walk that ends below the desktop, at a window that bears its class.
-  TheDesktop().DestroyWindow(dialog_);
+  TheDesktop().Windows().Destroy(dialog_);
   dialog_ = AddDialog(u"#32769");
   AddControl(dialog_, u"Edit", 7, kSpot);
-  TheDesktop().Gate().FailNth("IUIAutomationTreeWalker::GetParentElement", 4);
+  TheDesktop().Faults().FailNth("IUIAutomationTreeWalker::GetParentElement", 4);
   EXPECT_TRUE(BuildTreePath(AtSpot().Get(), &record_));
   TargetRecord expected = record_;
   ClearTreePath(expected);
@@ -155,7 +155,7 @@ TEST_F(TreePathTest, LongClassNamesAreCutAndThenMatchNoSibling) {
     EXPECT_EQ(std::u16string_view(record_.classNames[1]), standin::Text(63, u'c'));
     EXPECT_EQ(record_.childIndices[1], length == 63 ? 1 : 0);
     EXPECT_EQ(Starting(Log(), "[GetChildIndex] Target not found").size(), length == 63 ? 0U : 1U);
-    TheDesktop().DestroyWindow(dialog_);
+    TheDesktop().Windows().Destroy(dialog_);
     dialog_ = AddDialog();
   }
 }
@@ -166,10 +166,10 @@ TEST_F(TreePathTest, APositionCountsSiblingsOfTheSameKind) {
   std::vector<standin::Element> buttons;
   for (int i = 0; i < 5; ++i) {
     const LONG left = 120 + 40 * i;
-    buttons.push_back(TheDesktop().AddElement(
+    buttons.push_back(TheDesktop().Elements().Add(
         dialog_, {.className = classes[i], .controlType = 50000, .rect = {left, 120, left + 30, 140}}));
   }
-  TheDesktop().AddElement(dialog_, {.className = u"Button", .controlType = 50004, .rect = {400, 300, 410, 310}});
+  TheDesktop().Elements().Add(dialog_, {.className = u"Button", .controlType = 50004, .rect = {400, 300, 410, 310}});
   const auto button = [](int i) { return AtSpot({125 + 40 * i, 130}); };
   const int positions[] = {1, 1, 2, 4, 3};  // the one without a class counts among all buttons
   for (int i = 0; i < 5; ++i) {
@@ -179,9 +179,9 @@ TEST_F(TreePathTest, APositionCountsSiblingsOfTheSameKind) {
   EXPECT_EQ(GetChildIndex(button(4).Get(), 50000, u"button"), 0) << "letter case counts";
   EXPECT_EQ(GetChildIndex(button(4).Get(), 50004, u"Button"), 0);
   // An entry that is not handed out has no position, one that cannot be compared has.
-  TheDesktop().HideFromArrays(buttons[0]);
+  TheDesktop().Elements().HideFromArrays(buttons[0]);
   EXPECT_EQ(GetChildIndex(button(4).Get(), 50000, u"Button"), 2);
-  TheDesktop().Gate().FailNth("IUIAutomation::CompareElements", 1);
+  TheDesktop().Faults().FailNth("IUIAutomation::CompareElements", 1);
   EXPECT_EQ(GetChildIndex(button(4).Get(), 50000, u"Button"), 2);
 }
 
@@ -216,13 +216,13 @@ TEST_F(TreePathTest, APositionSearchAsksOnceAndNamesWhatFailed) {
       if (result == S_FALSE && std::string_view(c.call).ends_with("get_Length")) {
         continue;
       }
-      TheDesktop().Gate().FailWith(c.call, result);
-      TheDesktop().Gate().FailNth(c.call, c.nth);
+      TheDesktop().Faults().FailWith(c.call, result);
+      TheDesktop().Faults().FailNth(c.call, c.nth);
       EXPECT_EQ(GetChildIndex(edit.Get(), 50004, u"Edit"), 0);
       EXPECT_EQ(Log(), (Lines{finding, std::string("[GetChildIndex] ") + c.line})) << c.call << result;
     }
   }
-  TheDesktop().Gate().FailNth("IUIAutomationElementArray::GetElement", 1);
+  TheDesktop().Faults().FailNth("IUIAutomationElementArray::GetElement", 1);
   EXPECT_EQ(GetChildIndex(edit.Get(), 50004, u"Edit"), 0);
   EXPECT_EQ(Log().back(), "[GetChildIndex] Target not found among siblings, returning 0");
 }
@@ -257,14 +257,13 @@ TEST_F(TreePathTest, AFailingLevelStaysEmptyAndAFailingParentEndsTheWalk) {
   AddChain(3);
   const ElementPtr element = AtSpot();
   const auto innermost = [&] { return record_.pathLength - 1; };
-  auto& gate = TheDesktop().Gate();
-  gate.FailNth("IUIAutomationElement::get_CurrentControlType", 1);
+  TheDesktop().Faults().FailNth("IUIAutomationElement::get_CurrentControlType", 1);
   EXPECT_TRUE(BuildTreePath(element.Get(), &record_));
   EXPECT_EQ(record_.pathLength, 4);
   EXPECT_EQ(record_.controlTypes[innermost()], 0);
   EXPECT_EQ(record_.childIndices[innermost()], 0);
 
-  gate.FailNth("IUIAutomationElement::get_CurrentClassName", 1);
+  TheDesktop().Faults().FailNth("IUIAutomationElement::get_CurrentClassName", 1);
   EXPECT_TRUE(BuildTreePath(element.Get(), &record_));
   EXPECT_EQ(record_.pathLength, 4);
   EXPECT_EQ(record_.controlTypes[innermost()], kCustom);
@@ -273,7 +272,7 @@ TEST_F(TreePathTest, AFailingLevelStaysEmptyAndAFailingParentEndsTheWalk) {
 
   // Each level asks for a parent twice: for its position, and to go on. The fourth is the second level's step.
   ForgetLog();
-  gate.FailNth("IUIAutomationTreeWalker::GetParentElement", 4);
+  TheDesktop().Faults().FailNth("IUIAutomationTreeWalker::GetParentElement", 4);
   EXPECT_TRUE(BuildTreePath(element.Get(), &record_));
   EXPECT_EQ(record_.pathLength, 2);
   EXPECT_EQ(std::u16string_view(record_.classNames[0]), u"LC");
@@ -281,8 +280,8 @@ TEST_F(TreePathTest, AFailingLevelStaysEmptyAndAFailingParentEndsTheWalk) {
   EXPECT_EQ(Log().back(), "[BuildTreePath] SUCCESS: Built tree path with 2 levels");
 
   for (const HRESULT result : {E_FAIL, S_FALSE}) {
-    gate.FailWith("IUIAutomation::get_ControlViewWalker", result);
-    gate.FailNth("IUIAutomation::get_ControlViewWalker", 1);
+    TheDesktop().Faults().FailWith("IUIAutomation::get_ControlViewWalker", result);
+    TheDesktop().Faults().FailNth("IUIAutomation::get_ControlViewWalker", 1);
     EXPECT_FALSE(BuildTreePath(element.Get(), &record_));
     EXPECT_EQ(record_.pathLength, 0);
     EXPECT_THAT(Log(), ElementsAre("[BuildTreePath] FAILED: Unable to get tree walker"));

@@ -8,13 +8,13 @@ class VerifySimpleTest : public FieldTest {
  protected:
   void SetUp() override {
     FieldTest::SetUp();
-    TheDesktop().ClickAsUser(130, 130);
-    ASSERT_EQ(TheDesktop().Focus(), edit_);
-    TheDesktop().SetClipboard(u"before");
+    TheDesktop().User().Click(130, 130);
+    ASSERT_EQ(TheDesktop().Windows().Focus(), edit_);
+    TheDesktop().Clipboard().Set(u"before");
   }
 
   int Verify(standin::TextView shown, const char16_t* expected) {
-    TheDesktop().SetText(edit_, shown);
+    TheDesktop().Controls().SetText(edit_, shown);
     return verifySimple(expected, window_);
   }
 
@@ -50,7 +50,7 @@ TEST_F(VerifySimpleTest, Matches) {
     EXPECT_EQ(Verify(shown, expected), code);
     const std::string block = Block();
     EXPECT_TRUE(block.ends_with(code == 0 ? "\r\n  Match: TRUE\r\n" : "\r\n  Match: FALSE\r\n")) << block;
-    EXPECT_EQ(TheDesktop().ClipboardText(), shown);
+    EXPECT_EQ(TheDesktop().Clipboard().Text(), shown);
   }
 }
 
@@ -131,14 +131,14 @@ TEST_F(VerifySimpleTest, BlocksByteForByte) {
 }
 
 TEST_F(VerifySimpleTest, OrderOfCallsAndTime) {
-  TheDesktop().SetText(edit_, u"text");
+  TheDesktop().Controls().SetText(edit_, u"text");
   Lines calls;
   EXPECT_EQ(Elapsed([&] { calls = CallsOf([&] { EXPECT_EQ(verifySimple(u"text", window_), 0); }); }), 150);
   EXPECT_THAT(
       calls, ElementsAre("OpenClipboard", "EmptyClipboard", "CloseClipboard", "SendInput", "Sleep", "SendInput",
                          "Sleep", "OpenClipboard", "GetClipboardData", "GlobalLock", "GlobalUnlock", "CloseClipboard"));
   std::vector<std::pair<WORD, DWORD>> sent;
-  for (const auto& batch : TheDesktop().InputBatches()) {
+  for (const auto& batch : TheDesktop().Input().Batches()) {
     EXPECT_EQ(batch.size(), 4U);
     for (const INPUT& record : batch) {
       sent.emplace_back(record.ki.wVk, record.ki.dwFlags);
@@ -162,28 +162,28 @@ TEST_F(VerifySimpleTest, FailuresAreSilentAndTriedOnce) {
       {"OpenClipboard", 2, -3, u"text", 150}, {"GetClipboardData", 1, -3, u"text", 150},
       {"GlobalLock", 1, -3, u"text", 150},
   };
-  TheDesktop().SetText(edit_, u"text");
+  TheDesktop().Controls().SetText(edit_, u"text");
   for (const auto& [call, nth, code, left, slept] : cases) {
     SCOPED_TRACE(std::string(call) + " " + std::to_string(nth));
-    TheDesktop().SetClipboard(u"before");
+    TheDesktop().Clipboard().Set(u"before");
     Block();
-    TheDesktop().Gate().FailNth(call, nth);
+    TheDesktop().Faults().FailNth(call, nth);
     EXPECT_EQ(Elapsed([&, code = code] { EXPECT_EQ(verifySimple(u"text", window_), code); }), slept);
-    TheDesktop().Gate().StopFailing();
+    TheDesktop().Faults().Stop();
     EXPECT_EQ(Block().empty(), code != 0);
-    EXPECT_EQ(TheDesktop().ClipboardText(), left);
+    EXPECT_EQ(TheDesktop().Clipboard().Text(), left);
   }
   for (const std::uint32_t accepted : {1U, 3U}) {
-    TheDesktop().BlockInput(accepted);
+    TheDesktop().Input().Block(accepted);
     EXPECT_EQ(verifySimple(u"text", window_), -3);
   }
-  TheDesktop().AcceptInput();
-  TheDesktop().SetText(edit_, u"");
+  TheDesktop().Input().Accept();
+  TheDesktop().Controls().SetText(edit_, u"");
   EXPECT_EQ(verifySimple(u"text", window_), -3) << "an empty field copies nothing";
 }
 
 TEST_F(VerifySimpleTest, Arguments) {
-  TheDesktop().SetText(edit_, u"text");
+  TheDesktop().Controls().SetText(edit_, u"text");
   const Lines calls = CallsOf([&] {
     EXPECT_EQ(verifySimple(nullptr, window_), -2);
     EXPECT_EQ(verifySimple(u"text", nullptr), -2);

@@ -25,8 +25,8 @@ TEST_F(WindowInfoTest, TitleAndProgram) {
   };
   for (const auto& [title, path, shownTitle, shownName] : cases) {
     SCOPED_TRACE(testing::PrintToString(path));
-    const HWND window =
-        TheDesktop().AddWindow({.className = u"C", .title = title, .process = TheDesktop().AddProcess(path)});
+    const HWND window = TheDesktop().Windows().Add(
+        {.className = u"C", .title = title, .process = TheDesktop().Windows().AddProcess(path)});
     WindowInfo info;
     std::memset(&info, 0xAB, sizeof info);
     EXPECT_EQ(getWindowInfo(window, &info), 0);
@@ -40,8 +40,8 @@ TEST_F(WindowInfoTest, TitleAndProgram) {
 }
 
 TEST_F(WindowInfoTest, WhatCannotBeHadIsUnknownOrEmpty) {
-  const DWORD process = TheDesktop().AddProcess(u"C:\\orders.exe");
-  const HWND window = TheDesktop().AddWindow({.className = u"C", .title = u"Orders", .process = process});
+  const DWORD process = TheDesktop().Windows().AddProcess(u"C:\\orders.exe");
+  const HWND window = TheDesktop().Windows().Add({.className = u"C", .title = u"Orders", .process = process});
   const auto expect = [&](HWND asked, const char16_t* title, const char16_t* name) {
     WindowInfo info;
     EXPECT_EQ(getWindowInfo(asked, &info), 0);
@@ -57,19 +57,19 @@ TEST_F(WindowInfoTest, WhatCannotBeHadIsUnknownOrEmpty) {
   };
   for (const auto& [call, title, name] : failures) {
     SCOPED_TRACE(call);
-    TheDesktop().Gate().FailNth(call, 1);
+    TheDesktop().Faults().FailNth(call, 1);
     expect(window, title, name);
-    TheDesktop().Gate().StopFailing();
+    TheDesktop().Faults().Stop();
   }
-  TheDesktop().ForbidOpening(process);
+  TheDesktop().Windows().ForbidOpening(process);
   expect(window, u"Orders", u"Unknown");
-  TheDesktop().DestroyWindow(window);
+  TheDesktop().Windows().Destroy(window);
   expect(window, u"", u"Unknown");
   EXPECT_THAT(Log(), IsEmpty());
 }
 
 TEST_F(WindowInfoTest, MissingArguments) {
-  const HWND window = TheDesktop().AddWindow({.className = u"C", .title = u"Orders"});
+  const HWND window = TheDesktop().Windows().Add({.className = u"C", .title = u"Orders"});
   WindowInfo info;
   WindowInfo untouched;
   std::memset(&info, 0xAB, sizeof info);

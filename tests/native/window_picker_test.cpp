@@ -9,26 +9,26 @@ class WindowPickerTest : public DesktopTest {
   void SetUp() override {
     DesktopTest::SetUp();
     auto& desktop = TheDesktop();
-    main_ = desktop.AddWindow({.className = u"Main", .title = u"Main", .rect = {0, 0, 700, 500}});
-    dialog_ =
-        desktop.AddWindow({.className = u"Dialog", .title = u"Dialog", .rect = {100, 100, 400, 300}, .owner = main_});
-    const HWND panel = desktop.AddWindow({.className = u"Panel", .rect = {110, 110, 390, 290}, .parent = dialog_});
-    button_ = desktop.AddWindow({.className = u"Button",
-                                 .title = u"OK",
-                                 .rect = {120, 120, 220, 150},
-                                 .parent = panel,
-                                 .behaviour = standin::Behaviour::Button});
+    main_ = desktop.Windows().Add({.className = u"Main", .title = u"Main", .rect = {0, 0, 700, 500}});
+    dialog_ = desktop.Windows().Add(
+        {.className = u"Dialog", .title = u"Dialog", .rect = {100, 100, 400, 300}, .owner = main_});
+    const HWND panel = desktop.Windows().Add({.className = u"Panel", .rect = {110, 110, 390, 290}, .parent = dialog_});
+    button_ = desktop.Windows().Add({.className = u"Button",
+                                     .title = u"OK",
+                                     .rect = {120, 120, 220, 150},
+                                     .parent = panel,
+                                     .behaviour = standin::Behaviour::Button});
   }
 
   void TearDown() override {
-    EXPECT_EQ(TheDesktop().HookCount(), 0);
+    EXPECT_EQ(TheDesktop().Host().HookCount(), 0);
     EXPECT_EQ(GetPropW(GetDesktopWindow(), u"MouseHook"), nullptr);
-    EXPECT_EQ(TheDesktop().CursorShape(), "arrow");
+    EXPECT_EQ(TheDesktop().User().CursorShape(), "arrow");
     DesktopTest::TearDown();
   }
 
   void ClickLater(double milliseconds, int x, int y) {
-    TheDesktop().After(milliseconds, [x, y] { TheDesktop().ClickAsUser(x, y); });
+    TheDesktop().Clock().After(milliseconds, [x, y] { TheDesktop().User().Click(x, y); });
   }
 
   HWND main_ = nullptr;
@@ -37,24 +37,24 @@ class WindowPickerTest : public DesktopTest {
 };
 
 TEST_F(WindowPickerTest, ClickOnAButtonGivesTheTopOfTheOwnersAndPressesNothing) {
-  TheDesktop().After(3, [] {
-    EXPECT_EQ(TheDesktop().CursorShape(), "cross");
-    EXPECT_EQ(TheDesktop().HookCount(), 1);
+  TheDesktop().Clock().After(3, [] {
+    EXPECT_EQ(TheDesktop().User().CursorShape(), "cross");
+    EXPECT_EQ(TheDesktop().Host().HookCount(), 1);
     EXPECT_NE(GetPropW(GetDesktopWindow(), u"MouseHook"), nullptr);
   });
   ClickLater(5, 130, 130);
   EXPECT_EQ(Elapsed([&] { EXPECT_EQ(findWindowByClick(), main_); }), 5);
-  EXPECT_EQ(TheDesktop().Presses(button_), 0);
+  EXPECT_EQ(TheDesktop().Controls().Presses(button_), 0);
   for (const HWND window : {main_, dialog_, button_}) {
-    EXPECT_EQ(TheDesktop().MouseDowns(window), 0);
+    EXPECT_EQ(TheDesktop().Controls().MouseDowns(window), 0);
   }
-  TheDesktop().ClickAsUser(130, 130);
-  EXPECT_EQ(TheDesktop().Presses(button_), 1) << "the next click is the window's again";
+  TheDesktop().User().Click(130, 130);
+  EXPECT_EQ(TheDesktop().Controls().Presses(button_), 1) << "the next click is the window's again";
   EXPECT_THAT(Log(), IsEmpty());
 }
 
 TEST_F(WindowPickerTest, EachCallTakesItsOwnClick) {
-  const HWND other = TheDesktop().AddWindow({.className = u"Other", .rect = {800, 0, 900, 100}});
+  const HWND other = TheDesktop().Windows().Add({.className = u"Other", .rect = {800, 0, 900, 100}});
   ClickLater(5, 850, 50);
   EXPECT_EQ(findWindowByClick(), other);
   ClickLater(5, 5, 5);
@@ -64,38 +64,37 @@ TEST_F(WindowPickerTest, EachCallTakesItsOwnClick) {
 }
 
 TEST_F(WindowPickerTest, OtherMessagesAreServedWhileWaiting) {
-  const auto dispatched = TheDesktop().Gate().Count("DispatchMessageW");
+  const auto dispatched = TheDesktop().Calls().Count("DispatchMessageW");
   for (const double at : {1.0, 2.0, 3.0}) {
-    TheDesktop().After(at, [] { TheDesktop().PostMessageToThread(0x0400); });
+    TheDesktop().Clock().After(at, [] { TheDesktop().Host().PostMessage(0x0400); });
   }
   ClickLater(5, 130, 130);
   EXPECT_EQ(findWindowByClick(), main_);
-  EXPECT_EQ(TheDesktop().Gate().Count("DispatchMessageW") - dispatched, 4U) << "with the one that woke it";
+  EXPECT_EQ(TheDesktop().Calls().Count("DispatchMessageW") - dispatched, 4U) << "with the one that woke it";
 }
 
 TEST_F(WindowPickerTest, QuitEndsTheWaitAndStaysForTheHost) {
-  TheDesktop().After(5, [] { TheDesktop().PostQuit(7); });
+  TheDesktop().Clock().After(5, [] { TheDesktop().Host().PostQuit(7); });
   EXPECT_EQ(findWindowByClick(), nullptr);
-  EXPECT_TRUE(TheDesktop().QuitPending());
+  EXPECT_TRUE(TheDesktop().Host().QuitPending());
   MSG message{};
   EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);
   EXPECT_EQ(message.wParam, 7U);
-  TheDesktop().ClickAsUser(130, 130);
-  EXPECT_EQ(TheDesktop().Presses(button_), 1);
+  TheDesktop().User().Click(130, 130);
+  EXPECT_EQ(TheDesktop().Controls().Presses(button_), 1);
 }
 
 TEST_F(WindowPickerTest, Failures) {
-  auto& gate = TheDesktop().Gate();
-  gate.FailNth("SetWindowsHookExW", 1);
+  TheDesktop().Faults().FailNth("SetWindowsHookExW", 1);
   EXPECT_EQ(findWindowByClick(), nullptr);
-  EXPECT_EQ(gate.Count("GetMessageW"), 0U);
-  EXPECT_EQ(gate.Count("SetPropW"), 0U);
-  gate.FailNth("GetMessageW", 1);
+  EXPECT_EQ(TheDesktop().Calls().Count("GetMessageW"), 0U);
+  EXPECT_EQ(TheDesktop().Calls().Count("SetPropW"), 0U);
+  TheDesktop().Faults().FailNth("GetMessageW", 1);
   EXPECT_EQ(findWindowByClick(), nullptr);
-  gate.FailNth("SetPropW", 1);
+  TheDesktop().Faults().FailNth("SetPropW", 1);
   ClickLater(5, 130, 130);
   EXPECT_EQ(findWindowByClick(), main_) << "without the property the hook stays until the end";
-  gate.FailNth("WindowFromPoint", 1);
+  TheDesktop().Faults().FailNth("WindowFromPoint", 1);
   ClickLater(5, 130, 130);
   EXPECT_EQ(findWindowByClick(), nullptr);
   EXPECT_THAT(Log(), IsEmpty());
@@ -105,7 +104,7 @@ TEST_F(WindowPickerTest, CursorOfTheHostComesBack) {
   const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_CROSS));
   ClickLater(5, 130, 130);
   findWindowByClick();
-  EXPECT_EQ(TheDesktop().CursorShape(), "cross");
+  EXPECT_EQ(TheDesktop().User().CursorShape(), "cross");
   SetCursor(arrow);
 }
 
