@@ -16,11 +16,11 @@ using ::testing::Not;
 class AutomationContextTest : public DesktopTest {};
 
 TEST_F(AutomationContextTest, IsCreatedOnce) {
-  EXPECT_THAT(CallsOf([] { EXPECT_EQ(initializeAutomation(), 0); }),
-              ElementsAre("CoInitializeEx", "GetCurrentThreadId", "CoCreateInstance"));
+  EXPECT_EQ(CallsOf([] { EXPECT_EQ(initializeAutomation(), KORVANE_OK); }),
+            (Lines{"CoInitializeEx", "GetCurrentThreadId", "CoCreateInstance"}));
   EXPECT_THAT(CallsOf([] {
-                EXPECT_EQ(initializeAutomation(), 0);
-                EXPECT_EQ(setTargetWindow(nullptr), 0);
+                EXPECT_EQ(initializeAutomation(), KORVANE_OK);
+                EXPECT_EQ(setTargetWindow(nullptr), KORVANE_OK);
               }),
               IsEmpty());
   EXPECT_THAT(Log(), IsEmpty());
@@ -38,11 +38,11 @@ TEST_F(AutomationContextTest, ReportsWhatCannotBeCreatedAndTriesAgain) {
   for (const auto& c : cases) {
     const auto before = TheDesktop().Calls().Count("CoUninitialize");
     TheDesktop().Faults().FailNth(c.call, 1);
-    EXPECT_EQ(initializeAutomation(), -3);
+    EXPECT_EQ(initializeAutomation(), KORVANE_FAILED);
     EXPECT_EQ(TheDesktop().Calls().Count("CoUninitialize") - before, c.uninitialized);
     EXPECT_FALSE(CurrentAutomation());
     EXPECT_EQ(Log(), Lines{std::string("ERROR InitializeAutomation Code:-3 Details:") + c.details});
-    EXPECT_EQ(initializeAutomation(), 0);
+    EXPECT_EQ(initializeAutomation(), KORVANE_OK);
     cleanupAutomation();
     OpenLog();
   }
@@ -51,14 +51,14 @@ TEST_F(AutomationContextTest, ReportsWhatCannotBeCreatedAndTriesAgain) {
 TEST_F(AutomationContextTest, LeavesAnInitialisationOfTheHostAlone) {
   // The call that joins the host's own initialisation (S_FALSE) is one that the library does not balance.
   ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
-  EXPECT_EQ(initializeAutomation(), 0);
+  EXPECT_EQ(initializeAutomation(), KORVANE_OK);
   EXPECT_THAT(CallsOf(cleanupAutomation), Not(Contains("CoUninitialize")));
   CoUninitialize();
   CoUninitialize();
   EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
 
   TheDesktop().Host().InitializeComMultithreaded();
-  EXPECT_EQ(initializeAutomation(), 0);
+  EXPECT_EQ(initializeAutomation(), KORVANE_OK);
   EXPECT_TRUE(CurrentAutomation());
   EXPECT_THAT(CallsOf(cleanupAutomation), Not(Contains("CoUninitialize")));
   TheDesktop().Host().UninitializeCom();
@@ -66,20 +66,20 @@ TEST_F(AutomationContextTest, LeavesAnInitialisationOfTheHostAlone) {
 
 TEST_F(AutomationContextTest, TheTargetWindowIsStoredWhateverTheResult) {
   const HWND window = AddDialog();
-  EXPECT_EQ(setTargetWindow(window), 0);
+  EXPECT_EQ(setTargetWindow(window), KORVANE_OK);
   EXPECT_EQ(ChooseWindow(nullptr), window);
-  EXPECT_EQ(setTargetWindow(nullptr), 0);
+  EXPECT_EQ(setTargetWindow(nullptr), KORVANE_OK);
   EXPECT_EQ(ChooseWindow(nullptr), nullptr);
   cleanupAutomation();
   TheDesktop().Faults().FailNth("CoCreateInstance", 1);
-  EXPECT_EQ(setTargetWindow(window), -3);
+  EXPECT_EQ(setTargetWindow(window), KORVANE_FAILED);
   EXPECT_EQ(ChooseWindow(nullptr), window);
   const HWND other = AddDialog();
   EXPECT_EQ(ChooseWindow(other), other);
 }
 
 TEST_F(AutomationContextTest, EndsInOrder) {
-  ASSERT_EQ(setTargetWindow(AddDialog()), 0);
+  ASSERT_EQ(setTargetWindow(AddDialog()), KORVANE_OK);
   startCancelMonitor();
   Lines atMonitorEnd;
   Lines atLogEnd;
@@ -87,7 +87,7 @@ TEST_F(AutomationContextTest, EndsInOrder) {
   TheDesktop().Calls().After("CloseHandle", 2, [&] { atLogEnd = TheDesktop().Ledger().Outstanding(); });
   Lines calls = CallsOf(cleanupAutomation);
   std::erase_if(calls, [](const std::string& call) { return call == "Sleep" || call == "GetAsyncKeyState"; });
-  EXPECT_THAT(calls, ElementsAre("WaitForSingleObject", "CloseHandle", "CloseHandle", "CoUninitialize"));
+  EXPECT_EQ(calls, (Lines{"WaitForSingleObject", "CloseHandle", "CloseHandle", "CoUninitialize"}));
   EXPECT_THAT(atMonitorEnd, Contains(HasSubstr("IUIAutomation")));
   EXPECT_THAT(atLogEnd, ElementsAre(HasSubstr("COM")));
   EXPECT_EQ(ChooseWindow(nullptr), nullptr);
@@ -100,7 +100,7 @@ TEST_F(AutomationContextTest, ACaptureAfterACleanupMakesANewContext) {
   initializeAutomation();
   cleanupAutomation();
   TargetRecord record;
-  EXPECT_EQ(captureTargetAtPoint(&record, 200, 200), 0);
+  EXPECT_EQ(captureTargetAtPoint(&record, 200, 200), KORVANE_OK);
   EXPECT_EQ(TheDesktop().Calls().Count("CoCreateInstance"), 2U);
 }
 
@@ -108,7 +108,7 @@ TEST_F(AutomationContextTest, ACleanupBesideAnOperationDoesNotTakeItsObjectAway)
   AddDialog();
   TargetRecord record;
   TheDesktop().Calls().After("IUIAutomation::ElementFromPoint", 1, cleanupAutomation);
-  EXPECT_EQ(captureTargetAtPoint(&record, 200, 200), 0);
+  EXPECT_EQ(captureTargetAtPoint(&record, 200, 200), KORVANE_OK);
   EXPECT_EQ(record.pathLength, 0);
   EXPECT_FALSE(CurrentAutomation());
 }
@@ -120,7 +120,7 @@ TEST_F(AutomationContextTest, DelaySleepsAtLeastSomething) {
   } cases[] = {{1, 1}, {120, 120}, {0, 50}, {-5, 50}, {INT32_MIN, 50}};
   for (const auto& c : cases) {
     const double before = TheDesktop().Clock().Now();
-    EXPECT_THAT(CallsOf([&] { delay(c.asked); }), ElementsAre("Sleep"));
+    EXPECT_EQ(CallsOf([&] { delay(c.asked); }), (Lines{"Sleep"}));
     EXPECT_DOUBLE_EQ(TheDesktop().Clock().Now() - before, c.slept) << c.asked;
   }
 }

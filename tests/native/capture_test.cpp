@@ -63,38 +63,38 @@ class CaptureTest : public DesktopTest {
 };
 
 TEST_F(CaptureTest, AtAPointFillsTheWholeRecordAndLogsEveryStep) {
-  EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), 0);
+  EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), KORVANE_OK);
   EXPECT_TRUE(SameBytes(record_, ExpectedOfEdit(150, 130, -1)));
   Lines log = Log();
   std::erase_if(log, [](const std::string& line) { return line.starts_with("[GetChildIndex]"); });
-  EXPECT_THAT(
-      log, ElementsAre(
-               "[captureTargetAtPoint] Called with coordinates (150, 130)",
-               "[captureTargetAtPoint] Set coordinates: (150, 130)", "[GetElementAtPoint] Called with point (150, 130)",
-               "[GetElementAtPoint] Found element with name: ''", "[GetElementAtPoint] Element control type: 0xc354",
-               "[GetElementAtPoint] Element HWND: " + Decimal(edit_), "[GetElementAtPoint] SUCCESS: Returning element",
-               "[captureTargetAtPoint] Successfully found element at point",
-               "[captureTargetAtPoint] Captured AutomationId: '7'",
-               "[captureTargetAtPoint] Captured HWND: 0x" + Hexadecimal(edit_),
-               "[captureTargetAtPoint] Building tree path...", "[BuildTreePath] Removed Desktop level from path",
-               "[BuildTreePath] SUCCESS: Built tree path with 2 levels (Desktop level removed)",
-               "[captureTargetAtPoint] Successfully built tree path with 2 levels",
-               "[captureTargetAtPoint] Set identificationMethod to -1 (user selection required)",
-               "[captureTargetAtPoint] SUCCESS: Captured all identification methods"));
+  EXPECT_EQ(
+      log,
+      (Lines{"[captureTargetAtPoint] Called with coordinates (150, 130)",
+             "[captureTargetAtPoint] Set coordinates: (150, 130)", "[GetElementAtPoint] Called with point (150, 130)",
+             "[GetElementAtPoint] Found element with name: ''", "[GetElementAtPoint] Element control type: 0xc354",
+             "[GetElementAtPoint] Element HWND: " + Decimal(edit_), "[GetElementAtPoint] SUCCESS: Returning element",
+             "[captureTargetAtPoint] Successfully found element at point",
+             "[captureTargetAtPoint] Captured AutomationId: '7'",
+             "[captureTargetAtPoint] Captured HWND: 0x" + Hexadecimal(edit_),
+             "[captureTargetAtPoint] Building tree path...", "[BuildTreePath] Removed Desktop level from path",
+             "[BuildTreePath] SUCCESS: Built tree path with 2 levels (Desktop level removed)",
+             "[captureTargetAtPoint] Successfully built tree path with 2 levels",
+             "[captureTargetAtPoint] Set identificationMethod to -1 (user selection required)",
+             "[captureTargetAtPoint] SUCCESS: Captured all identification methods"}));
 }
 
 TEST_F(CaptureTest, AtAPointRefusals) {
-  EXPECT_EQ(captureTargetAtPoint(nullptr, 10, -10), -2);
-  EXPECT_THAT(Log(), ElementsAre("[captureTargetAtPoint] Called with coordinates (10, -10)",
-                                 "[captureTargetAtPoint] ERROR: target parameter is null",
-                                 "ERROR captureTargetAtPoint Code:-2 Details:target parameter is null"));
+  EXPECT_EQ(captureTargetAtPoint(nullptr, 10, -10), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(Log(), (Lines{"[captureTargetAtPoint] Called with coordinates (10, -10)",
+                          "[captureTargetAtPoint] ERROR: target parameter is null",
+                          "ERROR captureTargetAtPoint Code:-2 Details:target parameter is null"}));
   const TargetRecord untouched = record_;
   TheDesktop().Faults().FailNth("CoCreateInstance", 1);
-  EXPECT_EQ(captureTargetAtPoint(&record_, 10, 20), -3);
+  EXPECT_EQ(captureTargetAtPoint(&record_, 10, 20), KORVANE_FAILED);
   EXPECT_TRUE(SameBytes(record_, untouched));
-  EXPECT_THAT(Log(), ElementsAre("[captureTargetAtPoint] Called with coordinates (10, 20)",
-                                 "ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed",
-                                 "[captureTargetAtPoint] ERROR: Failed to initialize automation"));
+  EXPECT_EQ(Log(), (Lines{"[captureTargetAtPoint] Called with coordinates (10, 20)",
+                          "ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed",
+                          "[captureTargetAtPoint] ERROR: Failed to initialize automation"}));
 }
 
 TEST_F(CaptureTest, AtAPointWithoutElementLeavesThePointAlone) {
@@ -109,7 +109,7 @@ TEST_F(CaptureTest, AtAPointWithoutElementLeavesThePointAlone) {
     std::memset(&record_, 0xAB, sizeof record_);
     TheDesktop().Faults().FailWith("IUIAutomation::ElementFromPoint", c.result);
     TheDesktop().Faults().FailNth("IUIAutomation::ElementFromPoint", 1);
-    EXPECT_EQ(captureTargetAtPoint(&record_, -5, 20), -1);
+    EXPECT_EQ(captureTargetAtPoint(&record_, -5, 20), KORVANE_NOT_FOUND);
     EXPECT_TRUE(SameBytes(record_, RecordAt(-5, 20)));
     EXPECT_THAT(Log(), ElementsAre("[captureTargetAtPoint] Called with coordinates (-5, 20)",
                                    "[captureTargetAtPoint] Set coordinates: (-5, 20)",
@@ -120,7 +120,7 @@ TEST_F(CaptureTest, AtAPointWithoutElementLeavesThePointAlone) {
 }
 
 TEST_F(CaptureTest, TheDesktopItselfHasNoPath) {
-  EXPECT_EQ(captureTargetAtPoint(&record_, 5, 5), 0);
+  EXPECT_EQ(captureTargetAtPoint(&record_, 5, 5), KORVANE_OK);
   EXPECT_EQ(record_.pathLength, 0);
   EXPECT_EQ(record_.identificationMethod, -1);
   const Lines log = Log();
@@ -160,7 +160,7 @@ TEST_F(CaptureTest, AFailingPartLeavesItsFieldEmptyAndTheRestStands) {
     TheDesktop().Faults().Stop();
     std::memset(&record_, 0xAB, sizeof record_);
     TheDesktop().Faults().FailNth(c.call, c.nth);
-    EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), 0);
+    EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), KORVANE_OK);
     EXPECT_EQ(TheDesktop().Faults().Injected(), 1U);
     TargetRecord expected = ExpectedOfEdit(150, 130, -1);
     c.change(expected);
@@ -172,7 +172,7 @@ TEST_F(CaptureTest, AFailingPartLeavesItsFieldEmptyAndTheRestStands) {
                                        std::pair{30020, "[GetElementAtPoint] Element HWND"}}) {
     TheDesktop().Elements().FailProperty(TheDesktop().Elements().Of(edit_), property);
     ForgetLog();
-    EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), 0);
+    EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), KORVANE_OK);
     EXPECT_THAT(Log(), Not(Contains(StartsWith(line))));
   }
 }
@@ -181,21 +181,21 @@ TEST_F(CaptureTest, NamesAndIdsOfEveryKind) {
   const auto element = TheDesktop().Elements().Of(edit_);
   TheDesktop().Elements().SetNullString(element, UIA_NamePropertyId);
   TheDesktop().Elements().SetNullString(element, UIA_AutomationIdPropertyId);
-  EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), 0);
+  EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), KORVANE_OK);
   Lines log = Log();
   EXPECT_THAT(log, Contains("[GetElementAtPoint] Found element but couldn't get name"));
   EXPECT_THAT(log, Contains("[captureTargetAtPoint] No AutomationId available"));
   for (const std::size_t length : {255U, 256U, 300U}) {
     std::memset(&record_, 0xAB, sizeof record_);
     TheDesktop().Elements().SetProperty(element, UIA_AutomationIdPropertyId, standin::Text(length, u'i'));
-    EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), 0);
+    EXPECT_EQ(captureTargetAtPoint(&record_, 150, 130), KORVANE_OK);
     EXPECT_EQ(std::u16string_view(record_.automationId), standin::Text(255, u'i'));
     EXPECT_THAT(Log(), Contains("[captureTargetAtPoint] Captured AutomationId: '" + std::string(255, 'i') + "'"));
   }
 }
 
 TEST_F(CaptureTest, WithoutAWindowOfItsOwnAnElementGetsTheOneAtThePointOrAboveIt) {
-  EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), 0);
+  EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), KORVANE_OK);
   EXPECT_EQ(record_.hwnd, dialog_);
   const std::string handle = Hexadecimal(dialog_);
   Lines log = Log();
@@ -211,7 +211,7 @@ TEST_F(CaptureTest, WithoutAWindowOfItsOwnAnElementGetsTheOneAtThePointOrAboveIt
                                       "[captureTargetAtPoint] Captured HWND: 0x" + handle));
 
   TheDesktop().Faults().FailNth("WindowFromPoint", 1);
-  EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), 0);
+  EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), KORVANE_OK);
   EXPECT_EQ(record_.hwnd, dialog_);
   log = Log();
   EXPECT_THAT(steps(log), ElementsAre("[captureTargetAtPoint] Element has no HWND, trying WindowFromPoint fallback",
@@ -224,32 +224,31 @@ TEST_F(CaptureTest, WithoutAWindowOfItsOwnAnElementGetsTheOneAtThePointOrAboveIt
   TheDesktop().Faults().FailNth("WindowFromPoint", 1);
   TheDesktop().Elements().FailProperty(TheDesktop().Elements().Of(dialog_), 30020);
   TheDesktop().Elements().FailProperty(TheDesktop().Elements().Root(), 30020);
-  EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), 0);
+  EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), KORVANE_OK);
   EXPECT_EQ(record_.hwnd, nullptr);
   log = Log();
-  EXPECT_THAT(Starting(log, "[captureTargetAtPoint] All"),
-              ElementsAre("[captureTargetAtPoint] All HWND fallback methods failed - element may not be automatable"));
+  EXPECT_EQ(Starting(log, "[captureTargetAtPoint] All"),
+            (Lines{"[captureTargetAtPoint] All HWND fallback methods failed - element may not be automatable"}));
   EXPECT_THAT(log, Contains("[captureTargetAtPoint] WARNING: No HWND captured for element (HWND=0)"));
   EXPECT_EQ(record_.pathLength, 2);
 }
 
 TEST_F(CaptureTest, TheElementAtAPointMakesAMissingContext) {
   EXPECT_TRUE(GetElementAtPoint(kOverRow));
-  EXPECT_THAT(Log(),
-              ElementsAre("[GetElementAtPoint] Called with point (150, 210)",
+  EXPECT_EQ(Log(), (Lines{"[GetElementAtPoint] Called with point (150, 210)",
                           "[GetElementAtPoint] g_pAutomation is null, initializing...",
                           "[GetElementAtPoint] Automation initialized successfully",
                           "[GetElementAtPoint] Found element with name: 'First'",
                           "[GetElementAtPoint] Element control type: 0xc357", "[GetElementAtPoint] Element HWND: 0",
-                          "[GetElementAtPoint] SUCCESS: Returning element"));
+                          "[GetElementAtPoint] SUCCESS: Returning element"}));
   cleanupAutomation();
   OpenLog();
   TheDesktop().Faults().FailNth("CoInitializeEx", 1);
   EXPECT_FALSE(GetElementAtPoint(kOverRow));
-  EXPECT_THAT(Log(), ElementsAre("[GetElementAtPoint] Called with point (150, 210)",
-                                 "[GetElementAtPoint] g_pAutomation is null, initializing...",
-                                 "ERROR InitializeAutomation Code:-3 Details:COM initialization failed",
-                                 "[GetElementAtPoint] ERROR: Failed to initialize automation"));
+  EXPECT_EQ(Log(), (Lines{"[GetElementAtPoint] Called with point (150, 210)",
+                          "[GetElementAtPoint] g_pAutomation is null, initializing...",
+                          "ERROR InitializeAutomation Code:-3 Details:COM initialization failed",
+                          "[GetElementAtPoint] ERROR: Failed to initialize automation"}));
 }
 
 TEST_F(CaptureTest, TheNearestWindowIsLookedForTwentyLevelsUp) {
@@ -294,13 +293,13 @@ TEST_F(CaptureTest, TheNearestWindowIsLookedForTwentyLevelsUp) {
 
 TEST_F(CaptureTest, TheNearestWindowOfOddElements) {
   EXPECT_EQ(GetNearestWindowHandle(nullptr), nullptr);
-  EXPECT_THAT(Log(), ElementsAre("[GetNearestWindowHandle] Element is null"));
+  EXPECT_EQ(Log(), (Lines{"[GetNearestWindowHandle] Element is null"}));
   {
     const ElementPtr edit = GetElementAtPoint(kOverEdit);
     ForgetLog();
-    EXPECT_THAT(CallsOf([&] { EXPECT_EQ(GetNearestWindowHandle(edit.Get()), edit_); }),
-                ElementsAre("IUIAutomationElement::get_CurrentNativeWindowHandle"));
-    EXPECT_THAT(Log(), ElementsAre("[GetNearestWindowHandle] Element has HWND: 0x" + Hexadecimal(edit_)));
+    EXPECT_EQ(CallsOf([&] { EXPECT_EQ(GetNearestWindowHandle(edit.Get()), edit_); }),
+              (Lines{"IUIAutomationElement::get_CurrentNativeWindowHandle"}));
+    EXPECT_EQ(Log(), (Lines{"[GetNearestWindowHandle] Element has HWND: 0x" + Hexadecimal(edit_)}));
   }
   const ElementPtr row = GetElementAtPoint(kOverRow);
   ForgetLog();
@@ -308,10 +307,9 @@ TEST_F(CaptureTest, TheNearestWindowOfOddElements) {
     TheDesktop().Faults().FailWith("IUIAutomation::get_ControlViewWalker", result);
     TheDesktop().Faults().FailNth("IUIAutomation::get_ControlViewWalker", 1);
     EXPECT_EQ(GetNearestWindowHandle(row.Get()), nullptr);
-    EXPECT_THAT(
-        Log(),
-        ElementsAre("[GetNearestWindowHandle] Element has no HWND, starting tree walk",
-                    std::string("[GetNearestWindowHandle] ERROR: Failed to get tree walker, HRESULT: 0x") + digits));
+    EXPECT_EQ(Log(),
+              (Lines{"[GetNearestWindowHandle] Element has no HWND, starting tree walk",
+                     std::string("[GetNearestWindowHandle] ERROR: Failed to get tree walker, HRESULT: 0x") + digits}));
   }
 }
 
@@ -381,7 +379,7 @@ TEST_F(CaptureTest, AtTheCursorWithoutPathWindowOrSecondReading) {
 TEST_F(CaptureTest, AtTheCursorRefusals) {
   const std::string start = "=== CAPTURE START ===\ntargetWindow: 0x0000000000000000\n";
   ::testing::internal::CaptureStdout();
-  EXPECT_EQ(captureTargetAtCursor(nullptr), -1);
+  EXPECT_EQ(captureTargetAtCursor(nullptr), KORVANE_NOT_FOUND);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), start + "ERROR: target is null\n");
 
   const std::string looking =

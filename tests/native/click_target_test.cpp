@@ -50,7 +50,7 @@ class ClickTargetTest : public DesktopTest {
 TEST_F(ClickTargetTest, FindsTheTargetFocusesItsWindowAndClicks) {
   const HWND other = TheDesktop().Windows().Add({.className = u"Other", .rect = {600, 100, 700, 200}});
   TheDesktop().Windows().SetForeground(other);
-  const Lines calls = CallsOf([&] { EXPECT_EQ(clickTarget(&byId_, dialog_), 0); });
+  const Lines calls = CallsOf([&] { EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_OK); });
   EXPECT_EQ(TheDesktop().Windows().Foreground(), dialog_);
   EXPECT_EQ(TheDesktop().Controls().MouseDowns(edit_), 1);
   EXPECT_EQ(TheDesktop().Windows().Focus(), edit_);
@@ -72,16 +72,16 @@ TEST_F(ClickTargetTest, FindsTheTargetFocusesItsWindowAndClicks) {
     EXPECT_EQ(record.mi.dwExtraInfo, 0U);
   }
   ExpectPoint(TheDesktop().User().Cursor(), {220, 135});
-  EXPECT_THAT(Log(), ElementsAre("[FindTargetElement] Starting with identification method: 0",
-                                 "[FindTargetElement] Trying Method 0: AutomationId",
-                                 "[FindElementByAutomationId] Starting AutomationId search",
-                                 "AutomationId search completed in 0ms",
-                                 "[FindTargetElement] SUCCESS with Method 0: AutomationId"));
+  EXPECT_EQ(Log(),
+            (Lines{"[FindTargetElement] Starting with identification method: 0",
+                   "[FindTargetElement] Trying Method 0: AutomationId",
+                   "[FindElementByAutomationId] Starting AutomationId search", "AutomationId search completed in 0ms",
+                   "[FindTargetElement] SUCCESS with Method 0: AutomationId"}));
 }
 
 TEST_F(ClickTargetTest, ARememberedPointIsClickedAtOnce) {
   const HWND other = TheDesktop().Windows().Add({.className = u"Other", .rect = {600, 100, 700, 200}});
-  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_OK);
   TheDesktop().Windows().SetForeground(other);
   TheDesktop().Windows().BringToTop(dialog_);
   TheDesktop().User().MoveCursor(0, 0);
@@ -96,8 +96,8 @@ TEST_F(ClickTargetTest, ARememberedPointIsClickedAtOnce) {
     EXPECT_EQ(allocations::StopCounting(), 0U);
     EXPECT_EQ(code, 0);
   });
-  EXPECT_THAT(calls, ElementsAre("IsWindow", "WideCharToMultiByte", "GetWindowRect", "SetCursorPos", "mouse_event",
-                                 "GetSystemTimeAsFileTime", "FileTimeToLocalFileTime", "FileTimeToSystemTime"));
+  EXPECT_EQ(calls, (Lines{"IsWindow", "WideCharToMultiByte", "GetWindowRect", "SetCursorPos", "mouse_event",
+                          "GetSystemTimeAsFileTime", "FileTimeToLocalFileTime", "FileTimeToSystemTime"}));
   EXPECT_EQ(TheDesktop().Calls().CrossProcessCount(), crossProcess);
   EXPECT_EQ(TheDesktop().Input().Batches().size(), batches);
   ExpectPoint(TheDesktop().User().Cursor(), {220, 135});
@@ -105,18 +105,18 @@ TEST_F(ClickTargetTest, ARememberedPointIsClickedAtOnce) {
   ASSERT_GE(trace.size(), 2U);
   EXPECT_EQ(trace[1].call, "mouse_event");
   EXPECT_EQ(trace[1].detail, "flags=6");
-  EXPECT_THAT(Log(), ElementsAre(kCacheHit));
+  EXPECT_EQ(Log(), (Lines{kCacheHit}));
   EXPECT_EQ(Statistics(), "Hits: 1, Misses: 1, Hit Rate: 50.0%");
   // Once forgotten it is searched for again.
-  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_OK);
   ExpectPoint(TheDesktop().User().Cursor(), {230, 215});
 }
 
 TEST_F(ClickTargetTest, AWindowThatDoesNotAnswerMakesARememberedPointAMiss) {
-  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_OK);
   TheDesktop().Windows().MoveTo(edit_, 130, 200);
   TheDesktop().Faults().FailNth("GetWindowRect", 1);
-  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_OK);
   ExpectPoint(TheDesktop().User().Cursor(), {230, 215});
   const auto point = FindCachedPoint(CacheKey(dialog_, byId_));
   ASSERT_TRUE(point);
@@ -127,7 +127,7 @@ TEST_F(ClickTargetTest, AWindowThatDoesNotAnswerMakesARememberedPointAMiss) {
 TEST_F(ClickTargetTest, WithoutAnIdEveryClickSearches) {
   const TargetRecord byPoint = RecordAt(130, 130);
   for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(clickTarget(&byPoint, dialog_), 0);
+    EXPECT_EQ(clickTarget(&byPoint, dialog_), KORVANE_OK);
   }
   EXPECT_EQ(Statistics(), "Hits: 0, Misses: 3, Hit Rate: 0.0%");
 }
@@ -137,27 +137,27 @@ TEST_F(ClickTargetTest, ChecksInOrder) {
     return "ERROR clickTarget Code:" + std::to_string(code) + " Details:" + details;
   };
   // Without a context the target comes first, then the context, then the window.
-  EXPECT_EQ(clickTarget(nullptr, nullptr), -2);
-  EXPECT_THAT(Log(), ElementsAre(error(-2, "Invalid target parameter")));
+  EXPECT_EQ(clickTarget(nullptr, nullptr), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(Log(), (Lines{error(-2, "Invalid target parameter")}));
   EXPECT_EQ(TheDesktop().Calls().Count("CoCreateInstance"), 0U);
   TheDesktop().Faults().FailNth("CoCreateInstance", 1);
-  EXPECT_EQ(clickTarget(&byId_, nullptr), -3);
-  EXPECT_THAT(Log(), ElementsAre("ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed"));
-  EXPECT_EQ(clickTarget(&byId_, nullptr), -2);
-  EXPECT_THAT(Log(), ElementsAre(error(-2, "No target window specified")));
+  EXPECT_EQ(clickTarget(&byId_, nullptr), KORVANE_FAILED);
+  EXPECT_EQ(Log(), (Lines{"ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed"}));
+  EXPECT_EQ(clickTarget(&byId_, nullptr), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(Log(), (Lines{error(-2, "No target window specified")}));
   const HWND gone = AddDialog();
   TheDesktop().Windows().Destroy(gone);
-  EXPECT_EQ(clickTarget(&byId_, gone), -1);
-  EXPECT_THAT(Log(), ElementsAre(error(-1, "Target window not found")));
+  EXPECT_EQ(clickTarget(&byId_, gone), KORVANE_NOT_FOUND);
+  EXPECT_EQ(Log(), (Lines{error(-1, "Target window not found")}));
   EXPECT_EQ(Statistics(), "none");
 
   const TargetRecord absent = RecordById(u"absent");
-  EXPECT_EQ(clickTarget(&absent, dialog_), -1);
+  EXPECT_EQ(clickTarget(&absent, dialog_), KORVANE_NOT_FOUND);
   EXPECT_EQ(Log().back(), error(-1, "Target element not found"));
   const auto edit = TheDesktop().Elements().Of(edit_);
   TheDesktop().Elements().SetClickablePoint(edit, std::nullopt);
   TheDesktop().Elements().FailRectangle(edit);
-  EXPECT_EQ(clickTarget(&byId_, dialog_), -3);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_FAILED);
   EXPECT_EQ(Log().back(), error(-3, "Failed to get clickable point"));
   EXPECT_EQ(Statistics(), "Hits: 0, Misses: 2, Hit Rate: 0.0%") << "a failed search is a miss";
   EXPECT_TRUE(TheDesktop().Input().Sent().empty());
@@ -165,8 +165,8 @@ TEST_F(ClickTargetTest, ChecksInOrder) {
   CancelByEscape();
   ForgetLog();
   EXPECT_THAT(CallsOf([&] {
-                EXPECT_EQ(clickTarget(nullptr, nullptr), -4);
-                EXPECT_EQ(clickTarget(&byId_, dialog_), -4);
+                EXPECT_EQ(clickTarget(nullptr, nullptr), KORVANE_CANCELLED);
+                EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_CANCELLED);
               }),
               IsEmpty());
   EXPECT_THAT(Log(), IsEmpty());
@@ -175,13 +175,13 @@ TEST_F(ClickTargetTest, ChecksInOrder) {
 TEST_F(ClickTargetTest, TheGivenWindowComesBeforeTheTargetWindow) {
   const HWND second = TheDesktop().Windows().Add({.className = u"Dialog", .rect = {600, 100, 900, 400}});
   AddControl(second, u"Edit", 7, {620, 120, 820, 150});
-  ASSERT_EQ(setTargetWindow(second), 0);
+  ASSERT_EQ(setTargetWindow(second), KORVANE_OK);
   byId_.hwnd = edit_;  // is not looked at
-  EXPECT_EQ(clickTarget(&byId_, nullptr), 0);
+  EXPECT_EQ(clickTarget(&byId_, nullptr), KORVANE_OK);
   ExpectPoint(TheDesktop().User().Cursor(), {720, 135});
-  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_OK);
   ExpectPoint(TheDesktop().User().Cursor(), {220, 135});
-  EXPECT_EQ(clickTarget(&byId_, nullptr), 0);
+  EXPECT_EQ(clickTarget(&byId_, nullptr), KORVANE_OK);
   ExpectPoint(TheDesktop().User().Cursor(), {720, 135});
   EXPECT_EQ(Statistics(), "Hits: 1, Misses: 2, Hit Rate: 33.3%");
 }
@@ -204,7 +204,7 @@ TEST_F(ClickTargetTest, TheElementsOwnPointComesBeforeItsCentre) {
     TheDesktop().Elements().SetClickablePoint(TheDesktop().Elements().Of(control), c.clickable);
     const std::string digits = std::to_string(id);
     const TargetRecord record = RecordById(std::u16string(digits.begin(), digits.end()));
-    EXPECT_EQ(clickTarget(&record, dialog_), 0);
+    EXPECT_EQ(clickTarget(&record, dialog_), KORVANE_OK);
     ExpectPoint(TheDesktop().User().Cursor(), c.clicked);
     const auto stored = FindCachedPoint(CacheKey(dialog_, record));
     ASSERT_TRUE(stored);
@@ -217,7 +217,7 @@ TEST_F(ClickTargetTest, InputThatIsNotAcceptedFailsAndLeavesNoButtonDown) {
     clearElementCache();
     TheDesktop().Input().Block(inserted);
     ForgetLog();
-    EXPECT_EQ(clickTarget(&byId_, dialog_), -3);
+    EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_FAILED);
     EXPECT_THAT(Starting(Log(), "ERROR"), IsEmpty());
     EXPECT_THAT(TheDesktop().Ledger().Outstanding(), Not(Contains("mouse button left down")));
     EXPECT_TRUE(FindCachedPoint(CacheKey(dialog_, byId_))) << "stored before the click";
@@ -230,7 +230,7 @@ TEST_F(ClickTargetTest, InputThatIsNotAcceptedFailsAndLeavesNoButtonDown) {
 TEST_F(ClickTargetTest, AWindowThatDoesNotComeForwardIsClickedAllTheSame) {
   TheDesktop().Windows().RefuseForeground(-1);
   TheDesktop().Windows().RefuseThreadAttach(true);
-  EXPECT_EQ(clickTarget(&byId_, dialog_), 0);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_OK);
   EXPECT_EQ(TheDesktop().Controls().MouseDowns(edit_), 1);
   EXPECT_EQ(Log().back(), "ERROR ensureWindowFocus Code:-3 Details:Window not in foreground after focus attempt");
 }
@@ -238,15 +238,15 @@ TEST_F(ClickTargetTest, AWindowThatDoesNotComeForwardIsClickedAllTheSame) {
 TEST_F(ClickTargetTest, AHostileRecordEndsWithItsFields) {
   TargetRecord record;
   std::memset(&record, 0xFF, sizeof record);
-  EXPECT_EQ(clickTarget(&record, dialog_), -1);
+  EXPECT_EQ(clickTarget(&record, dialog_), KORVANE_NOT_FOUND);
   for (std::size_t i = 0; i < KORVANE_AUTOMATION_ID_SIZE; ++i) {
     record.automationId[i] = u'7';
   }
   record.identificationMethod = 0;
   TheDesktop().Elements().SetProperty(TheDesktop().Elements().Of(edit_), UIA_AutomationIdPropertyId,
                                       standin::Text(255, u'7'));
-  EXPECT_EQ(clickTarget(&record, dialog_), 0);
-  EXPECT_EQ(clickTarget(&record, dialog_), 0);
+  EXPECT_EQ(clickTarget(&record, dialog_), KORVANE_OK);
+  EXPECT_EQ(clickTarget(&record, dialog_), KORVANE_OK);
   EXPECT_EQ(Log().back(), kCacheHit);
 }
 
@@ -323,18 +323,18 @@ TEST_F(WindowFocusTest, EveryWayToTheForeground) {
 }
 
 TEST_F(WindowFocusTest, Refusals) {
-  EXPECT_EQ(ensureWindowFocus(nullptr), -2);
+  EXPECT_EQ(ensureWindowFocus(nullptr), KORVANE_INVALID_ARGUMENT);
   const HWND gone = AddDialog();
   TheDesktop().Windows().Destroy(gone);
-  EXPECT_EQ(ensureWindowFocus(gone), -1);
+  EXPECT_EQ(ensureWindowFocus(gone), KORVANE_NOT_FOUND);
   // A window of the calling thread has no other thread to attach to.
   const HWND own = TheDesktop().Host().AddWindow({.className = u"Own", .rect = {0, 0, 50, 50}});
   TheDesktop().Windows().RefuseForeground(1);
-  const Lines calls = CallsOf([&] { EXPECT_EQ(ensureWindowFocus(own), -3); });
+  const Lines calls = CallsOf([&] { EXPECT_EQ(ensureWindowFocus(own), KORVANE_FAILED); });
   EXPECT_EQ(calls.back(), "GetWindowThreadProcessId");
-  EXPECT_THAT(Log(), ElementsAre("ERROR ensureWindowFocus Code:-2 Details:Invalid window handle",
-                                 "ERROR ensureWindowFocus Code:-1 Details:Window not found",
-                                 "ERROR ensureWindowFocus Code:-3 Details:Failed to set foreground window"));
+  EXPECT_EQ(Log(), (Lines{"ERROR ensureWindowFocus Code:-2 Details:Invalid window handle",
+                          "ERROR ensureWindowFocus Code:-1 Details:Window not found",
+                          "ERROR ensureWindowFocus Code:-3 Details:Failed to set foreground window"}));
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ TEST_F(ClipboardTest, TextIsWrittenUnitForUnit) {
                             WideText(100000, u'x')};
   for (const WideText& text : texts) {
     SCOPED_TRACE(testing::PrintToString(text.substr(0, 20)));
-    EXPECT_EQ(setClipboardText(text.c_str()), 0);
+    EXPECT_EQ(setClipboardText(text.c_str()), KORVANE_OK);
     EXPECT_EQ(TheDesktop().Clipboard().Bytes("CF_UNICODETEXT"), BlockOf(text));
     EXPECT_THAT(TheDesktop().Clipboard().Formats(), ElementsAre("CF_UNICODETEXT"));
   }
@@ -43,7 +43,7 @@ TEST_F(ClipboardTest, TextIsWrittenUnitForUnit) {
 TEST_F(ClipboardTest, HtmlStandsBesideTheText) {
   const std::pair<const char*, std::size_t> fragments[] = {{"", 174}, {"\xC3\xA9", 176}, {"<b>9</b>!", 183}};
   for (const auto& [fragment, size] : fragments) {
-    EXPECT_EQ(setClipboardTextAndHtml(u"text", fragment), 0);
+    EXPECT_EQ(setClipboardTextAndHtml(u"text", fragment), KORVANE_OK);
     EXPECT_THAT(TheDesktop().Clipboard().Formats(), ElementsAre("CF_UNICODETEXT", "HTML Format"));
     EXPECT_EQ(TheDesktop().Clipboard().Bytes("CF_UNICODETEXT"), BlockOf(u"text"));
     const auto block = TheDesktop().Clipboard().Bytes("HTML Format");
@@ -51,7 +51,7 @@ TEST_F(ClipboardTest, HtmlStandsBesideTheText) {
     EXPECT_EQ(block.back(), 0);
     EXPECT_EQ(std::string(block.begin() + 139, block.begin() + 139 + static_cast<int>(size) - 174), fragment);
   }
-  EXPECT_EQ(setClipboardText(u"only text"), 0);
+  EXPECT_EQ(setClipboardText(u"only text"), KORVANE_OK);
   EXPECT_THAT(TheDesktop().Clipboard().Formats(), ElementsAre("CF_UNICODETEXT"));
 }
 
@@ -89,7 +89,7 @@ class ClipboardFailureTest : public ClipboardTest {
         EXPECT_THAT(Log(), IsEmpty());
       } else {
         EXPECT_EQ(code, -3);
-        EXPECT_THAT(Log(), ElementsAre("ERROR " + name + " Code:-3 Details:" + details));
+        EXPECT_EQ(Log(), (Lines{"ERROR " + name + " Code:-3 Details:" + details}));
       }
       EXPECT_EQ(TheDesktop().Clipboard().Text(), left);
     }
@@ -120,14 +120,14 @@ TEST_F(ClipboardFailureTest, EachHasItsLineAndLeavesWhatItFound) {
 
 TEST_F(ClipboardTest, MissingArgumentsTouchNothing) {
   const Lines calls = CallsOf([] {
-    EXPECT_EQ(setClipboardText(nullptr), -2);
-    EXPECT_EQ(setClipboardTextAndHtml(nullptr, "html"), -2);
-    EXPECT_EQ(setClipboardTextAndHtml(u"text", nullptr), -2);
+    EXPECT_EQ(setClipboardText(nullptr), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(setClipboardTextAndHtml(nullptr, "html"), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(setClipboardTextAndHtml(u"text", nullptr), KORVANE_INVALID_ARGUMENT);
   });
   EXPECT_THAT(calls, IsEmpty());
-  EXPECT_THAT(Log(), ElementsAre("ERROR setClipboardText Code:-2 Details:Invalid text parameter",
-                                 "ERROR setClipboardTextAndHtml Code:-2 Details:Invalid parameter",
-                                 "ERROR setClipboardTextAndHtml Code:-2 Details:Invalid parameter"));
+  EXPECT_EQ(Log(), (Lines{"ERROR setClipboardText Code:-2 Details:Invalid text parameter",
+                          "ERROR setClipboardTextAndHtml Code:-2 Details:Invalid parameter",
+                          "ERROR setClipboardTextAndHtml Code:-2 Details:Invalid parameter"}));
   EXPECT_EQ(TheDesktop().Clipboard().Text(), u"before");
 }
 
@@ -155,8 +155,8 @@ TEST_F(ClipboardTest, BusyClipboardIsTriedThreeTimes) {
       EXPECT_EQ(TheDesktop().Calls().Count("OpenClipboard") - before, opens);
       EXPECT_EQ(TheDesktop().Clipboard().Text(), left);
       if (code != 0) {
-        EXPECT_THAT(WithPrefix(Log(), withHtml ? "ERROR setClipboardTextAndHtml " : "ERROR setClipboardText "),
-                    ElementsAre("Code:-3 Details:Failed to open clipboard after retries"));
+        EXPECT_EQ(WithPrefix(Log(), withHtml ? "ERROR setClipboardTextAndHtml " : "ERROR setClipboardText "),
+                  (Lines{"Code:-3 Details:Failed to open clipboard after retries"}));
       }
     }
   }
@@ -164,15 +164,15 @@ TEST_F(ClipboardTest, BusyClipboardIsTriedThreeTimes) {
 
 TEST_F(ClipboardTest, AnotherProgramBetweenWriteAndReadBack) {
   TheDesktop().Calls().After("CloseClipboard", 1, [] { TheDesktop().Clipboard().Set(u"Text"); });
-  EXPECT_EQ(setClipboardText(u"text"), -3);
+  EXPECT_EQ(setClipboardText(u"text"), KORVANE_FAILED);
   EXPECT_EQ(TheDesktop().Clipboard().Text(), u"Text");
 
   TheDesktop().Calls().After("CloseClipboard", 1, [] { TheDesktop().Clipboard().Hold(-1); });
-  EXPECT_EQ(Elapsed([] { EXPECT_EQ(setClipboardText(u"text"), -3); }), 8);
+  EXPECT_EQ(Elapsed([] { EXPECT_EQ(setClipboardText(u"text"), KORVANE_FAILED); }), 8);
   TheDesktop().Clipboard().Release();
   EXPECT_EQ(TheDesktop().Clipboard().Text(), u"text");
-  EXPECT_THAT(Log(), ElementsAre("ERROR setClipboardText Code:-3 Details:Clipboard verification failed",
-                                 "ERROR setClipboardText Code:-3 Details:Clipboard verification failed"));
+  EXPECT_EQ(Log(), (Lines{"ERROR setClipboardText Code:-3 Details:Clipboard verification failed",
+                          "ERROR setClipboardText Code:-3 Details:Clipboard verification failed"}));
 }
 
 TEST_F(ClipboardTest, VerificationIsExact) {

@@ -33,21 +33,21 @@ std::string KeyOf(HWND window, std::u16string_view id) {
 
 TEST_F(CoordinateCacheTest, VerifyingATargetRemembersItsCentre) {
   const TargetRecord record = RecordById(u"7");
-  EXPECT_EQ(verifyTarget(&record, dialog_), 0);
+  EXPECT_EQ(verifyTarget(&record, dialog_), KORVANE_OK);
   const Lines log = Log();
-  EXPECT_THAT(log, ElementsAre("[verifyTarget] Called", "[FindTargetElement] Starting with identification method: 0",
-                               "[FindTargetElement] Trying Method 0: AutomationId",
-                               "[FindElementByAutomationId] Starting AutomationId search",
-                               "AutomationId search completed in 0ms",
-                               "[FindTargetElement] SUCCESS with Method 0: AutomationId",
-                               "[verifyTarget] SUCCESS: Target element found and verified",
-                               "[CACHE] Stored coordinates for target"));
+  EXPECT_EQ(
+      log,
+      (Lines{"[verifyTarget] Called", "[FindTargetElement] Starting with identification method: 0",
+             "[FindTargetElement] Trying Method 0: AutomationId",
+             "[FindElementByAutomationId] Starting AutomationId search", "AutomationId search completed in 0ms",
+             "[FindTargetElement] SUCCESS with Method 0: AutomationId",
+             "[verifyTarget] SUCCESS: Target element found and verified", "[CACHE] Stored coordinates for target"}));
   EXPECT_EQ(Remembered(dialog_, record), "220 135");
   // The second time replaces the point; a cleanup in between forgets nothing.
   TheDesktop().Windows().MoveTo(edit_, 130, 121);
   cleanupAutomation();
   EXPECT_EQ(Remembered(dialog_, record), "220 135");
-  EXPECT_EQ(verifyTarget(&record, dialog_), 0);
+  EXPECT_EQ(verifyTarget(&record, dialog_), KORVANE_OK);
   EXPECT_EQ(Remembered(dialog_, record), "230 136");
   clearElementCache();
   EXPECT_EQ(Remembered(dialog_, record), "none");
@@ -67,31 +67,31 @@ TEST_F(CoordinateCacheTest, TheCentreHalvesTheExtent) {
     const HWND window = TheDesktop().Windows().Add({.className = u"W", .rect = {-50, -50, 50, 50}});
     AddControl(window, u"Edit", 3, c.rect);
     const TargetRecord record = RecordById(u"3");
-    EXPECT_EQ(verifyTarget(&record, window), 0);
+    EXPECT_EQ(verifyTarget(&record, window), KORVANE_OK);
     EXPECT_EQ(Remembered(window, record), c.centre) << c.rect.left;
   }
 }
 
 TEST_F(CoordinateCacheTest, VerifyingRefuses) {
   TargetRecord record = RecordById(u"7");
-  ASSERT_EQ(setTargetWindow(dialog_), 0);
+  ASSERT_EQ(setTargetWindow(dialog_), KORVANE_OK);
   const Lines invalid = {"[verifyTarget] Called", "[verifyTarget] ERROR: Invalid parameters",
                          "ERROR verifyTarget Code:-2 Details:Invalid parameters"};
-  EXPECT_EQ(verifyTarget(&record, nullptr), -2) << "the target window does not stand in";
+  EXPECT_EQ(verifyTarget(&record, nullptr), KORVANE_INVALID_ARGUMENT) << "the target window does not stand in";
   EXPECT_EQ(Log(), invalid);
-  EXPECT_EQ(verifyTarget(nullptr, dialog_), -2);
+  EXPECT_EQ(verifyTarget(nullptr, dialog_), KORVANE_INVALID_ARGUMENT);
   EXPECT_EQ(Log(), invalid);
 
   cleanupAutomation();
   OpenLog();
   TheDesktop().Faults().FailNth("CoCreateInstance", 1);
-  EXPECT_EQ(verifyTarget(&record, dialog_), -3);
-  EXPECT_THAT(Log(), ElementsAre("[verifyTarget] Called",
-                                 "ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed",
-                                 "[verifyTarget] ERROR: Failed to initialize automation"));
+  EXPECT_EQ(verifyTarget(&record, dialog_), KORVANE_FAILED);
+  EXPECT_EQ(Log(),
+            (Lines{"[verifyTarget] Called", "ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed",
+                   "[verifyTarget] ERROR: Failed to initialize automation"}));
 
   record = RecordById(u"absent");
-  EXPECT_EQ(verifyTarget(&record, dialog_), -1);
+  EXPECT_EQ(verifyTarget(&record, dialog_), KORVANE_NOT_FOUND);
   const Lines log = Log();
   EXPECT_EQ(Lines(log.end() - 2, log.end()), (Lines{"[verifyTarget] Target element not found",
                                                     "ERROR verifyTarget Code:-1 Details:Target element not found"}));
@@ -101,7 +101,7 @@ TEST_F(CoordinateCacheTest, VerifyingRefuses) {
 TEST_F(CoordinateCacheTest, WithoutARectangleOrMemoryNothingIsStored) {
   const TargetRecord record = RecordById(u"7");
   TheDesktop().Elements().FailRectangle(TheDesktop().Elements().Of(edit_));
-  EXPECT_EQ(verifyTarget(&record, dialog_), 0);
+  EXPECT_EQ(verifyTarget(&record, dialog_), KORVANE_OK);
   EXPECT_EQ(Log().back(), "[verifyTarget] SUCCESS: Target element found and verified");
   EXPECT_EQ(Remembered(dialog_, record), "none");
 
@@ -178,7 +178,7 @@ TEST_F(CoordinateCacheTest, StatisticsOfTheClicks) {
       clickTarget(c.hits > 0 ? &found : &absent, dialog_);
     }
     for (int i = 0; i < c.hits; ++i) {
-      EXPECT_EQ(clickTarget(&found, dialog_), 0);
+      EXPECT_EQ(clickTarget(&found, dialog_), KORVANE_OK);
     }
     ForgetLog();
     clearElementCache();
@@ -193,23 +193,23 @@ TEST_F(CoordinateCacheTest, StatisticsOfTheClicks) {
 
 TEST_F(CoordinateCacheTest, AClosedLogStillLetsTheCacheBeEmptied) {
   const TargetRecord record = RecordById(u"7");
-  EXPECT_EQ(clickTarget(&record, dialog_), 0);
+  EXPECT_EQ(clickTarget(&record, dialog_), KORVANE_OK);
   cleanupAutomation();
   EXPECT_THAT(CallsOf(clearElementCache), IsEmpty());
   EXPECT_EQ(Remembered(dialog_, record), "none");
   OpenLog();
   ForgetLog();
   clearElementCache();
-  EXPECT_THAT(Log(), ElementsAre("[CACHE] Cleared coordinate cache"));
+  EXPECT_EQ(Log(), (Lines{"[CACHE] Cleared coordinate cache"}));
 }
 
 TEST_F(CoordinateCacheTest, RecordsWithoutAnIdShareAPointThatOnlyVerifyingStores) {
   const TargetRecord atEdit = RecordAt(130, 130);
   const TargetRecord elsewhere = RecordAt(400, 390);
-  EXPECT_EQ(clickTarget(&atEdit, dialog_), 0);
+  EXPECT_EQ(clickTarget(&atEdit, dialog_), KORVANE_OK);
   EXPECT_EQ(Remembered(dialog_, atEdit), "none");
-  EXPECT_EQ(verifyTarget(&atEdit, dialog_), 0);
-  EXPECT_EQ(clickTarget(&elsewhere, dialog_), 0);
+  EXPECT_EQ(verifyTarget(&atEdit, dialog_), KORVANE_OK);
+  EXPECT_EQ(clickTarget(&elsewhere, dialog_), KORVANE_OK);
   const POINT cursor = TheDesktop().User().Cursor();
   EXPECT_EQ(cursor.x, 220);
   EXPECT_EQ(cursor.y, 135);

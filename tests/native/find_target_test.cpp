@@ -21,7 +21,7 @@ class FindTargetTest : public DesktopTest {
     panel_ = AddControl(dialog_, u"Panel", 8, {120, 250, 490, 390}, standin::Behaviour::Window);
     AddControl(panel_, u"Edit", 9, {130, 260, 300, 280});
     row_ = TheDesktop().Elements().Add(dialog_, {.automationId = u"row", .rect = {120, 200, 320, 220}});
-    ASSERT_EQ(initializeAutomation(), 0);
+    ASSERT_EQ(initializeAutomation(), KORVANE_OK);
   }
 
   std::string Find(const TargetRecord& record, HWND window) {
@@ -134,10 +134,9 @@ TEST_F(FindTargetTest, AnAutomationIdIsSearchedAmongTheChildrenFirst) {
   EXPECT_EQ(searches(u"9", "none"), 1U);
   ForgetLog();
   EXPECT_EQ(Find(RecordById(u"7")), "7");
-  EXPECT_THAT(Log(),
-              ElementsAre(kTag + "Starting with identification method: 0", kTag + "Trying Method 0: AutomationId",
+  EXPECT_EQ(Log(), (Lines{kTag + "Starting with identification method: 0", kTag + "Trying Method 0: AutomationId",
                           "[FindElementByAutomationId] Starting AutomationId search",
-                          "AutomationId search completed in 0ms", kTag + "SUCCESS with Method 0: AutomationId"));
+                          "AutomationId search completed in 0ms", kTag + "SUCCESS with Method 0: AutomationId"}));
 }
 
 TEST_F(FindTargetTest, AFailingAutomationIdSearchEndsAtOnce) {
@@ -243,28 +242,27 @@ TEST_F(FindTargetTest, OddArgumentsAndAMissingContext) {
   const TargetRecord record = WithPoint(RecordById(u"7"), kOverEdit);
   EXPECT_FALSE(FindTargetElement(nullptr, dialog_));
   EXPECT_FALSE(FindTargetElement(&record, nullptr));
-  EXPECT_THAT(Log(), ElementsAre(kTag + "ERROR: Invalid parameters", kTag + "ERROR: Invalid parameters"));
+  EXPECT_EQ(Log(), (Lines{kTag + "ERROR: Invalid parameters", kTag + "ERROR: Invalid parameters"}));
   cleanupAutomation();
   OpenLog();
   EXPECT_EQ(CallsOf([&] { EXPECT_FALSE(FindTargetElement(&record, dialog_)); }), Lines{});
-  EXPECT_THAT(Log(),
-              ElementsAre(kTag + "Starting with identification method: 0", kTag + "Trying Method 0: AutomationId",
+  EXPECT_EQ(Log(), (Lines{kTag + "Starting with identification method: 0", kTag + "Trying Method 0: AutomationId",
                           "[FindElementByAutomationId] Starting AutomationId search",
                           kTag + "Method 0 failed, continuing...", kTag + "Trying Method 2: Coordinates (fallback)",
                           "[FindElementByCoordinates] Starting coordinate search", kTag + "Method 2 failed",
-                          kTag + "FAILED: All identification methods failed"));
+                          kTag + "FAILED: All identification methods failed"}));
 }
 
 TEST_F(FindTargetTest, APointSearchIsTimedAndShowsWhatItFound) {
   EXPECT_EQ(Find(RecordAt(kOverEdit.x, kOverEdit.y)), "7");
-  EXPECT_THAT(
+  EXPECT_EQ(
       Log(),
-      ElementsAre(
-          kTag + "Starting with identification method: -1", kTag + "Trying Method 2: Coordinates (fallback)",
-          "[FindElementByCoordinates] Starting coordinate search", "[GetElementAtPoint] Called with point (150, 130)",
-          "[GetElementAtPoint] Found element with name: ''", "[GetElementAtPoint] Element control type: 0xc354",
-          "[GetElementAtPoint] Element HWND: " + Decimal(edit_), "[GetElementAtPoint] SUCCESS: Returning element",
-          "Coordinate search completed in 0ms", kTag + "SUCCESS with Method 2: Coordinates (verified window)"));
+      (Lines{kTag + "Starting with identification method: -1", kTag + "Trying Method 2: Coordinates (fallback)",
+             "[FindElementByCoordinates] Starting coordinate search",
+             "[GetElementAtPoint] Called with point (150, 130)", "[GetElementAtPoint] Found element with name: ''",
+             "[GetElementAtPoint] Element control type: 0xc354", "[GetElementAtPoint] Element HWND: " + Decimal(edit_),
+             "[GetElementAtPoint] SUCCESS: Returning element", "Coordinate search completed in 0ms",
+             kTag + "SUCCESS with Method 2: Coordinates (verified window)"}));
   TheDesktop().Faults().FailNth("IUIAutomation::ElementFromPoint", 1);
   EXPECT_EQ(Find(RecordAt(kOverEdit.x, kOverEdit.y)), "none");
   const Lines log = Log();

@@ -18,14 +18,13 @@
 #include "korvane/korvane.h"
 #include "platform/owners.h"
 #include "standin/desktop/desktop.h"
+#include "tests/native/lines.h"
 
 namespace tests {
 
 using standin::TheDesktop;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-using Lines = std::vector<std::string>;
 
 class DesktopTest : public ::testing::Test {
  protected:

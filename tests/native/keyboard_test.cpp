@@ -111,7 +111,7 @@ TEST_F(KeyboardTest, SingleKeys) {
   }
   for (const std::uint32_t accepted : {0U, 1U}) {
     TheDesktop().Input().Block(accepted);
-    EXPECT_EQ(sendKey(0x41), -3);
+    EXPECT_EQ(sendKey(0x41), KORVANE_FAILED);
     EXPECT_FALSE(TheDesktop().Input().IsDown(0x41));
   }
   EXPECT_THAT(Log(), IsEmpty());
@@ -151,12 +151,12 @@ TEST_F(KeyboardTest, Sequences) {
   for (const auto& [text, pause, sent, slept] : cases) {
     SCOPED_TRACE(testing::PrintToString(standin::Text(text)));
     const auto lookedUp = TheDesktop().Calls().Count("VkKeyScanW");
-    EXPECT_EQ(Elapsed([&, text = text, pause = pause] { EXPECT_EQ(sendKeySequence(text, pause), 0); }), slept);
+    EXPECT_EQ(Elapsed([&, text = text, pause = pause] { EXPECT_EQ(sendKeySequence(text, pause), KORVANE_OK); }), slept);
     EXPECT_EQ(Sent(), sent);
     EXPECT_EQ(TheDesktop().Calls().Count("VkKeyScanW") - lookedUp, standin::Text(text).size());
   }
-  EXPECT_EQ(sendKeySequence(nullptr, 1), -2);
-  EXPECT_EQ(sendKeySequence(u"", 1), -2);
+  EXPECT_EQ(sendKeySequence(nullptr, 1), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(sendKeySequence(u"", 1), KORVANE_INVALID_ARGUMENT);
   EXPECT_EQ(Sent(), Batches{});
   EXPECT_THAT(Log(), IsEmpty());
 }
@@ -167,7 +167,7 @@ TEST_F(KeyboardTest, SequenceStopsAtTheFirstRefusedCharacter) {
     TheDesktop().Input().Accept();
     const auto before = TheDesktop().Input().Sent().size();
     TheDesktop().Calls().After("SendInput", 1, [accepted] { TheDesktop().Input().Block(accepted); });
-    EXPECT_EQ(sendKeySequence(u"aAa", 1), -3);
+    EXPECT_EQ(sendKeySequence(u"aAa", 1), KORVANE_FAILED);
     EXPECT_FALSE(TheDesktop().Input().IsDown(VK_SHIFT));
     EXPECT_FALSE(TheDesktop().Input().IsDown('A'));
     const auto all = TheDesktop().Input().Sent();

@@ -96,7 +96,7 @@ TEST_F(LogTest, UnitsBeyondOneByteAreWrittenAsEscapes) {
 TEST_F(LogTest, NumbersAreDecimalOrLowerCaseHexadecimal) {
   LogLine(INT32_MIN, " ", INT64_MAX, " 0x", Hex(E_FAIL), " 0x", Hex(std::uint32_t{0xC36}), " 0x",
           Hex(static_cast<const void*>(nullptr)), " ", HandleNumber(reinterpret_cast<HWND>(~std::uintptr_t{0})));
-  EXPECT_THAT(Log(), ElementsAre("-2147483648 9223372036854775807 0x80004005 0xc36 0x0 18446744073709551615"));
+  EXPECT_EQ(Log(), (Lines{"-2147483648 9223372036854775807 0x80004005 0xc36 0x0 18446744073709551615"}));
 }
 
 TEST_F(LogTest, ActionLinesTakeAnyNumbersAndTexts) {
@@ -145,27 +145,26 @@ TEST_F(LogTest, LinesOfSeveralPeriodsStandInOneFile) {
   logActionWithTimestamp(u"lost", 0, 0, 0);
   OpenLog();
   logActionWithTimestamp(u"three", 0, 0, 0);
-  EXPECT_THAT(Log(), ElementsAre("- one | Result: 0 | Duration: 0ms", "- two | Result: 0 | Duration: 0ms",
-                                 "- three | Result: 0 | Duration: 0ms"));
+  EXPECT_EQ(Log(), (Lines{"- one | Result: 0 | Duration: 0ms", "- two | Result: 0 | Duration: 0ms",
+                          "- three | Result: 0 | Duration: 0ms"}));
 }
 
 TEST_F(LogTest, APathThatCannotBeOpenedClosesTheLogAndMakesNoFolder) {
   const auto path = Folder() / "missing" / "log.txt";
-  EXPECT_THAT(CallsOf([&] { initializeLog(path.u16string().c_str()); }), ElementsAre("CloseHandle", "CreateFileW"));
+  EXPECT_EQ(CallsOf([&] { initializeLog(path.u16string().c_str()); }), (Lines{"CloseHandle", "CreateFileW"}));
   EXPECT_FALSE(std::filesystem::exists(path.parent_path()));
   EXPECT_EQ(ReportError(-2, "tag"), -2);
   EXPECT_EQ(LogBytes(), "");
   OpenLog();
   ReportError(-2, "tag");
-  EXPECT_THAT(Log(), ElementsAre("ERROR tag Code:-2"));
+  EXPECT_EQ(Log(), (Lines{"ERROR tag Code:-2"}));
 }
 
 TEST_F(LogTest, TheDefaultFileLiesInAFolderOfTheUser) {
   const auto file = Folder() / "Tavrin" / "automation_execution.log";
   TheDesktop().Host().SetLocalAppData(Folder().string());
   const Lines calls = CallsOf([] { initializeLog(nullptr); });
-  EXPECT_THAT(calls,
-              ElementsAre("CloseHandle", "SHGetKnownFolderPath", "CoTaskMemFree", "CreateDirectoryW", "CreateFileW"));
+  EXPECT_EQ(calls, (Lines{"CloseHandle", "SHGetKnownFolderPath", "CoTaskMemFree", "CreateDirectoryW", "CreateFileW"}));
   logActionWithTimestamp(u"one", 0, 0, 0);
   initializeLog(u"");
   logActionWithTimestamp(u"two", 0, 0, 0);
@@ -195,7 +194,7 @@ TEST_F(LogTest, ALostWriteLosesItsLineOnly) {
   EXPECT_EQ(ReportError(-1, "first"), -1);
   EXPECT_EQ(ReportError(-1, "second"), -1);
   EXPECT_EQ(ReportError(-1, "third"), -1);
-  EXPECT_THAT(Log(), ElementsAre("ERROR first Code:-1", "ERROR third Code:-1"));
+  EXPECT_EQ(Log(), (Lines{"ERROR first Code:-1", "ERROR third Code:-1"}));
 }
 
 TEST_F(LogTest, LongLinesAreWholeAndWithoutMemoryCutButEnded) {
@@ -228,8 +227,8 @@ TEST_F(LogTest, AnExportOutOfMemoryAnswersItsFailureCodeAndSaysSo) {
       GuardExport("textExport", static_cast<KorvaneChar*>(nullptr), []() -> KorvaneChar* { throw std::bad_alloc(); });
   EXPECT_EQ(code, -1);
   EXPECT_EQ(none, nullptr);
-  EXPECT_THAT(Log(), ElementsAre("ERROR someExport Code:-1 Details:Out of memory",
-                                 "ERROR textExport Code:-3 Details:Out of memory"));
+  EXPECT_EQ(Log(), (Lines{"ERROR someExport Code:-1 Details:Out of memory",
+                          "ERROR textExport Code:-3 Details:Out of memory"}));
 }
 
 TEST_F(LogTest, LinesOfSeveralThreadsNeverMix) {

@@ -23,7 +23,7 @@ class PasteDirectTest : public FieldTest {
 
 TEST_F(PasteDirectTest, WholeLog) {
   TheDesktop().Windows().SetForeground(TheDesktop().Windows().Add({.className = u"Other"}));
-  EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"X\xD83D", 1), 0);
+  EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"X\xD83D", 1), KORVANE_OK);
   EXPECT_THAT(
       Log(),
       ElementsAre(kTag + "Function entered", kTag + "Target window: " + Decimal(window_), kTag + "AutomationId: 7",
@@ -42,14 +42,14 @@ TEST_F(PasteDirectTest, OnlyModeOneInserts) {
   for (const int mode : {0, 2, -1, INT32_MIN}) {
     SCOPED_TRACE(mode);
     TheDesktop().Controls().SetText(edit_, u"before");
-    EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"after", mode), 0);
+    EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"after", mode), KORVANE_OK);
     EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"after");
     Lines expected = Opening(mode);
     expected.insert(expected.end(), {"Found control HWND: " + Decimal(edit_), "Using WM_SETTEXT mode (replace all)",
                                      "SendMessage result: 1"});
     EXPECT_EQ(WithPrefix(Log(), kTag), expected);
   }
-  EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"", 0), 0);
+  EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"", 0), KORVANE_OK);
   EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"");
 }
 
@@ -62,12 +62,12 @@ TEST_F(PasteDirectTest, FocusesBeforeItSends) {
                           "Sleep", "SendMessageW"));
 
   TheDesktop().Windows().RefuseForeground(-1);
-  EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"refused", 0), 0);
+  EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"refused", 0), KORVANE_OK);
   EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"refused");
 
   TheDesktop().Faults().FailNth("GetAncestor", 1);
   const auto focused = TheDesktop().Calls().Count("SetForegroundWindow");
-  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"no top", 0), 0); }), 0);
+  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"no top", 0), KORVANE_OK); }), 0);
   EXPECT_EQ(TheDesktop().Calls().Count("SetForegroundWindow"), focused);
   EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"no top");
 }
@@ -75,7 +75,7 @@ TEST_F(PasteDirectTest, FocusesBeforeItSends) {
 TEST_F(PasteDirectTest, RefusingControlIsOnlyLogged) {
   TheDesktop().Controls().RefuseText(edit_);
   for (const int mode : {0, 1}) {
-    EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"x", mode), 0);
+    EXPECT_EQ(pasteToTargetDirect(&target_, window_, u"x", mode), KORVANE_OK);
     EXPECT_EQ(Log().back(), kTag + "SendMessage result: 0");
     EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"before");
   }
@@ -83,26 +83,25 @@ TEST_F(PasteDirectTest, RefusingControlIsOnlyLogged) {
 
 TEST_F(PasteDirectTest, TargetWindowStandsIn) {
   setTargetWindow(window_);
-  EXPECT_EQ(pasteToTargetDirect(&target_, nullptr, u"after", 0), 0);
+  EXPECT_EQ(pasteToTargetDirect(&target_, nullptr, u"after", 0), KORVANE_OK);
   EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"after");
   EXPECT_EQ(WithPrefix(Log(), kTag)[1], "Target window: " + Decimal(window_));
 }
 
 TEST_F(PasteDirectTest, Arguments) {
-  EXPECT_EQ(pasteToTargetDirect(nullptr, nullptr, nullptr, 1), -2);
-  EXPECT_EQ(pasteToTargetDirect(&target_, nullptr, nullptr, 1), -2);
-  EXPECT_EQ(pasteToTargetDirect(&target_, nullptr, u"x", 1), -2);
-  EXPECT_THAT(
-      Log(),
-      ElementsAre(kTag + "Function entered", "ERROR pasteToTargetDirect Code:-2 Details:Invalid target parameter",
-                  kTag + "Function entered", "ERROR pasteToTargetDirect Code:-2 Details:Invalid text parameter",
-                  kTag + "Function entered", kTag + "ERROR: No target window specified"));
+  EXPECT_EQ(pasteToTargetDirect(nullptr, nullptr, nullptr, 1), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(pasteToTargetDirect(&target_, nullptr, nullptr, 1), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(pasteToTargetDirect(&target_, nullptr, u"x", 1), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(Log(),
+            (Lines{kTag + "Function entered", "ERROR pasteToTargetDirect Code:-2 Details:Invalid target parameter",
+                   kTag + "Function entered", "ERROR pasteToTargetDirect Code:-2 Details:Invalid text parameter",
+                   kTag + "Function entered", kTag + "ERROR: No target window specified"}));
 }
 
 TEST_F(PasteDirectTest, NoControlNoMessage) {
   TheDesktop().Elements().Add(window_, {.name = u"Row", .automationId = u"row"});
   const auto expectNotFound = [this](const TargetRecord& target, const char* last) {
-    EXPECT_EQ(pasteToTargetDirect(&target, window_, u"x", 0), -1);
+    EXPECT_EQ(pasteToTargetDirect(&target, window_, u"x", 0), KORVANE_NOT_FOUND);
     const Lines log = WithPrefix(Log(), kTag);
     EXPECT_EQ(log.size(), 5U);
     EXPECT_EQ(log.back(), last);
@@ -126,23 +125,23 @@ TEST_F(PasteSimpleTest, TypesIntoWhateverHasTheFocus) {
   TheDesktop().User().Click(130, 130);
   const TargetRecord elsewhere = RecordById(u"nobody");
   const auto gone = reinterpret_cast<HWND>(std::uintptr_t{0xDEAD0});
-  EXPECT_THAT(CallsOf([&] { EXPECT_EQ(pasteToTargetSimple(&elsewhere, gone), 0); }), ElementsAre("SendInput"));
+  EXPECT_EQ(CallsOf([&] { EXPECT_EQ(pasteToTargetSimple(&elsewhere, gone), KORVANE_OK); }), (Lines{"SendInput"}));
   EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"pasted");
   setTargetWindow(window_);
-  EXPECT_EQ(pasteToTargetSimple(&elsewhere, nullptr), 0);
+  EXPECT_EQ(pasteToTargetSimple(&elsewhere, nullptr), KORVANE_OK);
   EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"pastedpasted");
   for (const std::uint32_t accepted : {0U, 3U}) {
     TheDesktop().Input().Block(accepted);
-    EXPECT_EQ(pasteToTargetSimple(&elsewhere, window_), -3);
+    EXPECT_EQ(pasteToTargetSimple(&elsewhere, window_), KORVANE_FAILED);
   }
   EXPECT_THAT(Log(), IsEmpty());
 }
 
 TEST_F(PasteSimpleTest, Arguments) {
-  EXPECT_EQ(pasteToTargetSimple(&target_, nullptr), -2);
+  EXPECT_EQ(pasteToTargetSimple(&target_, nullptr), KORVANE_INVALID_ARGUMENT);
   EXPECT_THAT(Log(), IsEmpty());
-  EXPECT_EQ(pasteToTargetSimple(nullptr, nullptr), -2);
-  EXPECT_THAT(Log(), ElementsAre("ERROR pasteToTargetSimple Code:-2 Details:Invalid target parameter"));
+  EXPECT_EQ(pasteToTargetSimple(nullptr, nullptr), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(Log(), (Lines{"ERROR pasteToTargetSimple Code:-2 Details:Invalid target parameter"}));
   EXPECT_TRUE(TheDesktop().Input().Sent().empty());
 }
 

@@ -48,7 +48,7 @@ class PasteWithVerifyTest : public FieldTest {
 };
 
 TEST_F(PasteWithVerifyTest, WholeLogOfASuccess) {
-  EXPECT_EQ(pasteToTargetWithVerify(&target_, window_), 0);
+  EXPECT_EQ(pasteToTargetWithVerify(&target_, window_), KORVANE_OK);
   EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"Hello");
   const Lines find = {
       "[FindTargetElement] Starting with identification method: 0", "[FindTargetElement] Trying Method 0: AutomationId",
@@ -182,26 +182,24 @@ TEST_F(PasteWithVerifyTest, PollsWithoutAValueAreLoggedSparingly) {
 }
 
 TEST_F(PasteWithVerifyTest, TargetWindowStandsIn) {
-  EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), -2);
-  EXPECT_THAT(Log(),
-              ElementsAre(kTag + "Function entered", "ERROR clickTarget Code:-2 Details:No target window specified",
-                          kTag + "clickTarget failed with code: -2"));
+  EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(Log(), (Lines{kTag + "Function entered", "ERROR clickTarget Code:-2 Details:No target window specified",
+                          kTag + "clickTarget failed with code: -2"}));
   setTargetWindow(window_);
-  EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), 0);
+  EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), KORVANE_OK);
   EXPECT_EQ(PasteLog()[2], "Using target window handle: " + Decimal(window_));
 
   TheDesktop().Calls().After("SetCursorPos", 1, [] { setTargetWindow(nullptr); });
-  EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), -2);
-  EXPECT_THAT(PasteLog(),
-              ElementsAre("Function entered", "clickTarget succeeded", "ERROR: No target window specified"));
+  EXPECT_EQ(pasteToTargetWithVerify(&target_, nullptr), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(PasteLog(), (Lines{"Function entered", "clickTarget succeeded", "ERROR: No target window specified"}));
 }
 
 TEST_F(PasteWithVerifyTest, ClickThatFails) {
-  EXPECT_EQ(pasteToTargetWithVerify(nullptr, window_), -2);
-  EXPECT_THAT(Log(), ElementsAre(kTag + "Function entered",
-                                 "ERROR pasteToTargetWithVerifyEx Code:-2 Details:Invalid target parameter"));
+  EXPECT_EQ(pasteToTargetWithVerify(nullptr, window_), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(Log(), (Lines{kTag + "Function entered",
+                          "ERROR pasteToTargetWithVerifyEx Code:-2 Details:Invalid target parameter"}));
   const TargetRecord nobody = EmptyRecord();
-  EXPECT_EQ(pasteToTargetWithVerify(&nobody, window_), -1);
+  EXPECT_EQ(pasteToTargetWithVerify(&nobody, window_), KORVANE_NOT_FOUND);
   EXPECT_EQ(PasteLog().back(), "clickTarget failed with code: -1");
   TheDesktop().Input().Block(0);
   EXPECT_EQ(Paste(), -3);
@@ -274,7 +272,7 @@ TEST_F(PasteWithVerifyTest, EscapeEndsThePastingSilently) {
 
   const auto opened = TheDesktop().Calls().Count("OpenClipboard");
   EXPECT_EQ(Paste(), -4);
-  EXPECT_THAT(Log(), ElementsAre(kTag + "Function entered", kTag + "clickTarget failed with code: -4"));
+  EXPECT_EQ(Log(), (Lines{kTag + "Function entered", kTag + "clickTarget failed with code: -4"}));
   EXPECT_EQ(TheDesktop().Calls().Count("OpenClipboard"), opened);
 }
 

@@ -100,17 +100,17 @@ TEST_F(TargetTextTest, PreviewEndsAfterFiftyUnitsTheTextDoesNot) {
 
 TEST_F(TargetTextTest, NothingToReadFrom) {
   EXPECT_EQ(Read(nullptr, window_), std::nullopt);
-  EXPECT_THAT(Log(), ElementsAre("[getTargetText] ERROR: target is null"));
+  EXPECT_EQ(Log(), (Lines{"[getTargetText] ERROR: target is null"}));
 
   EXPECT_EQ(Read(&target_, nullptr), std::nullopt);
-  EXPECT_THAT(Log(),
-              ElementsAre("[FindTargetElement] ERROR: Invalid parameters", "getTargetText: FAILED - No element found"));
+  EXPECT_EQ(Log(),
+            (Lines{"[FindTargetElement] ERROR: Invalid parameters", "getTargetText: FAILED - No element found"}));
 
   const TargetRecord nobody = EmptyRecord();
   EXPECT_EQ(Read(&nobody, window_), std::nullopt);
-  EXPECT_THAT(Log(), ElementsAre("[FindTargetElement] Starting with identification method: -1",
-                                 "[FindTargetElement] FAILED: All identification methods failed",
-                                 "getTargetText: FAILED - No element found"));
+  EXPECT_EQ(Log(), (Lines{"[FindTargetElement] Starting with identification method: -1",
+                          "[FindTargetElement] FAILED: All identification methods failed",
+                          "getTargetText: FAILED - No element found"}));
 
   TheDesktop().Controls().SetText(edit_, u"text");
   cleanupAutomation();

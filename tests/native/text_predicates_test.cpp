@@ -56,18 +56,18 @@ TEST_F(TextPredicatesTest, Tests) {
 TEST_F(TextPredicatesTest, NullPointersAreAnsweredWithoutAnyCall) {
   const auto* none = static_cast<const TargetRecord*>(nullptr);
   const Lines calls = CallsOf([&] {
-    EXPECT_EQ(isTargetEmpty(none, window_), -2);
-    EXPECT_EQ(targetContainsText(none, window_, u"a"), -2);
-    EXPECT_EQ(targetContainsText(&target_, window_, nullptr), -2);
-    EXPECT_EQ(targetContainsPartialText(none, window_, u"a"), -2);
-    EXPECT_EQ(targetContainsPartialText(&target_, window_, nullptr), -2);
-    EXPECT_EQ(waitForFieldChange(none, window_, u"a", 10), -2);
-    EXPECT_EQ(waitForFieldChange(&target_, window_, nullptr, 10), -2);
-    EXPECT_EQ(waitForFieldEmpty(none, window_, 10), -2);
-    EXPECT_EQ(waitForTargetContainsText(none, window_, u"a", 10), -2);
-    EXPECT_EQ(waitForTargetContainsText(&target_, window_, nullptr, 10), -2);
-    EXPECT_EQ(waitForTargetContainsPartialText(none, window_, u"a", 10), -2);
-    EXPECT_EQ(waitForTargetContainsPartialText(&target_, window_, nullptr, 10), -2);
+    EXPECT_EQ(isTargetEmpty(none, window_), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(targetContainsText(none, window_, u"a"), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(targetContainsText(&target_, window_, nullptr), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(targetContainsPartialText(none, window_, u"a"), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(targetContainsPartialText(&target_, window_, nullptr), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(waitForFieldChange(none, window_, u"a", 10), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(waitForFieldChange(&target_, window_, nullptr, 10), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(waitForFieldEmpty(none, window_, 10), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(waitForTargetContainsText(none, window_, u"a", 10), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(waitForTargetContainsText(&target_, window_, nullptr, 10), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(waitForTargetContainsPartialText(none, window_, u"a", 10), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(waitForTargetContainsPartialText(&target_, window_, nullptr, 10), KORVANE_INVALID_ARGUMENT);
   });
   EXPECT_THAT(calls, IsEmpty());
   EXPECT_THAT(Log(), IsEmpty());
@@ -140,7 +140,8 @@ TEST_F(TextPredicatesTest, CancellingDoesNotEndAWait) {
   TheDesktop().Controls().SetText(edit_, u"old");
   startCancelMonitor();
   TheDesktop().User().HoldEscape(5, 60);
-  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(waitForTargetContainsText(&target_, window_, u"new", 100), -3); }), 100);
+  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(waitForTargetContainsText(&target_, window_, u"new", 100), KORVANE_FAILED); }),
+            100);
   EXPECT_EQ(isCancelled(), 1);
 }
 

@@ -15,7 +15,7 @@ class TreePathTest : public DesktopTest {
   void SetUp() override {
     DesktopTest::SetUp();
     dialog_ = AddDialog();
-    ASSERT_EQ(initializeAutomation(), 0);
+    ASSERT_EQ(initializeAutomation(), KORVANE_OK);
     std::memset(&record_, 0xAB, sizeof record_);
   }
 
@@ -42,8 +42,7 @@ class TreePathTest : public DesktopTest {
 TEST_F(TreePathTest, OfAControlInAWindow) {
   AddControl(dialog_, u"Edit", 7, kSpot);
   EXPECT_TRUE(BuildTreePath(AtSpot().Get(), &record_));
-  EXPECT_THAT(Log(),
-              ElementsAre("[GetChildIndex] Finding index for control type: 50004, className: Edit",
+  EXPECT_EQ(Log(), (Lines{"[GetChildIndex] Finding index for control type: 50004, className: Edit",
                           "[GetChildIndex] Found 1 siblings with controlType=50004 and className=Edit",
                           "[GetChildIndex] Parent has 1 children matching control type 50004 and className 'Edit'",
                           "[GetChildIndex] Found target at index: 1",
@@ -54,7 +53,7 @@ TEST_F(TreePathTest, OfAControlInAWindow) {
                           "[GetChildIndex] Finding index for control type: 50033, className: #32769",
                           "[GetChildIndex] No parent element found, returning index 0",
                           "[BuildTreePath] Removed Desktop level from path",
-                          "[BuildTreePath] SUCCESS: Built tree path with 2 levels (Desktop level removed)"));
+                          "[BuildTreePath] SUCCESS: Built tree path with 2 levels (Desktop level removed)"}));
   TargetRecord expected;
   std::memset(&expected, 0xAB, sizeof expected);
   ClearTreePath(expected);
@@ -128,10 +127,10 @@ TEST_F(TreePathTest, TheDesktopLevelIsToldByItsClassAlone) {
   TheDesktop().Elements().SetProperty(TheDesktop().Elements().Root(), UIA_ClassNamePropertyId, u"#32769");
   EXPECT_FALSE(BuildTreePath(AtSpot({5, 5}).Get(), &record_));
   EXPECT_EQ(record_.pathLength, 0);
-  EXPECT_THAT(Starting(Log(), "[BuildTreePath]"),
-              ElementsAre("[BuildTreePath] Removed Desktop level from path",
-                          "[BuildTreePath] WARNING: Path length is 0 after Desktop removal",
-                          "[BuildTreePath] SUCCESS: Built tree path with 0 levels (Desktop level removed)"));
+  EXPECT_EQ(Starting(Log(), "[BuildTreePath]"),
+            (Lines{"[BuildTreePath] Removed Desktop level from path",
+                   "[BuildTreePath] WARNING: Path length is 0 after Desktop removal",
+                   "[BuildTreePath] SUCCESS: Built tree path with 0 levels (Desktop level removed)"}));
 }
 
 TEST_F(TreePathTest, ARemovedLevelLeavesNothingBehind) {
@@ -189,12 +188,12 @@ TEST_F(TreePathTest, APositionSearchAsksOnceAndNamesWhatFailed) {
   AddControl(dialog_, u"Edit", 7, kSpot);
   const ElementPtr edit = AtSpot();
   const std::string finding = "[GetChildIndex] Finding index for control type: 50004, className: Edit";
-  EXPECT_THAT(Starting(CallsOf([&] { GetChildIndex(edit.Get(), 50004, u"Edit"); }), "IUIAutomation"),
-              ElementsAre("IUIAutomation::get_ControlViewWalker", "IUIAutomationTreeWalker::GetParentElement",
-                          "IUIAutomation::CreatePropertyCondition", "IUIAutomation::CreatePropertyCondition",
-                          "IUIAutomation::CreateAndCondition", "IUIAutomationElement::FindAll",
-                          "IUIAutomationElementArray::get_Length", "IUIAutomationElementArray::GetElement",
-                          "IUIAutomation::CompareElements"));
+  EXPECT_EQ(Starting(CallsOf([&] { GetChildIndex(edit.Get(), 50004, u"Edit"); }), "IUIAutomation"),
+            (Lines{"IUIAutomation::get_ControlViewWalker", "IUIAutomationTreeWalker::GetParentElement",
+                   "IUIAutomation::CreatePropertyCondition", "IUIAutomation::CreatePropertyCondition",
+                   "IUIAutomation::CreateAndCondition", "IUIAutomationElement::FindAll",
+                   "IUIAutomationElementArray::get_Length", "IUIAutomationElementArray::GetElement",
+                   "IUIAutomation::CompareElements"}));
   ForgetLog();
   const struct {
     const char* call;
@@ -230,18 +229,17 @@ TEST_F(TreePathTest, APositionSearchAsksOnceAndNamesWhatFailed) {
 TEST_F(TreePathTest, WithoutClassNameThePositionGoesByControlTypeAlone) {
   AddControl(dialog_, u"Edit", 7, kSpot);
   EXPECT_EQ(GetChildIndex(AtSpot().Get(), 50004, nullptr), 1);
-  EXPECT_THAT(Log(),
-              ElementsAre("[GetChildIndex] Finding index for control type: 50004, className: (null)",
+  EXPECT_EQ(Log(), (Lines{"[GetChildIndex] Finding index for control type: 50004, className: (null)",
                           "[GetChildIndex] Empty/null className, using controlType-only condition",
                           "[GetChildIndex] Found 1 siblings with controlType=50004 and className=(null)",
                           "[GetChildIndex] Parent has 1 children matching control type 50004 and className '(null)'",
-                          "[GetChildIndex] Found target at index: 1"));
+                          "[GetChildIndex] Found target at index: 1"}));
   EXPECT_EQ(GetChildIndex(AtSpot().Get(), -7, u""), 0);
-  EXPECT_THAT(Log(), ElementsAre("[GetChildIndex] Finding index for control type: -7, className: ",
-                                 "[GetChildIndex] Empty/null className, using controlType-only condition",
-                                 "[GetChildIndex] Found 0 siblings with controlType=-7 and className=",
-                                 "[GetChildIndex] Parent has 0 children matching control type -7 and className ''",
-                                 "[GetChildIndex] Target not found among siblings, returning 0"));
+  EXPECT_EQ(Log(), (Lines{"[GetChildIndex] Finding index for control type: -7, className: ",
+                          "[GetChildIndex] Empty/null className, using controlType-only condition",
+                          "[GetChildIndex] Found 0 siblings with controlType=-7 and className=",
+                          "[GetChildIndex] Parent has 0 children matching control type -7 and className ''",
+                          "[GetChildIndex] Target not found among siblings, returning 0"}));
 }
 
 TEST_F(TreePathTest, OddArguments) {
@@ -250,7 +248,7 @@ TEST_F(TreePathTest, OddArguments) {
   EXPECT_THAT(Log(), IsEmpty());
   EXPECT_EQ(record_.pathLength, static_cast<int>(0xABABABAB)) << "untouched";
   EXPECT_EQ(GetChildIndex(nullptr, 1, u"x"), 0);
-  EXPECT_THAT(Log(), ElementsAre("[GetChildIndex] ERROR: Invalid parameters"));
+  EXPECT_EQ(Log(), (Lines{"[GetChildIndex] ERROR: Invalid parameters"}));
 }
 
 TEST_F(TreePathTest, AFailingLevelStaysEmptyAndAFailingParentEndsTheWalk) {
@@ -284,7 +282,7 @@ TEST_F(TreePathTest, AFailingLevelStaysEmptyAndAFailingParentEndsTheWalk) {
     TheDesktop().Faults().FailNth("IUIAutomation::get_ControlViewWalker", 1);
     EXPECT_FALSE(BuildTreePath(element.Get(), &record_));
     EXPECT_EQ(record_.pathLength, 0);
-    EXPECT_THAT(Log(), ElementsAre("[BuildTreePath] FAILED: Unable to get tree walker"));
+    EXPECT_EQ(Log(), (Lines{"[BuildTreePath] FAILED: Unable to get tree walker"}));
   }
 }
 

@@ -133,10 +133,10 @@ TEST_F(VerifySimpleTest, BlocksByteForByte) {
 TEST_F(VerifySimpleTest, OrderOfCallsAndTime) {
   TheDesktop().Controls().SetText(edit_, u"text");
   Lines calls;
-  EXPECT_EQ(Elapsed([&] { calls = CallsOf([&] { EXPECT_EQ(verifySimple(u"text", window_), 0); }); }), 150);
-  EXPECT_THAT(
-      calls, ElementsAre("OpenClipboard", "EmptyClipboard", "CloseClipboard", "SendInput", "Sleep", "SendInput",
-                         "Sleep", "OpenClipboard", "GetClipboardData", "GlobalLock", "GlobalUnlock", "CloseClipboard"));
+  EXPECT_EQ(Elapsed([&] { calls = CallsOf([&] { EXPECT_EQ(verifySimple(u"text", window_), KORVANE_OK); }); }), 150);
+  EXPECT_EQ(calls,
+            (Lines{"OpenClipboard", "EmptyClipboard", "CloseClipboard", "SendInput", "Sleep", "SendInput", "Sleep",
+                   "OpenClipboard", "GetClipboardData", "GlobalLock", "GlobalUnlock", "CloseClipboard"}));
   std::vector<std::pair<WORD, DWORD>> sent;
   for (const auto& batch : TheDesktop().Input().Batches()) {
     EXPECT_EQ(batch.size(), 4U);
@@ -175,25 +175,25 @@ TEST_F(VerifySimpleTest, FailuresAreSilentAndTriedOnce) {
   }
   for (const std::uint32_t accepted : {1U, 3U}) {
     TheDesktop().Input().Block(accepted);
-    EXPECT_EQ(verifySimple(u"text", window_), -3);
+    EXPECT_EQ(verifySimple(u"text", window_), KORVANE_FAILED);
   }
   TheDesktop().Input().Accept();
   TheDesktop().Controls().SetText(edit_, u"");
-  EXPECT_EQ(verifySimple(u"text", window_), -3) << "an empty field copies nothing";
+  EXPECT_EQ(verifySimple(u"text", window_), KORVANE_FAILED) << "an empty field copies nothing";
 }
 
 TEST_F(VerifySimpleTest, Arguments) {
   TheDesktop().Controls().SetText(edit_, u"text");
   const Lines calls = CallsOf([&] {
-    EXPECT_EQ(verifySimple(nullptr, window_), -2);
-    EXPECT_EQ(verifySimple(u"text", nullptr), -2);
-    EXPECT_EQ(verifySimple(nullptr, nullptr), -2);
+    EXPECT_EQ(verifySimple(nullptr, window_), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(verifySimple(u"text", nullptr), KORVANE_INVALID_ARGUMENT);
+    EXPECT_EQ(verifySimple(nullptr, nullptr), KORVANE_INVALID_ARGUMENT);
   });
   EXPECT_THAT(calls, IsEmpty());
-  EXPECT_THAT(Log(), ElementsAre("ERROR verifySimple Code:-2 Details:Invalid expectedText parameter",
-                                 "ERROR verifySimple Code:-2 Details:Invalid expectedText parameter"));
+  EXPECT_EQ(Log(), (Lines{"ERROR verifySimple Code:-2 Details:Invalid expectedText parameter",
+                          "ERROR verifySimple Code:-2 Details:Invalid expectedText parameter"}));
   setTargetWindow(window_);
-  EXPECT_EQ(verifySimple(u"text", nullptr), 0);
+  EXPECT_EQ(verifySimple(u"text", nullptr), KORVANE_OK);
 }
 
 TEST_F(VerifySimpleTest, ClosedLogChangesNothing) {

@@ -29,7 +29,7 @@ TEST_F(WindowInfoTest, TitleAndProgram) {
         {.className = u"C", .title = title, .process = TheDesktop().Windows().AddProcess(path)});
     WindowInfo info;
     std::memset(&info, 0xAB, sizeof info);
-    EXPECT_EQ(getWindowInfo(window, &info), 0);
+    EXPECT_EQ(getWindowInfo(window, &info), KORVANE_OK);
     EXPECT_EQ(info.title, shownTitle);
     EXPECT_EQ(info.processName, shownName);
     EXPECT_EQ(info.window, window);
@@ -44,7 +44,7 @@ TEST_F(WindowInfoTest, WhatCannotBeHadIsUnknownOrEmpty) {
   const HWND window = TheDesktop().Windows().Add({.className = u"C", .title = u"Orders", .process = process});
   const auto expect = [&](HWND asked, const char16_t* title, const char16_t* name) {
     WindowInfo info;
-    EXPECT_EQ(getWindowInfo(asked, &info), 0);
+    EXPECT_EQ(getWindowInfo(asked, &info), KORVANE_OK);
     EXPECT_EQ(info.title, standin::Text(title));
     EXPECT_EQ(info.processName, standin::Text(name));
     EXPECT_EQ(info.window, asked);
@@ -74,11 +74,11 @@ TEST_F(WindowInfoTest, MissingArguments) {
   WindowInfo untouched;
   std::memset(&info, 0xAB, sizeof info);
   std::memset(&untouched, 0xAB, sizeof untouched);
-  EXPECT_EQ(getWindowInfo(nullptr, &info), -2);
-  EXPECT_EQ(getWindowInfo(window, nullptr), -2);
+  EXPECT_EQ(getWindowInfo(nullptr, &info), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(getWindowInfo(window, nullptr), KORVANE_INVALID_ARGUMENT);
   EXPECT_EQ(std::memcmp(&info, &untouched, sizeof info), 0);
-  EXPECT_THAT(Log(), ElementsAre("ERROR getWindowInfo Code:-2 Details:Invalid parameters",
-                                 "ERROR getWindowInfo Code:-2 Details:Invalid parameters"));
+  EXPECT_EQ(Log(), (Lines{"ERROR getWindowInfo Code:-2 Details:Invalid parameters",
+                          "ERROR getWindowInfo Code:-2 Details:Invalid parameters"}));
 }
 
 }  // namespace
