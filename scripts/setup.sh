@@ -31,6 +31,7 @@ setup_needs() {
       echo x11-utils xprop
       echo python3-xlib /usr/lib/python3/dist-packages/Xlib/__init__.py
       echo imagemagick import
+      echo libwine-dev /usr/include/wine/wine/windows/uiautomationclient.h
       ;;
     package)
       setup_needs native

@@ -1,4 +1,4 @@
-"""src/platform/uia.h against an independent declaration of the same interfaces: Wine's, generated from its own IDL.
+"""uia.h against an independent declaration of the same interfaces: Wine's, generated from its own IDL.
 
 Ours is asked of the compiler: a pointer to a virtual member function holds its place in the table.
 """
@@ -6,11 +6,9 @@ Ours is asked of the compiler: a pointer to a virtual member function holds its 
 import re
 import unittest
 
-from repository import ROOT, SCRATCH, missing, run, source, sources
-
-OURS = ROOT / "src/platform/uia.h"
-REFERENCE = "/usr/include/wine/wine/windows/uiautomationclient.h"
-UNKNOWN = ["QueryInterface", "AddRef", "Release"]
+import automation_slots
+from automation_slots import OURS, UNKNOWN, our_interfaces, reference_table
+from repository import PLATFORM, SCRATCH, run, source, sources
 
 PROGRAM = """
 #include <cstdio>
@@ -36,26 +34,6 @@ int main() {
 """
 
 
-def our_interfaces():
-    """Each interface with its methods in order: name, and parameters or None for a slot that is never called."""
-    text = re.sub(r"#define.*?[^\\]\n", "", source(OURS), flags=re.S)
-    for name, body in re.findall(r"struct (\w+) : IUnknown \{(.*?)\};", text, re.S):
-        body = re.sub(r"\{[^{}]*\}", "", body)
-        methods = re.findall(
-            r"KORVANE_UNUSED_SLOT\((\w+)\)|virtual HRESULT STDMETHODCALLTYPE (\w+)\(([^()]*)\) = 0;", body
-        )
-        yield name, [(unused or called, None if unused else parameters) for unused, called, parameters in methods]
-
-
-def reference_table(text, interface):
-    """The reference's methods in order: name and parameters, the first of which is the object."""
-    body = re.search(rf"typedef struct {interface}Vtbl \{{(.*?)END_INTERFACE", text, re.S)[1]
-    return [
-        (name, parameters.split(",", 1)[1] if "," in parameters else "")
-        for name, parameters in re.findall(r"\(STDMETHODCALLTYPE \*(\w+)\)\(([^()]*)\)", body)
-    ]
-
-
 def types(parameters):
     """The parameter types, in one spelling and without the names."""
     split = [re.sub(r"\b(enum|struct)\b", "", parameter).strip() for parameter in parameters.split(",")]
@@ -67,11 +45,7 @@ class AutomationInterfaces(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        try:
-            with open(REFERENCE, encoding="utf-8") as file:
-                cls.reference = re.sub(r"/\*.*?\*/", " ", file.read(), flags=re.S)
-        except OSError:
-            missing(f"{REFERENCE} (Debian's libwine-dev) is not installed")
+        cls.reference = automation_slots.reference_text()
         cls.interfaces = dict(our_interfaces())
         names = [name for name, _ in re.findall(r"\b((?:IID|CLSID)_\w*Automation\w*) = (\{)", source(OURS))]
         calls = [f'Slot("{i}", "{m}", &{i}::{m});' for i, all in cls.interfaces.items() for m, _ in all]
@@ -79,7 +53,7 @@ class AutomationInterfaces(unittest.TestCase):
         SCRATCH.mkdir(parents=True, exist_ok=True)
         program = SCRATCH / "automation_interfaces"
         program.with_suffix(".cpp").write_text(PROGRAM % "\n".join("  " + call for call in calls), encoding="utf-8")
-        built = run("g++", "-std=c++20", "-I", str(ROOT / "src"), str(program) + ".cpp", "-o", str(program))
+        built = run("g++", "-std=c++20", "-I", str(PLATFORM.parent), str(program) + ".cpp", "-o", str(program))
         assert built.returncode == 0, built.stderr
         cls.answers = [line.split() for line in run(str(program)).stdout.splitlines()]
 
@@ -91,7 +65,7 @@ class AutomationInterfaces(unittest.TestCase):
             if kind == "slot":
                 ours.setdefault(interface, {})[int(place[0])] = method
         for interface in self.interfaces:
-            reference = [name for name, _ in reference_table(self.reference, interface)]
+            reference = [name for _, name, _ in reference_table(self.reference, interface)]
             self.assertEqual(UNKNOWN, reference[:3], interface)
             declared = ours.get(interface, {})
             self.assertEqual(dict(zip(range(3, 3 + len(declared)), reference[3:])), declared, interface)
@@ -99,10 +73,16 @@ class AutomationInterfaces(unittest.TestCase):
     def test_parameters(self):
         """UI Automation: every method that is called has the platform's parameters"""
         for interface, methods in self.interfaces.items():
-            reference = dict(reference_table(self.reference, interface))
+            reference = {name: given for _, name, given in reference_table(self.reference, interface)}
             for method, parameters in methods:
                 if parameters is not None:
-                    self.assertEqual(types(reference[method]), types(parameters), f"{interface}::{method}")
+                    self.assertEqual(types(reference[method])[1:], types(parameters), f"{interface}::{method}")
+
+    def test_calls(self):
+        """UI Automation: every method that is called natively arrives at its place with its arguments"""
+        program, count = automation_slots.build("native")
+        result = run(str(program))
+        self.assertEqual(f"{count} methods called, 0 differ\n", result.stdout + result.stderr)
 
     def test_identifiers(self):
         """UI Automation: class and interface identifiers are the platform's"""
