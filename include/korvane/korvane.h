@@ -46,8 +46,12 @@ typedef char16_t KorvaneChar;
 #endif
 
 /** A window handle; the same type that <windows.h> declares. */
+#if defined(NO_STRICT)
+typedef void* HWND;
+#else
 struct HWND__;
 typedef struct HWND__* HWND;
+#endif
 
 /** Result codes. */
 enum {

@@ -10,8 +10,8 @@
 
 namespace {
 
-// Guards the automation object and what belongs to it. Held while the object is created, so that threads that need it
-// at once make one, and never while anything is released.
+// Guards the automation object and what belongs to it. Never held while the platform makes or releases anything: it may
+// dispatch messages meanwhile, and with them call the host, which may call us on this very thread.
 Mutex g_automationMutex;
 IUIAutomation* g_pAutomation = nullptr;
 bool g_comInitialized = false;
@@ -19,10 +19,26 @@ DWORD g_comThread = 0;
 
 std::atomic<HWND> g_targetWindow{nullptr};
 
-// What was wrong, for the log; null when the object exists.
-const char* CreateAutomation() noexcept {
+bool HasAutomation() noexcept {
+  const std::lock_guard guard(g_automationMutex);
+  return g_pAutomation != nullptr;
+}
+
+// False when another call was first, which happens to threads that need the object at once.
+bool Publish(IUIAutomation* automation, bool comInitialized, DWORD thread) noexcept {
   const std::lock_guard guard(g_automationMutex);
   if (g_pAutomation != nullptr) {
+    return false;
+  }
+  g_pAutomation = automation;
+  g_comInitialized = comInitialized;
+  g_comThread = thread;
+  return true;
+}
+
+// What was wrong, for the log; null when the object exists.
+const char* CreateAutomation() noexcept {
+  if (HasAutomation()) {
     return nullptr;
   }
   const HRESULT initialized = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
@@ -30,20 +46,22 @@ const char* CreateAutomation() noexcept {
   if (FAILED(initialized) && initialized != RPC_E_CHANGED_MODE) {
     return "COM initialization failed";
   }
-  g_comInitialized = initialized == S_OK;
-  g_comThread = GetCurrentThreadId();
+  const bool comInitialized = initialized == S_OK;
+  const DWORD thread = GetCurrentThreadId();
   void* object = nullptr;
   const HRESULT created =
       CoCreateInstance(CLSID_CUIAutomation, nullptr, CLSCTX_INPROC_SERVER, IID_IUIAutomation, &object);
-  if (SUCCEEDED(created) && object != nullptr) {
-    g_pAutomation = static_cast<IUIAutomation*>(object);
+  auto* const automation = SUCCEEDED(created) ? static_cast<IUIAutomation*>(object) : nullptr;
+  if (automation != nullptr && Publish(automation, comInitialized, thread)) {
     return nullptr;
   }
-  if (g_comInitialized) {
-    CoUninitialize();
-    g_comInitialized = false;
+  if (automation != nullptr) {
+    automation->Release();
   }
-  return "UI Automation creation failed";
+  if (comInitialized) {
+    CoUninitialize();
+  }
+  return automation != nullptr ? nullptr : "UI Automation creation failed";
 }
 
 }  // namespace

@@ -36,5 +36,6 @@ std::string BuildHtmlClipboardData(std::string_view fragment) {
 
   std::string data = FormatHtmlClipboardHeader(headerSize, endHtml, startFragment, endFragment);
   data.reserve(endHtml);
-  return data.append(kOpening).append(fragment).append(kClosing);
+  data.append(kOpening).append(fragment).append(kClosing);
+  return data;
 }

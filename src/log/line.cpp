@@ -1,6 +1,7 @@
 #include "log/line.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <iterator>
 #include <new>
@@ -17,6 +18,26 @@ PointerDigits::PointerDigits(std::uint64_t value) {
   }
 }
 
+// In integers: the precision of floating-point arithmetic is each thread's own on Windows.
+OneDecimal::OneDecimal(double number) {
+  constexpr int kFractionBits = 52;
+  constexpr int kExponentBias = 1023;
+  constexpr std::uint64_t kOne = 1;
+  const auto bits = std::bit_cast<std::uint64_t>(number);
+  const std::uint64_t mantissa = (bits & ((kOne << kFractionBits) - 1)) | kOne << kFractionBits;
+  const auto exponent = static_cast<int>(bits >> kFractionBits);
+  // number = mantissa / 2^shift. Outside these bounds it is below 0.05, or beyond any percentage.
+  const int shift = kExponentBias + kFractionBits - exponent;
+  if (shift < 1 || shift > 63) {
+    return;
+  }
+  const std::uint64_t product = mantissa * 10;
+  const std::uint64_t rest = product & ((kOne << shift) - 1);
+  const std::uint64_t half = kOne << (shift - 1);
+  tenths_ = product >> shift;
+  tenths_ += rest > half || (rest == half && tenths_ % 2 != 0) ? 1 : 0;
+}
+
 void Line::Add(WideView text) noexcept {
   constexpr std::size_t kLongestUnit = 6;
   // Most texts are plain: one byte a unit is asked for at first, and more only where it is needed.
@@ -24,6 +45,10 @@ void Line::Add(WideView text) noexcept {
   for (const WCHAR unit : text) {
     if (Reserve(kLongestUnit) < kLongestUnit) {
       return;
+    }
+    // The file is text: a line feed is stored as CR LF, whatever stands before it.
+    if (unit == TEXT('\n')) {
+      bytes_[size_++] = '\r';
     }
     if (unit <= 0xFF) {
       bytes_[size_++] = static_cast<char>(unit);

@@ -39,6 +39,21 @@ class PointerDigits {
   char digits_[16];
 };
 
+// A number that is not negative, with one digit behind the point. Rounded as printf does: a tie goes to the even digit.
+class OneDecimal {
+ public:
+  explicit OneDecimal(double number);
+  std::uint64_t Whole() const {
+    return tenths_ / 10;
+  }
+  std::uint64_t Decimal() const {
+    return tenths_ % 10;
+  }
+
+ private:
+  std::uint64_t tenths_ = 0;
+};
+
 // A number filled with zeros to a width.
 struct Padded {
   std::uint32_t value;
@@ -86,6 +101,9 @@ class Line {
     AddNumber(number.value, 10);
   }
   void Add(Padded number) noexcept;
+  void Add(const OneDecimal& number) noexcept {
+    Append(number.Whole(), ".", number.Decimal());
+  }
   template <std::integral Integer>
   void Add(Integer number) noexcept {
     AddNumber(number, 10);

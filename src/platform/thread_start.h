@@ -1,14 +1,22 @@
-// The start routine of our threads. It runs ThreadBody and sets the event that this returns, if any, as its very last
-// act: whoever sees the event set knows that the thread has no instruction of ours left to run, so that the code may go
-// away. Waiting for the thread itself would not do while the library is being unloaded.
+// The start routine of our threads. It runs what it is handed and sets the event that this answers, if any, as its very
+// last act: whoever sees the event set knows that the thread has no instruction of ours left to run, so that the code may
+// go away. Waiting for the thread itself would not do: it cannot end while another thread holds the loader's lock.
 #pragma once
 
+#include <atomic>
+
 #include "platform/platform.h"
+
+using ThreadBody = HANDLE (*)() noexcept;
 
 extern "C" {
 
 DWORD WINAPI StartThreadBody(LPVOID parameter);
+extern std::atomic<ThreadBody> g_threadBody;
+}
 
-// Defined by whoever starts the thread.
-HANDLE ThreadBody(LPVOID parameter);
+// What to give CreateThread for a thread that runs `body`, which is the same for all threads of the library.
+inline LPTHREAD_START_ROUTINE ThreadStart(ThreadBody body) noexcept {
+  g_threadBody = body;
+  return StartThreadBody;
 }

@@ -1,8 +1,10 @@
 #include "platform/thread_start.h"
 
+std::atomic<ThreadBody> g_threadBody{nullptr};
+
 // Nothing is unloaded here, so that the order of the last instructions does not matter.
-DWORD WINAPI StartThreadBody(LPVOID parameter) {
-  if (const HANDLE event = ThreadBody(parameter)) {
+DWORD WINAPI StartThreadBody(LPVOID /*parameter*/) {
+  if (const HANDLE event = g_threadBody.load()()) {
     SetEvent(event);
   }
   return 0;

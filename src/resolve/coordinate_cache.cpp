@@ -2,19 +2,28 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cmath>
 #include <cstring>
 #include <mutex>
+#include <string>
+#include <unordered_map>
 
 #include "log/diagnostic_log.h"
 #include "platform/mutex.h"
 #include "platform/wide_text.h"
-#include "resolve/point_table.h"
 
 namespace {
 
+// Finds a text without making a string of it, so that a remembered click allocates nothing.
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const noexcept {
+    return std::hash<std::string_view>{}(text);
+  }
+};
+using PointMap = std::unordered_map<std::string, POINT, TextHash, std::equal_to<>>;
+
 Mutex g_cacheMutex;
-PointTable g_elementCoordinateCache;
+PointMap g_elementCoordinateCache;
 std::atomic<std::int32_t> g_cacheHits{0};
 std::atomic<std::int32_t> g_cacheMisses{0};
 
@@ -28,13 +37,6 @@ std::uint64_t Fingerprint(WideView text) {
     hash = (hash ^ unit) * 0x100000001B3;
   }
   return hash;
-}
-
-// With one digit behind the point, rounded as printf rounds: the product with ten is exact in this type, and a tie goes
-// to the even digit.
-void AppendPercentage(Line& line, double percentage) {
-  const auto tenths = static_cast<std::int64_t>(std::rint(static_cast<long double>(percentage) * 10));
-  line.Append(tenths / 10, ".", tenths % 10, "%");
 }
 
 }  // namespace
@@ -62,13 +64,14 @@ void CacheKey::Append(std::string_view text) {
 
 std::optional<POINT> FindCachedPoint(const CacheKey& key) noexcept {
   const std::lock_guard guard(g_cacheMutex);
-  return g_elementCoordinateCache.Find(key.Text());
+  const auto found = g_elementCoordinateCache.find(key.Text());
+  return found == g_elementCoordinateCache.end() ? std::nullopt : std::optional(found->second);
 }
 
 bool StoreCachedPoint(const CacheKey& key, POINT point) noexcept {
   try {
     const std::lock_guard guard(g_cacheMutex);
-    g_elementCoordinateCache.Store(key.Text(), point);
+    g_elementCoordinateCache.insert_or_assign(std::string(key.Text()), point);
     return true;
   } catch (...) {
     return false;
@@ -86,18 +89,16 @@ void CountCacheMiss() noexcept {
 void clearElementCache() noexcept {
   const std::int64_t hits = g_cacheHits;
   const std::int64_t misses = g_cacheMisses;
-  if (LogIsOpen() && (hits > 0 || misses > 0)) {
+  if (hits > 0 || misses > 0) {
     const double rate =
         hits + misses < 1 ? 0.0 : static_cast<double>(hits) * 100.0 / static_cast<double>(hits + misses);
-    Line line;
-    AppendShortStamp(line);
-    line.Append(" [CACHE STATS] Hits: ", hits, ", Misses: ", misses, ", Hit Rate: ");
-    AppendPercentage(line, rate);
-    WriteLine(line);
+    LogLine("[CACHE STATS] Hits: ", hits, ", Misses: ", misses, ", Hit Rate: ", OneDecimal(rate), "%");
   }
   {
+    // Its memory goes back as well, and outside the lock: a host clears the cache when it is done with a window.
+    PointMap cleared;
     const std::lock_guard guard(g_cacheMutex);
-    g_elementCoordinateCache.Clear();
+    g_elementCoordinateCache.swap(cleared);
   }
   g_cacheHits = 0;
   g_cacheMisses = 0;

@@ -6,9 +6,14 @@
 
 namespace {
 
-// Halves the extent, not the sum: on a screen left of the primary one the two round differently.
+// Halves the extent, not the sum: on a screen left of the primary one the two round differently. In 64 bits, so that a
+// hostile rectangle cannot overflow.
+LONG Centre(LONG low, LONG high) {
+  return static_cast<LONG>(low + (LONGLONG{high} - low) / 2);
+}
+
 POINT CentreOf(const RECT& rect) {
-  return {rect.left + (rect.right - rect.left) / 2, rect.top + (rect.bottom - rect.top) / 2};
+  return {Centre(rect.left, rect.right), Centre(rect.top, rect.bottom)};
 }
 
 int VerifyTarget(const TargetRecord* target, HWND window) {

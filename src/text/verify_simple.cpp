@@ -44,7 +44,7 @@ std::optional<std::size_t> FirstDifference(WideView a, WideView b) {
 // A text and what is compared of it.
 struct ComparedText {
   explicit ComparedText(WideView text) : raw(text), normalized(Normalize(text)) {}
-  WideText raw;
+  WideView raw;
   WideText normalized;
 };
 
@@ -142,8 +142,8 @@ int VerifySimple(const KorvaneChar* expectedText, HWND window) {
   if (!copied) {
     return KORVANE_FAILED;
   }
-  const ComparedText clipboard(*copied);
-  const ComparedText expected((ViewOf(expectedText)));
+  const ComparedText clipboard{WideView(*copied)};
+  const ComparedText expected{ViewOf(expectedText)};
   const bool matches =
       Contains(clipboard.normalized, expected.normalized) || Contains(expected.normalized, clipboard.normalized);
   LogComparison(clipboard, expected, matches);

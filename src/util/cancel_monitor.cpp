@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
+#include <optional>
+#include <utility>
 
 #include "korvane/korvane.h"
 #include "platform/mutex.h"
@@ -14,17 +16,22 @@ namespace {
 constexpr DWORD kStopWaitMilliseconds = 300;
 
 std::atomic<bool> g_cancelled{false};
-// Set by the monitor when it is out of our code, while the library is being unloaded.
-std::atomic<HANDLE> g_outOfOurCode{nullptr};
 
-// Guards the handle, and the order of its changes against the turn's. Never held while waiting for a monitor to end.
-Mutex g_monitorMutex;
-HANDLE g_monitorThread = nullptr;
-
-// A monitor runs for as long as the turn it began in lasts; raising the turn is the request to stop. With a plain flag,
-// a start beside a stop could take the request back before the old thread had seen it.
+// A monitor watches for as long as the turn it was started for lasts; raising the turn is the request to stop. With a
+// plain flag, a start beside a stop could take the request back before the old thread had seen it.
 std::atomic<std::uint32_t> g_turn{0};
+// The last turn whose monitor has come into our code.
 std::atomic<std::uint32_t> g_enteredTurn{0};
+
+class StoppedMonitor;
+
+// Guards what follows, and the order of its changes against the turn's. Never held while waiting for anything.
+Mutex g_monitorMutex;
+// The monitor that is known, owned by whoever takes it to stop it: loading and unloading have nothing to do for a plain
+// handle.
+HANDLE g_monitorThread = nullptr;
+// Those that were told to stop and are waited for.
+StoppedMonitor* g_stopped = nullptr;
 
 bool EscapeIsDown() noexcept {
   return GetAsyncKeyState(VK_ESCAPE) < 0;
@@ -47,79 +54,166 @@ void WatchEscapeUntilTurnEnds(std::uint32_t turn) noexcept {
   }
 }
 
-KernelHandle TakeMonitor() noexcept {
+// The turn that a thread which comes into our code is to watch for; none when its monitor was stopped meanwhile, or
+// another thread watches already.
+std::optional<std::uint32_t> EnterTurn() noexcept {
   const std::lock_guard guard(g_monitorMutex);
-  KernelHandle thread(g_monitorThread);
-  if (thread) {
-    g_monitorThread = nullptr;
-    ++g_turn;
+  const std::uint32_t turn = g_turn;
+  if (g_monitorThread == nullptr || g_enteredTurn == turn) {
+    return std::nullopt;
   }
-  return thread;
+  g_enteredTurn = turn;
+  return turn;
 }
 
-bool HappensInTime(HANDLE object) noexcept {
-  return WaitForSingleObject(object, kStopWaitMilliseconds) == WAIT_OBJECT_0;
+// A monitor that was told to stop, for as long as it is waited for. Waits for an event rather than for the thread: a
+// thread cannot end while somebody holds the loader's lock.
+class StoppedMonitor {
+ public:
+  StoppedMonitor() noexcept : outOfOurCode_(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
+    const std::lock_guard guard(g_monitorMutex);
+    thread_ = KernelHandle(std::exchange(g_monitorThread, nullptr));
+    if (thread_) {
+      turn_ = g_turn++;
+      entered_ = g_enteredTurn == turn_;
+      next_ = std::exchange(g_stopped, this);
+    }
+  }
+  ~StoppedMonitor() {
+    const std::lock_guard guard(g_monitorMutex);
+    Forget();
+  }
+  StoppedMonitor(const StoppedMonitor&) = delete;
+  StoppedMonitor& operator=(const StoppedMonitor&) = delete;
+
+  HANDLE Thread() const noexcept {
+    return thread_.Get();
+  }
+
+  bool LeavesInTime() noexcept {
+    if (!thread_) {
+      return true;
+    }
+    const HANDLE sign = entered_ && outOfOurCode_ ? outOfOurCode_.Get() : thread_.Get();
+    return WaitForSingleObject(sign, kStopWaitMilliseconds) == WAIT_OBJECT_0 || IsLeaving();
+  }
+
+  // The event that a thread sets when it leaves the code of its turn; none when nobody waits for that.
+  static HANDLE Leave(std::uint32_t turn) noexcept {
+    const std::lock_guard guard(g_monitorMutex);
+    for (StoppedMonitor* stopped = g_stopped; stopped != nullptr; stopped = stopped->next_) {
+      if (stopped->turn_ == turn) {
+        stopped->leaving_ = true;
+        return stopped->outOfOurCode_.Get();
+      }
+    }
+    return nullptr;
+  }
+
+ private:
+  // Whether it came to its last instructions just when the time was over: the event is not to be closed before them.
+  bool IsLeaving() noexcept {
+    {
+      const std::lock_guard guard(g_monitorMutex);
+      if (!leaving_) {
+        Forget();
+        return false;
+      }
+    }
+    return WaitForSingleObject(outOfOurCode_.Get(), kStopWaitMilliseconds) == WAIT_OBJECT_0;
+  }
+
+  void Forget() noexcept {
+    for (StoppedMonitor** link = &g_stopped; *link != nullptr; link = &(*link)->next_) {
+      if (*link == this) {
+        *link = next_;
+        return;
+      }
+    }
+  }
+
+  KernelHandle outOfOurCode_;
+  KernelHandle thread_;
+  std::uint32_t turn_ = 0;
+  bool entered_ = false;
+  bool leaving_ = false;
+  StoppedMonitor* next_ = nullptr;
+};
+
+// What the monitor thread runs. The event that it answers is set when the thread is out of our code.
+HANDLE WatchEscape() noexcept {
+  const std::optional<std::uint32_t> turn = EnterTurn();
+  if (!turn) {
+    return nullptr;
+  }
+  WatchEscapeUntilTurnEnds(*turn);
+  return StoppedMonitor::Leave(*turn);
 }
 
-// Waits until the new thread is in our code: a thread that has not come so far needs the loader's lock to do so, and an
-// unload at once after the start could not wait for it.
+bool MonitorIsKnown() noexcept {
+  const std::lock_guard guard(g_monitorMutex);
+  return g_monitorThread != nullptr;
+}
+
+// An unload waits for a monitor that is in our code, which a thread that has not come so far would make it do in vain:
+// it needs the loader's lock to come.
 void WaitUntilEntered(std::uint32_t turn) noexcept {
+  constexpr int kTriesWithoutSleeping = 100;
   const DWORD start = GetTickCount();
-  while (g_enteredTurn != turn && GetTickCount() - start < kStopWaitMilliseconds) {
-    Sleep(0);
+  for (int tries = 0; g_enteredTurn != turn && g_turn == turn && GetTickCount() - start < kStopWaitMilliseconds;
+       ++tries) {
+    Sleep(tries < kTriesWithoutSleeping ? 0 : 1);
   }
 }
 
 // False when a monitor that was started meanwhile has to be stopped first.
 bool StartIfNoneRuns() noexcept {
-  const std::lock_guard guard(g_monitorMutex);
-  if (g_monitorThread != nullptr) {
-    return false;
+  std::uint32_t turn = 0;
+  {
+    const std::lock_guard guard(g_monitorMutex);
+    if (g_monitorThread != nullptr) {
+      return false;
+    }
+    g_cancelled.exchange(false);
+    turn = ++g_turn;
+    g_monitorThread = CreateThread(nullptr, 0, ThreadStart(WatchEscape), nullptr, 0, nullptr);
+    if (g_monitorThread == nullptr) {
+      return true;
+    }
   }
-  g_cancelled.exchange(false);
-  const std::uint32_t turn = ++g_turn;
-  const HANDLE thread = CreateThread(nullptr, 0, StartThreadBody, nullptr, 0, nullptr);
-  if (thread != nullptr) {
-    WaitUntilEntered(turn);
-    g_monitorThread = thread;
-  }
+  WaitUntilEntered(turn);
   return true;
 }
 
 }  // namespace
-
-// What the monitor thread runs. An ordinary end needs the loader's lock, which an unloading thread holds while it
-// waits, so that one waits for the event instead of the thread.
-HANDLE ThreadBody(LPVOID /*parameter*/) {
-  const std::uint32_t turn = g_turn;
-  g_enteredTurn = turn;
-  WatchEscapeUntilTurnEnds(turn);
-  return g_outOfOurCode;
-}
 
 bool IsCancelled() noexcept {
   return g_cancelled;
 }
 
 void StopCancelMonitor() noexcept {
-  const KernelHandle thread = TakeMonitor();
-  if (thread && !HappensInTime(thread.Get())) {
+  if (!MonitorIsKnown()) {
+    return;
+  }
+  StoppedMonitor monitor;
+  if (!monitor.LeavesInTime()) {
     // It will end by itself, but until then our code must stay where it is: the library is not unloaded any more.
     HMODULE self = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                       reinterpret_cast<const WCHAR*>(&StartThreadBody), &self);
+                       reinterpret_cast<const WCHAR*>(&IsCancelled), &self);
   }
 }
 
 void StopCancelMonitorAtUnload() noexcept {
-  const KernelHandle outOfOurCode(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  g_outOfOurCode = outOfOurCode.Get();
-  const KernelHandle thread = TakeMonitor();
-  if (thread && !HappensInTime(outOfOurCode ? outOfOurCode.Get() : thread.Get())) {
-    // It has not run at all for so long. Better no thread than one that wakes up where no code is left.
-    TerminateThread(thread.Get(), 0);
+  if (!MonitorIsKnown()) {
+    return;
   }
-  g_outOfOurCode = nullptr;
+  StoppedMonitor monitor;
+  if (!monitor.LeavesInTime()) {
+    // It has not run at all for so long. Better no thread than one that wakes up where no code is left.
+    TerminateThread(monitor.Thread(), 0);
+    WaitForSingleObject(monitor.Thread(), kStopWaitMilliseconds);
+  }
 }
 
 void startCancelMonitor() noexcept {

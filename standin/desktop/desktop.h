@@ -118,6 +118,9 @@ class Clock : public Subject {
   void SetLocalTime(const SYSTEMTIME& time);
   void SetUtcOffsetMinutes(int minutes);  // local = UTC + offset; 60 after Reset
   void SetTickCount(DWORD ticks);         // what GetTickCount answers now
+  // Threads that CreateThread makes from now on begin so much later, as on a machine that is busy or while another
+  // thread holds the loader's lock. In virtual time.
+  void DelayNewThreads(double milliseconds);
 };
 
 // Processes and windows, and which window is in front and which one gets the keys.

@@ -46,6 +46,7 @@ struct Thread {
   LPTHREAD_START_ROUTINE start = nullptr;
   LPVOID parameter = nullptr;
   std::thread runner;
+  std::optional<Waiting> beginning;  // in virtual time: not before then
   jmp_buf top;  // where a terminated thread goes on, at the end of its life
   bool terminated = false;
   bool over = false;  // has nothing left to do, neither for the library nor here
@@ -196,6 +197,7 @@ struct Model {
   HWND foreground = nullptr;
   int foregroundRefusals = 0;
   bool attachRefused = false;
+  Nanoseconds threadDelay = 0;  // of threads made from now on
 
   POINT cursor{};
   bool keyDown[256] = {};

@@ -26,6 +26,7 @@ void RunThread(State& state, const std::shared_ptr<Thread>& self) {
     ModelMutex::Whole whole(state.mutex);
     state.changed.wait(whole, [&] { return !state.virtualTime || state.running == self.get() || self->terminated; });
     begins = !self->terminated;
+    self->waiting = nullptr;
   }
   if (begins) {
     RunProcedure(*self);
@@ -80,6 +81,11 @@ HANDLE State::StartThread(LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD*
   thread->takesTurns = true;
   thread->start = start;
   thread->parameter = parameter;
+  if (threadDelay > 0) {
+    static const std::function<bool()> onlyTheTime;
+    thread->beginning.emplace(Waiting{Now() + threadDelay, onlyTheTime, "its beginning"});
+    thread->waiting = &*thread->beginning;
+  }
   threads.push_back(thread);
   if (id != nullptr) {
     *id = thread->id;
@@ -127,6 +133,11 @@ void State::TerminateThreads() {
     }
   }
   changed.notify_all();
+}
+
+void Clock::DelayNewThreads(double milliseconds) {
+  const std::lock_guard guard(state_->mutex);
+  state_->threadDelay = FromMilliseconds(milliseconds);
 }
 
 }  // namespace standin

@@ -1,5 +1,6 @@
 #include "tests/native/allocations.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -12,6 +13,8 @@ thread_local bool t_counting = false;
 thread_local std::size_t t_count = 0;
 thread_local std::size_t t_untilFailure = 0;
 thread_local bool t_failsOn = false;
+
+std::atomic<std::size_t> g_blocksInUse{0};
 
 // Whether this allocation is the one that fails.
 bool Passes() {
@@ -36,6 +39,10 @@ void StartCounting() {
 std::size_t StopCounting() {
   t_counting = false;
   return t_count;
+}
+
+std::size_t BlocksInUse() {
+  return g_blocksInUse;
 }
 
 void FailNth(std::size_t n) {
@@ -63,7 +70,9 @@ extern "C" void* __wrap_malloc(std::size_t size) {
 }
 
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return std::malloc(size == 0 ? 1 : size);
+  void* const block = std::malloc(size == 0 ? 1 : size);
+  tests::allocations::g_blocksInUse += block != nullptr ? 1 : 0;
+  return block;
 }
 
 void* operator new(std::size_t size) {
@@ -82,17 +91,18 @@ void* operator new[](std::size_t size) {
 }
 
 void operator delete(void* block) noexcept {
+  tests::allocations::g_blocksInUse -= block != nullptr ? 1 : 0;
   std::free(block);
 }
 
 void operator delete(void* block, std::size_t /*size*/) noexcept {
-  std::free(block);
+  operator delete(block);
 }
 
 void operator delete[](void* block) noexcept {
-  std::free(block);
+  operator delete(block);
 }
 
 void operator delete[](void* block, std::size_t /*size*/) noexcept {
-  std::free(block);
+  operator delete(block);
 }

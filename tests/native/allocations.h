@@ -11,6 +11,9 @@ void StartCounting();
 // How many there were.
 std::size_t StopCounting();
 
+// Blocks of all threads that were allocated and not given back.
+std::size_t BlocksInUse();
+
 // Makes the nth allocation from now fail, 1-based.
 void FailNth(std::size_t n);
 // And every later one.

@@ -106,10 +106,45 @@ TEST_F(CancelMonitorTest, LibraryStaysForAThreadThatDoesNotEnd) {
   startCancelMonitor();
   delay(5);
   TheDesktop().Faults().FailNth("WaitForSingleObject", 1);
-  EXPECT_EQ(CallsOf(stopCancelMonitor), (Lines{"WaitForSingleObject", "GetModuleHandleExW", "CloseHandle"}));
+  EXPECT_EQ(CallsOf(stopCancelMonitor), (Lines{"CreateEventW", "WaitForSingleObject", "GetModuleHandleExW", "CloseHandle", "CloseHandle"}));
   TheDesktop().Faults().Stop();
   delay(20);
   EXPECT_EQ(PollsIn(100), 0U) << "it was asked to end all the same";
+  EXPECT_EQ(TheDesktop().Calls().Count("SetEvent"), 0U) << "nobody waits for its event any more";
+}
+
+// A thread begins late on a busy machine, and while another one holds the loader's lock.
+TEST_F(CancelMonitorTest, ThreadThatBeginsLateWatchesOnlyWhileItIsWanted) {
+  TheDesktop().Clock().DelayNewThreads(500);
+  startCancelMonitor();
+  EXPECT_EQ(PollsIn(400), 20U) << "it was not stopped";
+  EXPECT_LE(Elapsed(stopCancelMonitor), 10);
+
+  startCancelMonitor();
+  stopCancelMonitor();
+  TheDesktop().User().HoldEscape(0, 2000);
+  EXPECT_EQ(PollsIn(2000), 0U);
+  EXPECT_EQ(isCancelled(), 0);
+
+  startCancelMonitor();
+  startCancelMonitor();
+  delay(700);
+  EXPECT_EQ(PollsIn(100), 10U) << "one of the two threads watches";
+  stopCancelMonitor();
+  EXPECT_EQ(PollsIn(2000), 0U);
+}
+
+TEST_F(CancelMonitorTest, StopDoesNotWaitForAStart) {
+  TheDesktop().Clock().DelayNewThreads(10'000);
+  double stopped = 0;
+  TheDesktop().Clock().After(100, [&] {
+    const double begin = TheDesktop().Clock().Now();
+    stopCancelMonitor();
+    stopped = TheDesktop().Clock().Now() - begin;
+  });
+  startCancelMonitor();
+  EXPECT_THAT(stopped, ::testing::AllOf(::testing::Gt(0), ::testing::Le(300)));
+  EXPECT_EQ(PollsIn(20'000), 0U);
 }
 
 TEST_F(CancelMonitorTest, UnloadingEndsAThreadThatDoesNotCome) {

@@ -93,6 +93,54 @@ TEST_F(LogTest, UnitsBeyondOneByteAreWrittenAsEscapes) {
                                    " | Result: 0 | Duration: 0ms\r\n"));
 }
 
+// The file is text, in which a line feed is stored as CR LF whatever stands before it.
+TEST_F(LogTest, LineFeedsInsideATextAreStoredAsLineEnds) {
+  logAction(u"a\nb\r\nc\r", 0, 0);
+  EXPECT_THAT(LogBytes(), EndsWith(" - a\r\nb\r\r\nc\r | Result: 0 | Duration: 0ms\r\n"));
+}
+
+#if defined(__x86_64__)
+// On Windows a thread's floating-point unit may run with the precision of a double.
+class DoublePrecision {
+ public:
+  DoublePrecision() {
+    constexpr std::uint16_t kPrecision = 0x0300;
+    constexpr std::uint16_t kDouble = 0x0200;
+    __asm__ __volatile__("fnstcw %0" : "=m"(before_));
+    const auto now = static_cast<std::uint16_t>((before_ & ~kPrecision) | kDouble);
+    __asm__ __volatile__("fldcw %0" : : "m"(now));
+  }
+  ~DoublePrecision() {
+    __asm__ __volatile__("fldcw %0" : : "m"(before_));
+  }
+
+ private:
+  std::uint16_t before_ = 0;
+};
+#else
+struct DoublePrecision {};
+#endif
+
+TEST_F(LogTest, OneDecimalIsRoundedAsPrintfDoes) {
+  const auto check = [](int hits, int all) {
+    const double rate = hits * 100.0 / all;
+    char expected[32];
+    std::snprintf(expected, sizeof expected, "%.1f", rate);
+    const DoublePrecision precision;
+    Line line;
+    line.Append(OneDecimal(rate));
+    ASSERT_EQ(line.Bytes(), expected) << hits << " of " << all;
+  };
+  check(1333, 2000);
+  check(1, INT32_MAX);
+  check(INT32_MAX, INT32_MAX);
+  for (int all = 1; all <= 400; ++all) {
+    for (int hits = 0; hits <= all; ++hits) {
+      check(hits, all);
+    }
+  }
+}
+
 TEST_F(LogTest, NumbersAreDecimalOrLowerCaseHexadecimal) {
   LogLine(INT32_MIN, " ", INT64_MAX, " 0x", Hex(E_FAIL), " 0x", Hex(std::uint32_t{0xC36}), " 0x",
           Hex(static_cast<const void*>(nullptr)), " ", HandleNumber(reinterpret_cast<HWND>(~std::uintptr_t{0})));

@@ -65,7 +65,7 @@ TEST_F(VerifySimpleTest, BlocksByteForByte) {
   };
   const Case cases[] = {
       {u"Abc\r\n \"\u4E2D\u00E9", u"ABC\u00E9",
-       "  Clipboard: \"Abc\r\n \"\\u4e2d\xE9\"\r\n"
+       "  Clipboard: \"Abc\r\r\n \"\\u4e2d\xE9\"\r\n"
        "  Expected: \"ABC\xE9\"\r\n"
        "  Lengths: clipboard=9, expected=4\r\n"
        "  Normalized lengths: 4 vs 4\r\n"
