@@ -22,7 +22,7 @@ setup_needs() {
       ;;
     windows)
       setup_needs native
-      echo g++-mingw-w64-x86-64-posix x86_64-w64-mingw32-g++-posix
+      echo g++-mingw-w64-x86-64-win32 x86_64-w64-mingw32-g++-win32
       echo wine wine
       echo wine64 /usr/lib/wine/wine64
       echo xvfb Xvfb
@@ -35,7 +35,7 @@ setup_needs() {
       ;;
     package)
       setup_needs native
-      echo g++-mingw-w64-x86-64-posix x86_64-w64-mingw32-g++-posix
+      echo g++-mingw-w64-x86-64-win32 x86_64-w64-mingw32-g++-win32
       echo llvm-14 llvm-dlltool-14
       ;;
     consumers)

@@ -1,6 +1,6 @@
 // The start routine of our threads. It runs what it is handed and sets the event that this answers, if any, as its very
-// last act: whoever sees the event set knows that the thread has no instruction of ours left to run, so that the code may
-// go away. Waiting for the thread itself would not do: it cannot end while another thread holds the loader's lock.
+// last act: whoever sees the event set knows that the thread has no instruction of ours left to run, so that the code
+// may go away. Waiting for the thread itself would not do: it cannot end while another thread holds the loader's lock.
 #pragma once
 
 #include <atomic>

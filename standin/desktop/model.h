@@ -47,7 +47,7 @@ struct Thread {
   LPVOID parameter = nullptr;
   std::thread runner;
   std::optional<Waiting> beginning;  // in virtual time: not before then
-  jmp_buf top;  // where a terminated thread goes on, at the end of its life
+  jmp_buf top;                       // where a terminated thread goes on, at the end of its life
   bool terminated = false;
   bool over = false;  // has nothing left to do, neither for the library nor here
 

@@ -95,7 +95,7 @@ class Docs(unittest.TestCase):
     def test_c_samples(self):
         """docs: the samples in C and C++ compile"""
         for language, compiler, standard in (("c", "gcc", "c11"), ("cpp", "g++", "c++17")):
-            command = tool(f"x86_64-w64-mingw32-{compiler}-posix")
+            command = tool(f"x86_64-w64-mingw32-{compiler}-win32")
             for page in PAGES:
                 if page.name == "reference.md":
                     continue  # declarations, taken from the header itself

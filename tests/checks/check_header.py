@@ -41,12 +41,12 @@ class Header(unittest.TestCase):
     def test_windows(self):
         """header: mingw compiles it as C and C++, with and without <windows.h>, and finds the layouts"""
         loose = [[flags[0], "-DNO_STRICT"] for flags in around("<windows.h>")]
-        self.compiles("x86_64-w64-mingw32-gcc-posix", C, around("<windows.h>") + loose)
-        self.compiles("x86_64-w64-mingw32-g++-posix", CXX, around("<windows.h>") + loose)
+        self.compiles("x86_64-w64-mingw32-gcc-win32", C, around("<windows.h>") + loose)
+        self.compiles("x86_64-w64-mingw32-g++-win32", CXX, around("<windows.h>") + loose)
 
     def test_readme(self):
         """header: the example of the README compiles"""
-        compiler = tool("x86_64-w64-mingw32-gcc-posix")
+        compiler = tool("x86_64-w64-mingw32-gcc-win32")
         example = re.search(r"```c\n(.*?)```", (ROOT / "README.md").read_text(encoding="utf-8"), re.S)[1]
         result = run(compiler, "-xc", "-std=c11", *WARNINGS, *INCLUDES, "-", input=example)
         self.assertEqual(0, result.returncode, result.stderr)

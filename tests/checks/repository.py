@@ -79,7 +79,7 @@ def run_windows(*command, folder, environment=None, seconds=120):
 
 def dll():
     """The built DLL, brought up to date."""
-    tool("x86_64-w64-mingw32-g++-posix")
+    tool("x86_64-w64-mingw32-g++-win32")
     if not (ROOT / "build/windows/build.ninja").exists():
         configured = run("cmake", "--preset", "windows", cwd=ROOT)
         assert configured.returncode == 0, configured.stdout + configured.stderr

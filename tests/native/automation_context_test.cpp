@@ -101,8 +101,8 @@ TEST_F(AutomationContextTest, EndsInOrder) {
   TheDesktop().Calls().After("CloseHandle", 3, [&] { atLogEnd = TheDesktop().Ledger().Outstanding(); });
   Lines calls = CallsOf(cleanupAutomation);
   std::erase_if(calls, [](const std::string& call) { return call == "Sleep" || call == "GetAsyncKeyState"; });
-  EXPECT_EQ(calls, (Lines{"CreateEventW", "WaitForSingleObject", "SetEvent", "CloseHandle", "CloseHandle", "CloseHandle",
-                          "CoUninitialize"}));
+  EXPECT_EQ(calls, (Lines{"CreateEventW", "WaitForSingleObject", "SetEvent", "CloseHandle", "CloseHandle",
+                          "CloseHandle", "CoUninitialize"}));
   EXPECT_THAT(atMonitorEnd, Contains(HasSubstr("IUIAutomation")));
   EXPECT_THAT(atLogEnd, ElementsAre(HasSubstr("COM")));
   EXPECT_EQ(ChooseWindow(nullptr), nullptr);

@@ -106,7 +106,8 @@ TEST_F(CancelMonitorTest, LibraryStaysForAThreadThatDoesNotEnd) {
   startCancelMonitor();
   delay(5);
   TheDesktop().Faults().FailNth("WaitForSingleObject", 1);
-  EXPECT_EQ(CallsOf(stopCancelMonitor), (Lines{"CreateEventW", "WaitForSingleObject", "GetModuleHandleExW", "CloseHandle", "CloseHandle"}));
+  EXPECT_EQ(CallsOf(stopCancelMonitor),
+            (Lines{"CreateEventW", "WaitForSingleObject", "GetModuleHandleExW", "CloseHandle", "CloseHandle"}));
   TheDesktop().Faults().Stop();
   delay(20);
   EXPECT_EQ(PollsIn(100), 0U) << "it was asked to end all the same";

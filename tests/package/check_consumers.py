@@ -10,8 +10,8 @@ from repository import ROOT, run, tool
 from unpacked import SUBMITTED, run_windows, scratch, unpacked
 
 TOOLCHAIN = ROOT / "cmake/mingw-w64.cmake"
-GCC = "x86_64-w64-mingw32-gcc-posix"
-GXX = "x86_64-w64-mingw32-g++-posix"
+GCC = "x86_64-w64-mingw32-gcc-win32"
+GXX = "x86_64-w64-mingw32-g++-win32"
 WARNINGS = ["-Wall", "-Wextra", "-Wconversion", "-Werror"]
 # Shown where the programs write only ASCII.
 ORDERED = SUBMITTED.format("?", "?")

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,53 @@ TEST(LoadUnloadTest, TheLibraryComesAndGoesInEveryState) {
               *std::max_element(unloads.begin(), unloads.end()));
   // The bound of the wait for the monitor: reaching it would mean that the wait was in vain.
   EXPECT_LT(*std::max_element(unloads.begin(), unloads.end()), 300u);
+}
+
+struct CloseEvent {
+  void operator()(void* event) const {
+    CloseHandle(event);
+  }
+};
+using Event = std::unique_ptr<void, CloseEvent>;
+
+DWORD WINAPI LoadSlowly(void* /*unused*/) {
+  FreeLibrary(LoadLibraryW(L"slow_attach.dll"));
+  return 0;
+}
+
+// While another thread holds the loader's lock no thread can end, so that a stop must not wait for that.
+TEST(LoadUnloadTest, AStopDoesNotWaitForTheLoader) {
+  const std::wstring path = LibraryCopy();
+  const Event attaching(CreateEventW(nullptr, TRUE, FALSE, L"korvane tests: attaching"));
+  const Event finish(CreateEventW(nullptr, TRUE, FALSE, L"korvane tests: finish attaching"));
+  const HMODULE library = LoadLibraryW(path.c_str());
+  ASSERT_NE(library, nullptr);
+  auto* const stop = Address<decltype(stopCancelMonitor)>(library, "stopCancelMonitor");
+  Address<decltype(startCancelMonitor)>(library, "startCancelMonitor")();
+  const Event loader(CreateThread(nullptr, 0, LoadSlowly, nullptr, 0, nullptr));
+  ASSERT_EQ(WaitForSingleObject(attaching.get(), 10000), WAIT_OBJECT_0);
+  const DWORD start = GetTickCount();
+  stop();
+  const DWORD stopped = GetTickCount() - start;
+  // It would come back by itself when the other library has attached, which it does now.
+  SetEvent(finish.get());
+  EXPECT_EQ(WaitForSingleObject(loader.get(), 10000), WAIT_OBJECT_0);
+  EXPECT_LT(stopped, 300u) << "the bound of the wait: reaching it would mean that the wait was in vain";
+  EXPECT_TRUE(FreeLibrary(library));
+  EXPECT_EQ(GetModuleHandleW(L"korvane_copy.dll"), nullptr) << "it was pinned";
+}
+
+TEST(LoadUnloadTest, APlugInEndsTheLibraryWhileItIsUnloaded) {
+  const std::wstring path = LibraryCopy();
+  const HMODULE plugIn = LoadLibraryW(L"plug_in.dll");
+  ASSERT_NE(plugIn, nullptr);
+  Address<void(const WCHAR*)>(plugIn, "Begin")(path.c_str());
+  Sleep(30);
+  const DWORD start = GetTickCount();
+  ASSERT_TRUE(FreeLibrary(plugIn));
+  EXPECT_LT(GetTickCount() - start, 300u);
+  EXPECT_EQ(GetModuleHandleW(L"plug_in.dll"), nullptr);
+  EXPECT_EQ(GetModuleHandleW(L"korvane_copy.dll"), nullptr);
 }
 
 // Runs this program again with one hidden test, which leaves the process in the given state.
