@@ -19,6 +19,7 @@ setup_needs() {
       echo libcli11-dev /usr/include/CLI/CLI.hpp
       echo nlohmann-json3-dev /usr/include/nlohmann/json.hpp
       echo libstb-dev /usr/include/stb/stb_image_write.h
+      echo valgrind valgrind
       ;;
     windows)
       setup_needs native
