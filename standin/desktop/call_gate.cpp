@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <new>
 
 #include "standin/desktop/state.h"
 
@@ -144,6 +145,13 @@ Call::Call(CallSite& site, Can can) : state_(TheState()), site_(site) {
   EnterGate();
   state_.mutex.lock();
   fails_ = BeginCall(state_, site_, can);
+  if (const auto end = state_.faults.memoryEnds.find(site_.name);
+      end != state_.faults.memoryEnds.end() && end->second == site_.count) {
+    ++state_.faults.injected;
+    state_.mutex.unlock();
+    LeaveGate();
+    throw std::bad_alloc();
+  }
 }
 
 Call::~Call() {
@@ -255,6 +263,11 @@ void Faults::FailFromNth(std::string_view name, std::uint64_t n) {
 void Faults::FailWith(std::string_view name, HRESULT result) {
   const std::lock_guard guard(TheState().mutex);
   TheState().failureResults[std::string(name)] = result;
+}
+
+void Faults::EndMemoryAt(std::string_view name, std::uint64_t n) {
+  const std::lock_guard guard(state_->mutex);
+  state_->faults.memoryEnds[std::string(name)] = CountOf(name) + n;
 }
 
 void Faults::Stop() {

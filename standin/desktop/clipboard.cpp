@@ -175,6 +175,9 @@ HANDLE SetClipboardData(UINT format, HANDLE block) {
     call->Misuse("gave the clipboard a block that is locked or not the caller's");
     return nullptr;
   }
+  if (!memory->second.isMovable) {
+    call->Misuse("gave the clipboard a block that is not movable");
+  }
   std::erase_if(call->clipboard, [&](const ClipboardEntry& entry) {
     return entry.format == format && call->globals.erase(entry.block) > 0;
   });

@@ -181,6 +181,7 @@ class Elements : public Subject {
   void SetUnsupported(Element element, PROPERTYID property);                         // succeeds without a string
   void FailProperty(Element element, PROPERTYID property, HRESULT result = E_FAIL);  // 30020 the window handle
   void SetClickablePoint(Element element, std::optional<POINT> point);               // nullopt: GetClickablePoint fails
+  void DenyClickablePoint(Element element);  // GetClickablePoint succeeds and says that there is none
   void FailRectangle(Element element);
   void HideFromArrays(Element element);  // arrays count it but do not hand it out
   void HideFromCache(Element element);   // its cached properties cannot be read
@@ -276,6 +277,9 @@ class Faults : public Subject {
   void FailFromNth(std::string_view name, std::uint64_t n);
   // What the named call answers when it fails, in place of E_FAIL. For calls that answer an HRESULT.
   void FailWith(std::string_view name, HRESULT result);
+  // Lets memory run out at the nth call from now of a platform function: it throws, as an allocation of the library's
+  // own beside it would. UI Automation methods never throw.
+  void EndMemoryAt(std::string_view name, std::uint64_t n);
   void Stop();
   std::uint64_t Injected() const;  // failures since the last of the calls above, Stop left out
 };

@@ -206,7 +206,7 @@ HRESULT State::ClickablePoint(uia::Node element, POINT* point, BOOL* gotClickabl
     }
     *point = {Middle(visible.left, visible.right), Middle(visible.top, visible.bottom)};
   }
-  *gotClickable = TRUE;
+  *gotClickable = !node->clickableDenied;
   return S_OK;
 }
 
@@ -290,6 +290,10 @@ void Elements::FailProperty(Element element, PROPERTYID property, HRESULT result
 
 void Elements::SetClickablePoint(Element element, std::optional<POINT> point) {
   Alter(*state_, element, [point](Node& node) { node.clickablePoint = point; });
+}
+
+void Elements::DenyClickablePoint(Element element) {
+  Alter(*state_, element, [](Node& node) { node.clickableDenied = true; });
 }
 
 void Elements::FailRectangle(Element element) {

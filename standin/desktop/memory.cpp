@@ -71,11 +71,16 @@ using namespace standin;
 
 extern "C" {
 
-HGLOBAL GlobalAlloc(UINT /*flags*/, SIZE_T size) {
+HGLOBAL GlobalAlloc(UINT flags, SIZE_T size) {
   STANDIN_CALL(GlobalAlloc);
   // A block that no machine has.
   constexpr SIZE_T kLargest = SIZE_T{1} << 40;
-  return call.Fails() || size > kLargest ? nullptr : call->Allocate(size);
+  if (call.Fails() || size > kLargest) {
+    return nullptr;
+  }
+  const HGLOBAL block = call->Allocate(size);
+  call->globals.at(block).isMovable = (flags & GMEM_MOVEABLE) != 0;
+  return block;
 }
 
 LPVOID GlobalLock(HGLOBAL block) {

@@ -128,9 +128,12 @@ LRESULT CallNextHookEx(HHOOK /*hook*/, int /*code*/, WPARAM /*wParam*/, LPARAM /
   return 0;
 }
 
-BOOL GetMessageW(MSG* message, HWND /*window*/, UINT /*first*/, UINT /*last*/) {
+BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) {
   STANDIN_CALL(GetMessageW);
   *message = {};
+  if (window != nullptr || first != 0 || last != 0) {
+    call->Misuse("waited for some messages only, which nobody sends here");
+  }
   if (call.Fails()) {
     return -1;
   }

@@ -107,6 +107,7 @@ struct Node {
   // Elements
   std::map<PROPERTYID, PropertyOverride> overrides{};
   std::optional<std::optional<POINT>> clickablePoint{};
+  bool clickableDenied = false;
   bool elementRectFails = false;
   bool hiddenFromArrays = false;
   bool hiddenFromCache = false;
@@ -130,6 +131,7 @@ struct Hook {
 struct GlobalMemory {
   std::unique_ptr<std::uint8_t[]> bytes{};
   std::size_t size = 0;
+  bool isMovable = true;
   int locks = 0;
   bool systemOwned = false;
 };
@@ -167,6 +169,7 @@ struct ArmedFaults {
   std::uint64_t from = UINT64_MAX;
   std::map<std::string, std::set<std::uint64_t>, std::less<>> named{};
   std::map<std::string, std::uint64_t, std::less<>> namedFrom{};
+  std::map<std::string, std::uint64_t, std::less<>> memoryEnds{};
   std::uint64_t injected = 0;
 };
 

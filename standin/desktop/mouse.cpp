@@ -105,9 +105,10 @@ BOOL GetCursorPos(POINT* point) {
   return TRUE;
 }
 
-void mouse_event(DWORD flags, DWORD /*dx*/, DWORD /*dy*/, DWORD /*data*/, ULONG_PTR /*extraInfo*/) {
+void mouse_event(DWORD flags, DWORD dx, DWORD dy, DWORD data, ULONG_PTR extraInfo) {
   STANDIN_COUNTED_CALL(mouse_event);
-  call->Note("mouse_event", "flags=", flags);
+  call->Note("mouse_event", "flags=", flags, " dx=", dx, " dy=", dy, " data=", data,
+             " extra=", static_cast<std::int64_t>(extraInfo));
   if ((flags & MOUSEEVENTF_LEFTDOWN) != 0) {
     call->MouseButton(true, true);
   }

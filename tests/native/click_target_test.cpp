@@ -104,7 +104,7 @@ TEST_F(ClickTargetTest, ARememberedPointIsClickedAtOnce) {
   const auto trace = TheDesktop().Calls().Trace();
   ASSERT_GE(trace.size(), 2U);
   EXPECT_EQ(trace[1].call, "mouse_event");
-  EXPECT_EQ(trace[1].detail, "flags=6");
+  EXPECT_EQ(trace[1].detail, "flags=6 dx=0 dy=0 data=0 extra=0");
   EXPECT_EQ(Log(), (Lines{kCacheHit}));
   EXPECT_EQ(Statistics(), "Hits: 1, Misses: 1, Hit Rate: 50.0%");
   // Once forgotten it is searched for again.
@@ -210,6 +210,14 @@ TEST_F(ClickTargetTest, TheElementsOwnPointComesBeforeItsCentre) {
     ASSERT_TRUE(stored);
     ExpectPoint(*stored, c.clicked);
   }
+}
+
+TEST_F(ClickTargetTest, APointIsTakenWhateverTheElementSaysOfIt) {
+  const auto edit = TheDesktop().Elements().Of(edit_);
+  TheDesktop().Elements().SetClickablePoint(edit, POINT{130, 125});
+  TheDesktop().Elements().DenyClickablePoint(edit);
+  EXPECT_EQ(clickTarget(&byId_, dialog_), KORVANE_OK);
+  ExpectPoint(TheDesktop().User().Cursor(), {130, 125});
 }
 
 TEST_F(ClickTargetTest, InputThatIsNotAcceptedFailsAndLeavesNoButtonDown) {
@@ -320,6 +328,15 @@ TEST_F(WindowFocusTest, EveryWayToTheForeground) {
     TheDesktop().Windows().RefuseForeground(0);
     TheDesktop().Windows().RefuseThreadAttach(false);
   }
+}
+
+TEST_F(WindowFocusTest, AttachingGivesTheFocusToTheWindowItself) {
+  TheDesktop().User().Click(130, 130);
+  ASSERT_EQ(TheDesktop().Windows().Focus(), edit_);
+  TheDesktop().Windows().SetForeground(AddDialog());
+  TheDesktop().Windows().RefuseForeground(1);
+  EXPECT_EQ(ensureWindowFocus(dialog_), KORVANE_OK);
+  EXPECT_EQ(TheDesktop().Windows().Focus(), dialog_);
 }
 
 TEST_F(WindowFocusTest, Refusals) {

@@ -48,6 +48,12 @@ class FindTargetTest : public DesktopTest {
   standin::Element row_ = 0;
 };
 
+TEST_F(FindTargetTest, SearchTimesAreInMilliseconds) {
+  TheDesktop().Calls().SetCrossProcessCost(1000);
+  EXPECT_EQ(Find(RecordById(u"7")), "7");
+  EXPECT_THAT(Log(), ::testing::Contains("AutomationId search completed in 2000ms"));
+}
+
 TEST_F(FindTargetTest, TheMethodDecidesWhatIsTried) {
   constexpr POINT kElsewhere{5, 5};
   const Lines id = {kTag + "Trying Method 0: AutomationId", kTag + "Method 0 failed, continuing..."};

@@ -89,6 +89,39 @@ TEST_F(KeyboardTest, PartlyAcceptedShortcutFailsAndLeavesNoKeyDown) {
   EXPECT_THAT(Log(), IsEmpty());
 }
 
+// Newest first, so that no key is released under a modifier that it was not pressed under.
+TEST_F(KeyboardTest, WhatIsDownIsReleasedInTheReverseOrder) {
+  const Keys all = {0x11, 0x10, 0x72, -0x72, -0x10, -0x11};
+  const struct {
+    std::uint32_t accepted;
+    Batches releases;
+  } cases[] = {
+      {0, {}},        {1, {{-0x11}}}, {2, {{-0x10, -0x11}}}, {3, {{-0x72, -0x10, -0x11}}}, {4, {{-0x10, -0x11}}},
+      {5, {{-0x11}}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.accepted);
+    TheDesktop().Input().Block(c.accepted);
+    EXPECT_EQ(sendCtrlShiftF3(), KORVANE_FAILED);
+    Batches expected = {all};
+    expected.insert(expected.end(), c.releases.begin(), c.releases.end());
+    EXPECT_EQ(Sent(), expected);
+  }
+  // What a release leaves is released by the next one.
+  TheDesktop().Input().Block(3);
+  TheDesktop().Calls().After("SendInput", 1, [] { TheDesktop().Input().Block(1); });
+  EXPECT_EQ(sendCtrlShiftF3(), KORVANE_FAILED);
+  EXPECT_EQ(Sent(), (Batches{all, {-0x72, -0x10, -0x11}, {-0x10, -0x11}, {-0x11}}));
+  // Three refusals are enough.
+  TheDesktop().Input().Block(2);
+  TheDesktop().Calls().After("SendInput", 1, [] { TheDesktop().Input().Block(0); });
+  EXPECT_EQ(sendCtrlShiftF3(), KORVANE_FAILED);
+  EXPECT_EQ(Sent(), (Batches{all, {-0x10, -0x11}, {-0x10, -0x11}, {-0x10, -0x11}}));
+  TheDesktop().Input().Accept();
+  EXPECT_EQ(sendCtrlShiftF3(), KORVANE_OK);
+  Sent();
+}
+
 TEST_F(KeyboardTest, SingleKeys) {
   struct Case {
     int key;

@@ -36,6 +36,8 @@ TEST_F(PasteDirectTest, WholeLog) {
   EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"beX\xD83Dre");
   EXPECT_EQ(TheDesktop().Windows().Foreground(), window_);
   EXPECT_TRUE(TheDesktop().Input().Sent().empty());
+  const auto trace = TheDesktop().Calls().Trace();
+  EXPECT_EQ(trace.back().call + " " + trace.back().detail, "EM_REPLACESEL canUndo=1 units=2");
 }
 
 TEST_F(PasteDirectTest, OnlyModeOneInserts) {

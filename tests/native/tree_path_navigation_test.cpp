@@ -126,6 +126,16 @@ TEST_F(TreePathNavigationTest, EachLevelTakesTheChildThatItDescribes) {
   }
 }
 
+// Class and type of all candidates come along with the search; each of them asked alone would be a call more.
+TEST_F(TreePathNavigationTest, ALevelIsOneCall) {
+  for (const TargetRecord& record : {InPanel(kEdit, u"Edit", 2), InPanel(kEdit, u"", 3), InPanel(0, u"Edit", 4)}) {
+    const auto before = TheDesktop().Calls().CrossProcessCount();
+    EXPECT_EQ(Follow(record), "4");
+    // The window's element, its class, two levels; and the test's own question for the AutomationId.
+    EXPECT_EQ(TheDesktop().Calls().CrossProcessCount() - before, 5U);
+  }
+}
+
 TEST_F(TreePathNavigationTest, LevelZeroMayBeTheWindowItself) {
   const std::string skipping = "Skipping root window level - className matches: Dialog";
   const struct {

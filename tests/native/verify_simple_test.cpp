@@ -54,6 +54,18 @@ TEST_F(VerifySimpleTest, Matches) {
   }
 }
 
+// Each unit stands between two letters that are compared.
+TEST_F(VerifySimpleTest, WhichUnitsCount) {
+  const standin::TextView counting = u"azAZ09!,-.:?\u00C0\u00FF";
+  const standin::TextView ignored = u"`{@[/; \"\t\u00BF\u0100\u2019";
+  for (const bool counts : {true, false}) {
+    for (const char16_t unit : counts ? counting : ignored) {
+      SCOPED_TRACE(static_cast<unsigned>(unit));
+      EXPECT_EQ(Verify(standin::Text(u"x") + unit + u"y", u"xy"), counts ? KORVANE_NOT_FOUND : KORVANE_OK);
+    }
+  }
+}
+
 TEST_F(VerifySimpleTest, BlocksByteForByte) {
   const std::string x150(150, 'x');
   const std::string x100 = x150.substr(0, 100);

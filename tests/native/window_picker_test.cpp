@@ -53,6 +53,19 @@ TEST_F(WindowPickerTest, ClickOnAButtonGivesTheTopOfTheOwnersAndPressesNothing) 
   EXPECT_THAT(Log(), IsEmpty());
 }
 
+TEST_F(WindowPickerTest, TheClickItselfTakesTheHookAway) {
+  ClickLater(5, 130, 130);
+  bool looked = false;
+  TheDesktop().Clock().After(5, [&looked] {
+    looked = true;
+    EXPECT_EQ(TheDesktop().Host().HookCount(), 0);
+    EXPECT_EQ(GetPropW(GetDesktopWindow(), u"MouseHook"), nullptr);
+    EXPECT_EQ(TheDesktop().User().CursorShape(), "arrow");
+  });
+  EXPECT_EQ(findWindowByClick(), main_);
+  EXPECT_TRUE(looked);
+}
+
 TEST_F(WindowPickerTest, EachCallTakesItsOwnClick) {
   const HWND other = TheDesktop().Windows().Add({.className = u"Other", .rect = {800, 0, 900, 100}});
   ClickLater(5, 850, 50);
