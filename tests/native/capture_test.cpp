@@ -22,13 +22,11 @@ std::string ConsoleHandle(HWND window) {
 }
 
 // A dialog with an edit and, below it, a row without a window.
-class CaptureTest : public DesktopTest {
+class CaptureTest : public FormTest {
  protected:
   void SetUp() override {
-    DesktopTest::SetUp();
-    dialog_ = AddDialog();
-    edit_ = AddControl(dialog_, u"Edit", 7);
-    row_ = TheDesktop().Elements().Add(dialog_, {.className = u"Row", .name = u"First", .rect = {120, 200, 320, 220}});
+    FormTest::SetUp();
+    row_ = TheDesktop().Elements().Add(window_, {.className = u"Row", .name = u"First", .rect = {120, 200, 320, 220}});
     std::memset(&record_, 0xAB, sizeof record_);
   }
 
@@ -56,8 +54,6 @@ class CaptureTest : public DesktopTest {
     return trace;
   }
 
-  HWND dialog_ = nullptr;
-  HWND edit_ = nullptr;
   standin::Element row_ = 0;
   TargetRecord record_;
 };
@@ -196,8 +192,8 @@ TEST_F(CaptureTest, NamesAndIdsOfEveryKind) {
 
 TEST_F(CaptureTest, WithoutAWindowOfItsOwnAnElementGetsTheOneAtThePointOrAboveIt) {
   EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), KORVANE_OK);
-  EXPECT_EQ(record_.hwnd, dialog_);
-  const std::string handle = Hexadecimal(dialog_);
+  EXPECT_EQ(record_.hwnd, window_);
+  const std::string handle = Hexadecimal(window_);
   Lines log = Log();
   const auto steps = [](Lines& lines) {
     std::erase_if(lines, [](const std::string& line) {
@@ -212,7 +208,7 @@ TEST_F(CaptureTest, WithoutAWindowOfItsOwnAnElementGetsTheOneAtThePointOrAboveIt
 
   TheDesktop().Faults().FailNth("WindowFromPoint", 1);
   EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), KORVANE_OK);
-  EXPECT_EQ(record_.hwnd, dialog_);
+  EXPECT_EQ(record_.hwnd, window_);
   log = Log();
   EXPECT_THAT(steps(log), ElementsAre("[captureTargetAtPoint] Element has no HWND, trying WindowFromPoint fallback",
                                       "[GetWindowFromCoordinates] Point (150, 210) -> HWND: 0x0",
@@ -222,7 +218,7 @@ TEST_F(CaptureTest, WithoutAWindowOfItsOwnAnElementGetsTheOneAtThePointOrAboveIt
                                       "[captureTargetAtPoint] Captured HWND: 0x" + handle));
 
   TheDesktop().Faults().FailNth("WindowFromPoint", 1);
-  TheDesktop().Elements().FailProperty(TheDesktop().Elements().Of(dialog_), 30020);
+  TheDesktop().Elements().FailProperty(TheDesktop().Elements().Of(window_), 30020);
   TheDesktop().Elements().FailProperty(TheDesktop().Elements().Root(), 30020);
   EXPECT_EQ(captureTargetAtPoint(&record_, kOverRow.x, kOverRow.y), KORVANE_OK);
   EXPECT_EQ(record_.hwnd, nullptr);
@@ -257,7 +253,7 @@ TEST_F(CaptureTest, TheNearestWindowIsLookedForTwentyLevelsUp) {
   const std::string notFound = std::string(kTag) + "No HWND found after walking up 20 levels";
   const std::string reached = std::string(kTag) + "Reached tree root or error at depth ";
   const auto found = [&](int depth) {
-    return std::string(kTag) + "Found HWND at depth " + std::to_string(depth) + ": 0x" + Hexadecimal(dialog_);
+    return std::string(kTag) + "Found HWND at depth " + std::to_string(depth) + ": 0x" + Hexadecimal(window_);
   };
   const struct {
     int depth;
@@ -265,15 +261,15 @@ TEST_F(CaptureTest, TheNearestWindowIsLookedForTwentyLevelsUp) {
     HWND window;
     Lines lines;
   } cases[] = {
-      {1, 0, dialog_, {found(1)}},
-      {20, 0, dialog_, {found(20)}},
+      {1, 0, window_, {found(1)}},
+      {20, 0, window_, {found(20)}},
       {21, 0, nullptr, {notFound}},
       {25, 0, nullptr, {notFound}},
       {25, 4, nullptr, {reached + "3", notFound}},
       {2, 1, nullptr, {reached + "0", notFound}},
   };
   for (const auto& c : cases) {
-    auto parent = TheDesktop().Elements().Add(dialog_, {.rect = {400, 300, 420, 320}});
+    auto parent = TheDesktop().Elements().Add(window_, {.rect = {400, 300, 420, 320}});
     for (int i = 1; i < c.depth; ++i) {
       parent = TheDesktop().Elements().Add(parent, {.rect = {400, 300, 420, 320}});
     }
@@ -314,13 +310,13 @@ TEST_F(CaptureTest, TheNearestWindowOfOddElements) {
 }
 
 TEST_F(CaptureTest, AtTheCursorChoosesThePathAndTracesToTheConsole) {
-  TheDesktop().Windows().SetForeground(dialog_);
+  TheDesktop().Windows().SetForeground(window_);
   TheDesktop().User().MoveCursor(kOverEdit.x, kOverEdit.y);
   // The mouse moves on while the element is looked up.
   TheDesktop().Calls().After("IUIAutomation::ElementFromPoint", 1, [] { TheDesktop().User().MoveCursor(151, 132); });
   const std::string trace = TraceOfCaptureAtCursor(0);
   EXPECT_TRUE(SameBytes(record_, ExpectedOfEdit(151, 132, 3)));
-  EXPECT_EQ(trace, "=== CAPTURE START ===\ntargetWindow: 0x" + ConsoleHandle(dialog_) +
+  EXPECT_EQ(trace, "=== CAPTURE START ===\ntargetWindow: 0x" + ConsoleHandle(window_) +
                        "\nInitialized target, identificationMethod = -1\n"
                        "GetElementAtCursor: Starting cursor detection\n"
                        "Cursor position: (150, 130)\n"
@@ -357,7 +353,7 @@ TEST_F(CaptureTest, AtTheCursorWithoutPathWindowOrSecondReading) {
   TheDesktop().Faults().FailNth("GetCursorPos", 2);
   trace = TraceOfCaptureAtCursor(0);
   EXPECT_THAT(trace, Not(::testing::HasSubstr("Captured coordinates")));
-  EXPECT_EQ(record_.hwnd, dialog_);
+  EXPECT_EQ(record_.hwnd, window_);
   EXPECT_EQ(record_.x, 0);
   EXPECT_EQ(record_.y, 0);
 
@@ -366,8 +362,8 @@ TEST_F(CaptureTest, AtTheCursorWithoutPathWindowOrSecondReading) {
   EXPECT_THAT(
       TraceOfCaptureAtCursor(0),
       ::testing::HasSubstr("WindowFromPoint failed, trying tree walk fallback\nTree walk fallback succeeded\n"));
-  EXPECT_EQ(record_.hwnd, dialog_);
-  for (const auto element : {TheDesktop().Elements().Of(dialog_), TheDesktop().Elements().Root()}) {
+  EXPECT_EQ(record_.hwnd, window_);
+  for (const auto element : {TheDesktop().Elements().Of(window_), TheDesktop().Elements().Root()}) {
     TheDesktop().Elements().FailProperty(element, 30020);
   }
   EXPECT_THAT(TraceOfCaptureAtCursor(0),

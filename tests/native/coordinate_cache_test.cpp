@@ -9,22 +9,13 @@
 namespace tests {
 namespace {
 
-class CoordinateCacheTest : public DesktopTest {
+class CoordinateCacheTest : public FormTest {
  protected:
-  void SetUp() override {
-    DesktopTest::SetUp();
-    dialog_ = AddDialog();
-    edit_ = AddControl(dialog_, u"Edit", 7, {120, 120, 320, 150});
-  }
-
   // The point, or "none".
   static std::string Remembered(HWND window, const TargetRecord& record) {
     const auto point = FindCachedPoint(CacheKey(window, record));
     return point ? std::to_string(point->x) + " " + std::to_string(point->y) : "none";
   }
-
-  HWND dialog_ = nullptr;
-  HWND edit_ = nullptr;
 };
 
 std::string KeyOf(HWND window, std::u16string_view id) {
@@ -33,24 +24,19 @@ std::string KeyOf(HWND window, std::u16string_view id) {
 
 TEST_F(CoordinateCacheTest, VerifyingATargetRemembersItsCentre) {
   const TargetRecord record = RecordById(u"7");
-  EXPECT_EQ(verifyTarget(&record, dialog_), KORVANE_OK);
-  const Lines log = Log();
-  EXPECT_EQ(
-      log,
-      (Lines{"[verifyTarget] Called", "[FindTargetElement] Starting with identification method: 0",
-             "[FindTargetElement] Trying Method 0: AutomationId",
-             "[FindElementByAutomationId] Starting AutomationId search", "AutomationId search completed in 0ms",
-             "[FindTargetElement] SUCCESS with Method 0: AutomationId",
-             "[verifyTarget] SUCCESS: Target element found and verified", "[CACHE] Stored coordinates for target"}));
-  EXPECT_EQ(Remembered(dialog_, record), "220 135");
+  EXPECT_EQ(verifyTarget(&record, window_), KORVANE_OK);
+  EXPECT_EQ(Log(), (Lines{"[verifyTarget] Called"} + kFoundById +
+                    Lines{"[verifyTarget] SUCCESS: Target element found and verified",
+                          "[CACHE] Stored coordinates for target"}));
+  EXPECT_EQ(Remembered(window_, record), "220 135");
   // The second time replaces the point; a cleanup in between forgets nothing.
   TheDesktop().Windows().MoveTo(edit_, 130, 121);
   cleanupAutomation();
-  EXPECT_EQ(Remembered(dialog_, record), "220 135");
-  EXPECT_EQ(verifyTarget(&record, dialog_), KORVANE_OK);
-  EXPECT_EQ(Remembered(dialog_, record), "230 136");
+  EXPECT_EQ(Remembered(window_, record), "220 135");
+  EXPECT_EQ(verifyTarget(&record, window_), KORVANE_OK);
+  EXPECT_EQ(Remembered(window_, record), "230 136");
   clearElementCache();
-  EXPECT_EQ(Remembered(dialog_, record), "none");
+  EXPECT_EQ(Remembered(window_, record), "none");
 }
 
 TEST_F(CoordinateCacheTest, TheCentreHalvesTheExtent) {
@@ -75,38 +61,38 @@ TEST_F(CoordinateCacheTest, TheCentreHalvesTheExtent) {
 
 TEST_F(CoordinateCacheTest, VerifyingRefuses) {
   TargetRecord record = RecordById(u"7");
-  ASSERT_EQ(setTargetWindow(dialog_), KORVANE_OK);
+  ASSERT_EQ(setTargetWindow(window_), KORVANE_OK);
   const Lines invalid = {"[verifyTarget] Called", "[verifyTarget] ERROR: Invalid parameters",
                          "ERROR verifyTarget Code:-2 Details:Invalid parameters"};
   EXPECT_EQ(verifyTarget(&record, nullptr), KORVANE_INVALID_ARGUMENT) << "the target window does not stand in";
   EXPECT_EQ(Log(), invalid);
-  EXPECT_EQ(verifyTarget(nullptr, dialog_), KORVANE_INVALID_ARGUMENT);
+  EXPECT_EQ(verifyTarget(nullptr, window_), KORVANE_INVALID_ARGUMENT);
   EXPECT_EQ(Log(), invalid);
 
   cleanupAutomation();
   OpenLog();
   TheDesktop().Faults().FailNth("CoCreateInstance", 1);
-  EXPECT_EQ(verifyTarget(&record, dialog_), KORVANE_FAILED);
+  EXPECT_EQ(verifyTarget(&record, window_), KORVANE_FAILED);
   EXPECT_EQ(Log(),
             (Lines{"[verifyTarget] Called", "ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed",
                    "[verifyTarget] ERROR: Failed to initialize automation"}));
 
   record = RecordById(u"absent");
-  EXPECT_EQ(verifyTarget(&record, dialog_), KORVANE_NOT_FOUND);
+  EXPECT_EQ(verifyTarget(&record, window_), KORVANE_NOT_FOUND);
   const Lines log = Log();
   EXPECT_EQ(Lines(log.end() - 2, log.end()), (Lines{"[verifyTarget] Target element not found",
                                                     "ERROR verifyTarget Code:-1 Details:Target element not found"}));
-  EXPECT_EQ(Remembered(dialog_, record), "none");
+  EXPECT_EQ(Remembered(window_, record), "none");
 }
 
 TEST_F(CoordinateCacheTest, WithoutARectangleOrMemoryNothingIsStored) {
   const TargetRecord record = RecordById(u"7");
   TheDesktop().Elements().FailRectangle(TheDesktop().Elements().Of(edit_));
-  EXPECT_EQ(verifyTarget(&record, dialog_), KORVANE_OK);
+  EXPECT_EQ(verifyTarget(&record, window_), KORVANE_OK);
   EXPECT_EQ(Log().back(), "[verifyTarget] SUCCESS: Target element found and verified");
-  EXPECT_EQ(Remembered(dialog_, record), "none");
+  EXPECT_EQ(Remembered(window_, record), "none");
 
-  const CacheKey key(dialog_, record);
+  const CacheKey key(window_, record);
   allocations::FailFromNth(1);
   EXPECT_FALSE(StoreCachedPoint(key, {1, 2}));
   allocations::StopFailing();
@@ -116,16 +102,16 @@ TEST_F(CoordinateCacheTest, WithoutARectangleOrMemoryNothingIsStored) {
 TEST_F(CoordinateCacheTest, KeysTellWindowsAndIdsApart) {
   char digits[24];
   std::snprintf(digits, sizeof digits,
-                "%016llX:", static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(dialog_)));
+                "%016llX:", static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(window_)));
   const std::string prefix = digits;
   const HWND other = AddDialog();
-  EXPECT_EQ(KeyOf(dialog_, u"7"), prefix + "7");
-  EXPECT_EQ(KeyOf(dialog_, u""), prefix);
-  EXPECT_NE(KeyOf(dialog_, u"7"), KeyOf(other, u"7"));
-  EXPECT_EQ(KeyOf(dialog_, u"\xe9\x4e2d\xd83d\xde00"), prefix + "\xc3\xa9\xe4\xb8\xad\xf0\x9f\x98\x80");
+  EXPECT_EQ(KeyOf(window_, u"7"), prefix + "7");
+  EXPECT_EQ(KeyOf(window_, u""), prefix);
+  EXPECT_NE(KeyOf(window_, u"7"), KeyOf(other, u"7"));
+  EXPECT_EQ(KeyOf(window_, u"\xe9\x4e2d\xd83d\xde00"), prefix + "\xc3\xa9\xe4\xb8\xad\xf0\x9f\x98\x80");
   // Halves of pairs have one form in UTF-8, whatever they are.
-  EXPECT_EQ(KeyOf(dialog_, u"a\xd83d"), prefix + "a\xef\xbf\xbd");
-  EXPECT_EQ(KeyOf(dialog_, u"a\xde00"), prefix + "a\xef\xbf\xbd");
+  EXPECT_EQ(KeyOf(window_, u"a\xd83d"), prefix + "a\xef\xbf\xbd");
+  EXPECT_EQ(KeyOf(window_, u"a\xde00"), prefix + "a\xef\xbf\xbd");
 }
 
 TEST_F(CoordinateCacheTest, LongIdsKeepTheirKeysApartAsFarAsTheTextGoes) {
@@ -135,32 +121,32 @@ TEST_F(CoordinateCacheTest, LongIdsKeepTheirKeysApartAsFarAsTheTextGoes) {
     id[at] = u'x';
     return id;
   };
-  EXPECT_EQ(KeyOf(dialog_, longest).size(), 255U);
-  EXPECT_NE(KeyOf(dialog_, longest), KeyOf(dialog_, changed(longest, 237)));
-  EXPECT_EQ(KeyOf(dialog_, longest), KeyOf(dialog_, changed(longest, 238)));
+  EXPECT_EQ(KeyOf(window_, longest).size(), 255U);
+  EXPECT_NE(KeyOf(window_, longest), KeyOf(window_, changed(longest, 237)));
+  EXPECT_EQ(KeyOf(window_, longest), KeyOf(window_, changed(longest, 238)));
 
   // Three bytes a unit: 85 units fit the conversion, 86 do not, and such ids still have keys of their own.
   const std::u16string fits(85, u'\x4e2d');
   const std::u16string tooLong(86, u'\x4e2d');
   const std::u16string farTooLong(255, u'\x4e2d');
-  EXPECT_EQ(KeyOf(dialog_, fits).size(), 255U);
-  const std::vector<std::string> keys = {KeyOf(dialog_, fits),
-                                         KeyOf(dialog_, tooLong),
-                                         KeyOf(dialog_, changed(tooLong, 85)),
-                                         KeyOf(dialog_, farTooLong),
-                                         KeyOf(dialog_, changed(farTooLong, 254)),
+  EXPECT_EQ(KeyOf(window_, fits).size(), 255U);
+  const std::vector<std::string> keys = {KeyOf(window_, fits),
+                                         KeyOf(window_, tooLong),
+                                         KeyOf(window_, changed(tooLong, 85)),
+                                         KeyOf(window_, farTooLong),
+                                         KeyOf(window_, changed(farTooLong, 254)),
                                          KeyOf(AddDialog(), tooLong)};
   EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()).size(), keys.size());
-  EXPECT_EQ(KeyOf(dialog_, tooLong), keys[1]);
+  EXPECT_EQ(KeyOf(window_, tooLong), keys[1]);
 }
 
 TEST_F(CoordinateCacheTest, AKeyReadsNothingBehindTheId) {
   auto unterminated = std::make_unique<TargetRecord>();
   std::fill(std::begin(unterminated->automationId), std::end(unterminated->automationId), u'\x100');
   TargetRecord cut = RecordById(std::u16string(255, u'\x100'));
-  EXPECT_EQ(CacheKey(dialog_, *unterminated).Text(), CacheKey(dialog_, cut).Text());
+  EXPECT_EQ(CacheKey(window_, *unterminated).Text(), CacheKey(window_, cut).Text());
   unterminated->hwnd = edit_;
-  EXPECT_EQ(CacheKey(dialog_, *unterminated).Text(), CacheKey(dialog_, cut).Text());
+  EXPECT_EQ(CacheKey(window_, *unterminated).Text(), CacheKey(window_, cut).Text());
 }
 
 TEST_F(CoordinateCacheTest, StatisticsOfTheClicks) {
@@ -176,10 +162,10 @@ TEST_F(CoordinateCacheTest, StatisticsOfTheClicks) {
   } cases[] = {{3, 1, "75.0"}, {0, 2, "0.0"}, {2, 1, "66.7"}, {999, 1, "99.9"}};
   for (const auto& c : cases) {
     for (int i = 0; i < c.misses; ++i) {
-      clickTarget(c.hits > 0 ? &found : &absent, dialog_);
+      clickTarget(c.hits > 0 ? &found : &absent, window_);
     }
     for (int i = 0; i < c.hits; ++i) {
-      EXPECT_EQ(clickTarget(&found, dialog_), KORVANE_OK);
+      EXPECT_EQ(clickTarget(&found, window_), KORVANE_OK);
     }
     ForgetLog();
     clearElementCache();
@@ -188,16 +174,16 @@ TEST_F(CoordinateCacheTest, StatisticsOfTheClicks) {
                                    cleared));
     clearElementCache();
     EXPECT_THAT(Log(), ElementsAre(cleared)) << "the counters are 0 again";
-    EXPECT_EQ(Remembered(dialog_, found), "none");
+    EXPECT_EQ(Remembered(window_, found), "none");
   }
 }
 
 TEST_F(CoordinateCacheTest, AClosedLogStillLetsTheCacheBeEmptied) {
   const TargetRecord record = RecordById(u"7");
-  EXPECT_EQ(clickTarget(&record, dialog_), KORVANE_OK);
+  EXPECT_EQ(clickTarget(&record, window_), KORVANE_OK);
   cleanupAutomation();
   EXPECT_THAT(CallsOf(clearElementCache), IsEmpty());
-  EXPECT_EQ(Remembered(dialog_, record), "none");
+  EXPECT_EQ(Remembered(window_, record), "none");
   OpenLog();
   ForgetLog();
   clearElementCache();
@@ -207,10 +193,10 @@ TEST_F(CoordinateCacheTest, AClosedLogStillLetsTheCacheBeEmptied) {
 TEST_F(CoordinateCacheTest, RecordsWithoutAnIdShareAPointThatOnlyVerifyingStores) {
   const TargetRecord atEdit = RecordAt(130, 130);
   const TargetRecord elsewhere = RecordAt(400, 390);
-  EXPECT_EQ(clickTarget(&atEdit, dialog_), KORVANE_OK);
-  EXPECT_EQ(Remembered(dialog_, atEdit), "none");
-  EXPECT_EQ(verifyTarget(&atEdit, dialog_), KORVANE_OK);
-  EXPECT_EQ(clickTarget(&elsewhere, dialog_), KORVANE_OK);
+  EXPECT_EQ(clickTarget(&atEdit, window_), KORVANE_OK);
+  EXPECT_EQ(Remembered(window_, atEdit), "none");
+  EXPECT_EQ(verifyTarget(&atEdit, window_), KORVANE_OK);
+  EXPECT_EQ(clickTarget(&elsewhere, window_), KORVANE_OK);
   const POINT cursor = TheDesktop().User().Cursor();
   EXPECT_EQ(cursor.x, 220);
   EXPECT_EQ(cursor.y, 135);
@@ -222,7 +208,7 @@ TEST_F(CoordinateCacheTest, RemembersEveryPointOfMany) {
   // Of many lengths, with one to three bytes a unit.
   const auto keyOf = [this](LONG number) {
     const standin::Text filling(static_cast<std::size_t>(number % 200), u'x');
-    return CacheKey(dialog_, RecordById(filling + static_cast<char16_t>(0x40 + number / 200)));
+    return CacheKey(window_, RecordById(filling + static_cast<char16_t>(0x40 + number / 200)));
   };
   const std::size_t blocks = allocations::BlocksInUse();
   for (LONG i = 0; i < kMany; ++i) {

@@ -26,69 +26,73 @@ Failures operator+(Failures some, const Failures& more) {
   return some;
 }
 
-const Failures kNoContext = {{-3, "ERROR InitializeAutomation Code:-3 Details:COM initialization failed"},
-                             {-3, "ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed"}};
+const Failures kNoContext = {
+    {KORVANE_FAILED, "ERROR InitializeAutomation Code:-3 Details:COM initialization failed"},
+    {KORVANE_FAILED, "ERROR InitializeAutomation Code:-3 Details:UI Automation creation failed"}};
 
-const Failures kCaptureAtPoint = {{-1, "ERROR captureTargetAtPoint Code:-1 Details:No element found at point"},
-                                  {-2, "ERROR captureTargetAtPoint Code:-2 Details:target parameter is null"},
-                                  {-3, "[captureTargetAtPoint] ERROR: Failed to initialize automation"}};
+const Failures kCaptureAtPoint = {
+    {KORVANE_NOT_FOUND, "ERROR captureTargetAtPoint Code:-1 Details:No element found at point"},
+    {KORVANE_INVALID_ARGUMENT, "ERROR captureTargetAtPoint Code:-2 Details:target parameter is null"},
+    {KORVANE_FAILED, "[captureTargetAtPoint] ERROR: Failed to initialize automation"}};
 
 // Its steps go to the standard output.
-const Failures kCaptureAtCursor = {{-1, nullptr}};
+const Failures kCaptureAtCursor = {{KORVANE_NOT_FOUND, nullptr}};
 
-const Failures kVerify = {{-1, "ERROR verifyTarget Code:-1 Details:Target element not found"},
-                          {-3, "[verifyTarget] ERROR: Failed to initialize automation"}};
+const Failures kVerify = {{KORVANE_NOT_FOUND, "ERROR verifyTarget Code:-1 Details:Target element not found"},
+                          {KORVANE_FAILED, "[verifyTarget] ERROR: Failed to initialize automation"}};
 
 // Input that is not accepted has no line.
-const Failures kInput = {{-3, nullptr}};
+const Failures kInput = {{KORVANE_FAILED, nullptr}};
 
-const Failures kClick = kNoContext + Failures{{-1, "ERROR clickTarget Code:-1 Details:Target element not found"},
-                                              {-1, "ERROR clickTarget Code:-1 Details:Target window not found"},
-                                              {-2, "ERROR clickTarget Code:-2 Details:No target window specified"},
-                                              {-3, "ERROR clickTarget Code:-3 Details:Failed to get clickable point"},
-                                              {-3, "[FindTargetElement] SUCCESS with Method 0: AutomationId"},
-                                              {-3,
-                                               "[FindTargetElement] SUCCESS with Method 2: Coordinates (verified "
-                                               "window)"},
-                                              {-3, "[FindTargetElement] SUCCESS with Method 3: Tree Path"}};
+const Failures kClick =
+    kNoContext + Failures{{KORVANE_NOT_FOUND, "ERROR clickTarget Code:-1 Details:Target element not found"},
+                          {KORVANE_NOT_FOUND, "ERROR clickTarget Code:-1 Details:Target window not found"},
+                          {KORVANE_INVALID_ARGUMENT, "ERROR clickTarget Code:-2 Details:No target window specified"},
+                          {KORVANE_FAILED, "ERROR clickTarget Code:-3 Details:Failed to get clickable point"},
+                          {KORVANE_FAILED, "[FindTargetElement] SUCCESS with Method 0: AutomationId"},
+                          {KORVANE_FAILED, "[FindTargetElement] SUCCESS with Method 2: Coordinates (verified window)"},
+                          {KORVANE_FAILED, "[FindTargetElement] SUCCESS with Method 3: Tree Path"}};
 
-const Failures kFocus = {{-1, "ERROR ensureWindowFocus Code:-1 Details:Window not found"},
-                         {-3, "ERROR ensureWindowFocus Code:-3 Details:Window not in foreground after focus attempt"}};
+const Failures kFocus = {
+    {KORVANE_NOT_FOUND, "ERROR ensureWindowFocus Code:-1 Details:Window not found"},
+    {KORVANE_FAILED, "ERROR ensureWindowFocus Code:-3 Details:Window not in foreground after focus attempt"}};
 
 const Failures kVerifiedPaste = {
-    {-1, "[pasteToTargetWithVerifyEx] clickTarget failed with code: -1"},
-    {-1, "[pasteToTargetWithVerifyEx] ERROR: Could not find target element for verification"},
-    {-3, "[pasteToTargetWithVerifyEx] clickTarget failed with code: -3"},
-    {-3, "[pasteToTargetWithVerifyEx] SendInput failed - expected 4, got: 0"}};
+    {KORVANE_NOT_FOUND, "[pasteToTargetWithVerifyEx] clickTarget failed with code: -1"},
+    {KORVANE_NOT_FOUND, "[pasteToTargetWithVerifyEx] ERROR: Could not find target element for verification"},
+    {KORVANE_FAILED, "[pasteToTargetWithVerifyEx] clickTarget failed with code: -3"},
+    {KORVANE_FAILED, "[pasteToTargetWithVerifyEx] SendInput failed - expected 4, got: 0"}};
 
-const Failures kDirectPaste = {{-1, "[pasteToTargetDirect] ERROR: Could not find target element"},
-                               {-1, "[pasteToTargetDirect] ERROR: Could not get native window handle from element"}};
+const Failures kDirectPaste = {
+    {KORVANE_NOT_FOUND, "[pasteToTargetDirect] ERROR: Could not find target element"},
+    {KORVANE_NOT_FOUND, "[pasteToTargetDirect] ERROR: Could not get native window handle from element"}};
 
-const Failures kClipboard = {{-3, "ERROR setClipboardText Code:-3 Details:Failed to allocate global memory"},
-                             {-3, "ERROR setClipboardText Code:-3 Details:Failed to lock global memory"},
-                             {-3, "ERROR setClipboardText Code:-3 Details:Failed to open clipboard after retries"},
-                             {-3, "ERROR setClipboardText Code:-3 Details:Failed to empty clipboard"},
-                             {-3, "ERROR setClipboardText Code:-3 Details:Failed to set clipboard data"},
-                             {-3, "ERROR setClipboardText Code:-3 Details:Clipboard verification failed"}};
+const Failures kClipboard = {
+    {KORVANE_FAILED, "ERROR setClipboardText Code:-3 Details:Failed to allocate global memory"},
+    {KORVANE_FAILED, "ERROR setClipboardText Code:-3 Details:Failed to lock global memory"},
+    {KORVANE_FAILED, "ERROR setClipboardText Code:-3 Details:Failed to open clipboard after retries"},
+    {KORVANE_FAILED, "ERROR setClipboardText Code:-3 Details:Failed to empty clipboard"},
+    {KORVANE_FAILED, "ERROR setClipboardText Code:-3 Details:Failed to set clipboard data"},
+    {KORVANE_FAILED, "ERROR setClipboardText Code:-3 Details:Clipboard verification failed"}};
 
 const Failures kClipboardWithHtml = {
-    {-3, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to allocate global memory (text)"},
-    {-3, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to allocate global memory (html)"},
-    {-3, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to lock global memory (text)"},
-    {-3, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to lock global memory (html)"},
-    {-3, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to open clipboard after retries"},
-    {-3, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to empty clipboard"},
-    {-3, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to set unicode clipboard data"},
-    {-3, "ERROR setClipboardTextAndHtml Code:-3 Details:Clipboard verification failed"}};
+    {KORVANE_FAILED, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to allocate global memory (text)"},
+    {KORVANE_FAILED, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to allocate global memory (html)"},
+    {KORVANE_FAILED, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to lock global memory (text)"},
+    {KORVANE_FAILED, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to lock global memory (html)"},
+    {KORVANE_FAILED, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to open clipboard after retries"},
+    {KORVANE_FAILED, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to empty clipboard"},
+    {KORVANE_FAILED, "ERROR setClipboardTextAndHtml Code:-3 Details:Failed to set unicode clipboard data"},
+    {KORVANE_FAILED, "ERROR setClipboardTextAndHtml Code:-3 Details:Clipboard verification failed"}};
 
-const Failures kRead = {{-1, "getTargetText: ERROR - Failed to allocate memory"},
-                        {-1, "getTargetText: FAILED - No element found"},
-                        {-1, "getTargetText: FAILED - No text found in any property"}};
+const Failures kRead = {{KORVANE_NOT_FOUND, "getTargetText: ERROR - Failed to allocate memory"},
+                        {KORVANE_NOT_FOUND, "getTargetText: FAILED - No element found"},
+                        {KORVANE_NOT_FOUND, "getTargetText: FAILED - No text found in any property"}};
 
 // The line of the last attempt.
-const Failures kWait = {{-3, "getTargetText: FAILED - No element found"},
-                        {-3, "getTargetText: FAILED - No text found in any property"},
-                        {-3, "getTargetText: SUCCESS with UIA_ValueValuePropertyId - Text: shown text"}};
+const Failures kWait = {{KORVANE_FAILED, "getTargetText: FAILED - No element found"},
+                        {KORVANE_FAILED, "getTargetText: FAILED - No text found in any property"},
+                        {KORVANE_FAILED, "getTargetText: SUCCESS with UIA_ValueValuePropertyId - Text: shown text"}};
 
 // ---- Circumstances ----
 
@@ -203,127 +207,206 @@ Form BuildForm() {
 
 const std::vector<Scenario>& Scenarios() {
   static const std::vector<Scenario> all = {
-      {"initializeAutomation", [](Form&) { return initializeAutomation(); }, kNoContext},
-      {"setTargetWindow", [](Form& f) { return setTargetWindow(f.window); }, kNoContext},
-      {"delay",
-       [](Form&) {
-         delay(3);
-         return 0;
-       }},
-      {"initializeLog, default",
-       [](Form&) {
-         initializeLog(nullptr);
-         return 0;
-       }},
-      {"logAction",
-       [](Form&) {
-         logAction(u"step", 0, 1);
-         logActionWithTimestamp(u"step", 0, 1, 0);
-         return 0;
-       }},
-
-      {"captureTargetAtPoint, edit", [](Form& f) { return captureTargetAtPoint(&f.captured, 150, 130); },
-       kCaptureAtPoint, 0, [](Form&) {}, CheckCapturedAtPoint},
-      {"captureTargetAtPoint, part without window", [](Form& f) { return captureTargetAtPoint(&f.captured, 150, 210); },
-       kCaptureAtPoint, 0, [](Form&) {}, CheckCapturedAtPoint},
-      {"captureTargetAtPoint, null", [](Form&) { return captureTargetAtPoint(nullptr, 1, 1); }, kCaptureAtPoint, -2},
-      {"captureTargetAtCursor", [](Form& f) { return captureTargetAtCursor(&f.captured); }, kCaptureAtCursor, 0,
-       [](Form&) {}, CheckCapturedAtCursor},
-
-      {"verifyTarget, id", [](Form& f) { return verifyTarget(&f.byId, f.window); }, kVerify},
-      {"verifyTarget, path", [](Form& f) { return verifyTarget(&f.byPath, f.window); }, kVerify},
-      {"verifyTarget, point", [](Form& f) { return verifyTarget(&f.byPoint, f.window); }, kVerify},
-      {"verifyTarget, windowless", [](Form& f) { return verifyTarget(&f.windowless, f.window); }, kVerify},
-      {"verifyTarget, other window", [](Form& f) { return verifyTarget(&f.byPoint, f.other); }, kVerify, -1},
-      {"clearElementCache",
-       [](Form&) {
-         clearElementCache();
-         return 0;
-       }},
-
-      {"clickTarget, id", [](Form& f) { return clickTarget(&f.byId, f.window); }, kClick, 0, [](Form&) {}, CheckClicks},
-      {"clickTarget, path", [](Form& f) { return clickTarget(&f.byPath, f.window); }, kClick, 0, [](Form&) {},
-       CheckClicks},
-      {"clickTarget, point", [](Form& f) { return clickTarget(&f.byPoint, f.window); }, kClick, 0, [](Form&) {},
-       CheckClicks},
-      {"clickTarget, remembered", [](Form& f) { return clickTarget(&f.byId, f.window); }, kClick, 0,
-       [](Form& f) { verifyTarget(&f.byId, f.window); }, CheckClicks},
-      {"clickTarget, no window", [](Form& f) { return clickTarget(&f.byId, nullptr); }, kClick, -2, [](Form&) {},
-       CheckClicks},
-      {"clickTarget, no clickable point", [](Form& f) { return clickTarget(&f.byId, f.window); }, kClick, 0,
-       [](Form& f) { TheDesktop().Elements().SetClickablePoint(TheDesktop().Elements().Of(f.edit), std::nullopt); },
-       CheckClicks},
-      {"ensureWindowFocus", [](Form& f) { return ensureWindowFocus(f.window); }, kFocus},
-      {"ensureWindowFocus, minimised and refused", [](Form& f) { return ensureWindowFocus(f.window); }, kFocus, 0,
-       [](Form& f) {
-         TheDesktop().Windows().Minimize(f.window);
-         TheDesktop().Windows().RefuseForeground(1);
-       }},
-
-      {"pasteToTargetWithVerifyEx", [](Form& f) { return pasteToTargetWithVerifyEx(&f.byPath, f.window, 40); },
-       kVerifiedPaste, 0, [](Form&) {}, CheckPasted},
-      {"pasteToTargetWithVerify, id", [](Form& f) { return pasteToTargetWithVerify(&f.byId, f.window); },
-       kVerifiedPaste, 0, [](Form&) {}, CheckPasted},
-      {"pasteToTargetDirect, caret", [](Form& f) { return pasteToTargetDirect(&f.byId, f.window, u"direct", 1); },
-       kDirectPaste, 0, ShowText},
-      {"pasteToTargetDirect, all", [](Form& f) { return pasteToTargetDirect(&f.byPath, f.window, u"direct", 0); },
-       kDirectPaste, 0, ShowText},
-      {"pasteToTargetSimple", [](Form& f) { return pasteToTargetSimple(&f.byId, f.window); }, kInput},
-
-      {"sendKey", [](Form&) { return sendKey(0x41); }, kInput},
-      {"sendKeySequence", [](Form&) { return sendKeySequence(u"Ab!", 1); }, kInput},
-      {"sendCtrlShiftF3", [](Form&) { return sendCtrlShiftF3(); }, kInput},
-
-      {"setClipboardText", [](Form&) { return setClipboardText(u"text"); }, kClipboard, 0, [](Form&) {},
-       CheckClipboard},
-      {"setClipboardText, held", [](Form&) { return setClipboardText(u"text"); }, kClipboard, -3,
-       [](Form&) { TheDesktop().Clipboard().Hold(-1); }},
-      {"setClipboardTextAndHtml", [](Form&) { return setClipboardTextAndHtml(u"text", "<b>text</b>"); },
-       kClipboardWithHtml, 0, [](Form&) {}, CheckClipboardWithHtml},
-
-      {"getTargetText", [](Form& f) { return ReadText(f, f.byPath); }, kRead, 0, ShowText, CheckRead},
-      {"isTargetEmpty", [](Form& f) { return isTargetEmpty(&f.byId, f.window); }, kRead, 0, ShowText},
-      {"targetContainsText", [](Form& f) { return targetContainsText(&f.byId, f.window, u"shown text"); }, kRead, 1,
-       ShowText},
-      {"targetContainsPartialText", [](Form& f) { return targetContainsPartialText(&f.byId, f.window, u"own"); }, kRead,
-       1, ShowText},
-      {"waitForTargetContainsText",
-       [](Form& f) { return waitForTargetContainsText(&f.byId, f.window, u"shown text", 6); }, kWait, 0, ShowText},
-      {"waitForFieldChange", [](Form& f) { return waitForFieldChange(&f.byId, f.window, u"shown text", 6); }, kWait, 0,
-       [](Form& f) {
-         ShowText(f);
-         TheDesktop().Clock().After(3, [edit = f.edit] { TheDesktop().Controls().SetText(edit, u"new"); });
-       }},
-      {"waitForFieldEmpty, in vain", [](Form& f) { return waitForFieldEmpty(&f.byId, f.window, 4); }, kWait, -3,
-       ShowText},
-      {"waitForTargetContainsPartialText",
-       [](Form& f) { return waitForTargetContainsPartialText(&f.byId, f.window, u"own", 6); }, kWait, 0, ShowText},
-      {"verifySimple", [](Form& f) { return verifySimple(u"shown text", f.window); }, kInput, 0,
-       [](Form& f) {
-         TheDesktop().Controls().SetText(f.edit, u"shown text");
-         TheDesktop().User().Click(150, 130);
-       }},
-
-      {"getWindowInfo", [](Form& f) { return getWindowInfo(f.window, &f.info); }, {}, 0, [](Form&) {}, CheckInfo},
-      {"findWindowByClick", [](Form& f) { return findWindowByClick() == f.window ? KORVANE_OK : KORVANE_NOT_FOUND; },
-       Failures{{-1, nullptr}}, 0,
-       [](Form&) {
-         TheDesktop().Clock().After(5, [] { TheDesktop().User().Click(150, 170); });
-         // A later message, for when the waking one is lost.
-         TheDesktop().Clock().After(9, [] { TheDesktop().Host().PostMessage(WM_NULL); });
-       }},
-      {"cancel monitor",
-       [](Form&) {
-         startCancelMonitor();
-         delay(40);
-         stopCancelMonitor();
-         return isCancelled();
-       },
-       {},
-       1,
-       [](Form&) { TheDesktop().User().HoldEscape(5, 20); },
-       [](const Form&, int) {},
-       {0}},
+      {.name = "initializeAutomation", .call = [](Form&) { return initializeAutomation(); }, .failures = kNoContext},
+      {.name = "setTargetWindow", .call = [](Form& f) { return setTargetWindow(f.window); }, .failures = kNoContext},
+      {.name = "delay",
+       .call =
+           [](Form&) {
+             delay(3);
+             return 0;
+           }},
+      {.name = "initializeLog, default",
+       .call =
+           [](Form&) {
+             initializeLog(nullptr);
+             return 0;
+           }},
+      {.name = "logAction",
+       .call =
+           [](Form&) {
+             logAction(u"step", 0, 1);
+             logActionWithTimestamp(u"step", 0, 1, 0);
+             return 0;
+           }},
+      {.name = "captureTargetAtPoint, edit",
+       .call = [](Form& f) { return captureTargetAtPoint(&f.captured, 150, 130); },
+       .failures = kCaptureAtPoint,
+       .check = CheckCapturedAtPoint},
+      {.name = "captureTargetAtPoint, part without window",
+       .call = [](Form& f) { return captureTargetAtPoint(&f.captured, 150, 210); },
+       .failures = kCaptureAtPoint,
+       .check = CheckCapturedAtPoint},
+      {.name = "captureTargetAtPoint, null",
+       .call = [](Form&) { return captureTargetAtPoint(nullptr, 1, 1); },
+       .failures = kCaptureAtPoint,
+       .expected = KORVANE_INVALID_ARGUMENT},
+      {.name = "captureTargetAtCursor",
+       .call = [](Form& f) { return captureTargetAtCursor(&f.captured); },
+       .failures = kCaptureAtCursor,
+       .check = CheckCapturedAtCursor},
+      {.name = "verifyTarget, id",
+       .call = [](Form& f) { return verifyTarget(&f.byId, f.window); },
+       .failures = kVerify},
+      {.name = "verifyTarget, path",
+       .call = [](Form& f) { return verifyTarget(&f.byPath, f.window); },
+       .failures = kVerify},
+      {.name = "verifyTarget, point",
+       .call = [](Form& f) { return verifyTarget(&f.byPoint, f.window); },
+       .failures = kVerify},
+      {.name = "verifyTarget, windowless",
+       .call = [](Form& f) { return verifyTarget(&f.windowless, f.window); },
+       .failures = kVerify},
+      {.name = "verifyTarget, other window",
+       .call = [](Form& f) { return verifyTarget(&f.byPoint, f.other); },
+       .failures = kVerify,
+       .expected = KORVANE_NOT_FOUND},
+      {.name = "clearElementCache",
+       .call =
+           [](Form&) {
+             clearElementCache();
+             return 0;
+           }},
+      {.name = "clickTarget, id",
+       .call = [](Form& f) { return clickTarget(&f.byId, f.window); },
+       .failures = kClick,
+       .check = CheckClicks},
+      {.name = "clickTarget, path",
+       .call = [](Form& f) { return clickTarget(&f.byPath, f.window); },
+       .failures = kClick,
+       .check = CheckClicks},
+      {.name = "clickTarget, point",
+       .call = [](Form& f) { return clickTarget(&f.byPoint, f.window); },
+       .failures = kClick,
+       .check = CheckClicks},
+      {.name = "clickTarget, remembered",
+       .call = [](Form& f) { return clickTarget(&f.byId, f.window); },
+       .failures = kClick,
+       .arrange = [](Form& f) { verifyTarget(&f.byId, f.window); },
+       .check = CheckClicks},
+      {.name = "clickTarget, no window",
+       .call = [](Form& f) { return clickTarget(&f.byId, nullptr); },
+       .failures = kClick,
+       .expected = KORVANE_INVALID_ARGUMENT,
+       .check = CheckClicks},
+      {.name = "clickTarget, no clickable point",
+       .call = [](Form& f) { return clickTarget(&f.byId, f.window); },
+       .failures = kClick,
+       .arrange =
+           [](Form& f) { TheDesktop().Elements().SetClickablePoint(TheDesktop().Elements().Of(f.edit), std::nullopt); },
+       .check = CheckClicks},
+      {.name = "ensureWindowFocus", .call = [](Form& f) { return ensureWindowFocus(f.window); }, .failures = kFocus},
+      {.name = "ensureWindowFocus, minimised and refused",
+       .call = [](Form& f) { return ensureWindowFocus(f.window); },
+       .failures = kFocus,
+       .arrange =
+           [](Form& f) {
+             TheDesktop().Windows().Minimize(f.window);
+             TheDesktop().Windows().RefuseForeground(1);
+           }},
+      {.name = "pasteToTargetWithVerifyEx",
+       .call = [](Form& f) { return pasteToTargetWithVerifyEx(&f.byPath, f.window, 40); },
+       .failures = kVerifiedPaste,
+       .check = CheckPasted},
+      {.name = "pasteToTargetWithVerify, id",
+       .call = [](Form& f) { return pasteToTargetWithVerify(&f.byId, f.window); },
+       .failures = kVerifiedPaste,
+       .check = CheckPasted},
+      {.name = "pasteToTargetDirect, caret",
+       .call = [](Form& f) { return pasteToTargetDirect(&f.byId, f.window, u"direct", 1); },
+       .failures = kDirectPaste,
+       .arrange = ShowText},
+      {.name = "pasteToTargetDirect, all",
+       .call = [](Form& f) { return pasteToTargetDirect(&f.byPath, f.window, u"direct", 0); },
+       .failures = kDirectPaste,
+       .arrange = ShowText},
+      {.name = "pasteToTargetSimple",
+       .call = [](Form& f) { return pasteToTargetSimple(&f.byId, f.window); },
+       .failures = kInput},
+      {.name = "sendKey", .call = [](Form&) { return sendKey(0x41); }, .failures = kInput},
+      {.name = "sendKeySequence", .call = [](Form&) { return sendKeySequence(u"Ab!", 1); }, .failures = kInput},
+      {.name = "sendCtrlShiftF3", .call = [](Form&) { return sendCtrlShiftF3(); }, .failures = kInput},
+      {.name = "setClipboardText",
+       .call = [](Form&) { return setClipboardText(u"text"); },
+       .failures = kClipboard,
+       .check = CheckClipboard},
+      {.name = "setClipboardText, held",
+       .call = [](Form&) { return setClipboardText(u"text"); },
+       .failures = kClipboard,
+       .expected = KORVANE_FAILED,
+       .arrange = [](Form&) { TheDesktop().Clipboard().Hold(-1); }},
+      {.name = "setClipboardTextAndHtml",
+       .call = [](Form&) { return setClipboardTextAndHtml(u"text", "<b>text</b>"); },
+       .failures = kClipboardWithHtml,
+       .check = CheckClipboardWithHtml},
+      {.name = "getTargetText",
+       .call = [](Form& f) { return ReadText(f, f.byPath); },
+       .failures = kRead,
+       .arrange = ShowText,
+       .check = CheckRead},
+      {.name = "isTargetEmpty",
+       .call = [](Form& f) { return isTargetEmpty(&f.byId, f.window); },
+       .failures = kRead,
+       .arrange = ShowText},
+      {.name = "targetContainsText",
+       .call = [](Form& f) { return targetContainsText(&f.byId, f.window, u"shown text"); },
+       .failures = kRead,
+       .expected = 1,
+       .arrange = ShowText},
+      {.name = "targetContainsPartialText",
+       .call = [](Form& f) { return targetContainsPartialText(&f.byId, f.window, u"own"); },
+       .failures = kRead,
+       .expected = 1,
+       .arrange = ShowText},
+      {.name = "waitForTargetContainsText",
+       .call = [](Form& f) { return waitForTargetContainsText(&f.byId, f.window, u"shown text", 6); },
+       .failures = kWait,
+       .arrange = ShowText},
+      {.name = "waitForFieldChange",
+       .call = [](Form& f) { return waitForFieldChange(&f.byId, f.window, u"shown text", 6); },
+       .failures = kWait,
+       .arrange =
+           [](Form& f) {
+             ShowText(f);
+             TheDesktop().Clock().After(3, [edit = f.edit] { TheDesktop().Controls().SetText(edit, u"new"); });
+           }},
+      {.name = "waitForFieldEmpty, in vain",
+       .call = [](Form& f) { return waitForFieldEmpty(&f.byId, f.window, 4); },
+       .failures = kWait,
+       .expected = KORVANE_FAILED,
+       .arrange = ShowText},
+      {.name = "waitForTargetContainsPartialText",
+       .call = [](Form& f) { return waitForTargetContainsPartialText(&f.byId, f.window, u"own", 6); },
+       .failures = kWait,
+       .arrange = ShowText},
+      {.name = "verifySimple",
+       .call = [](Form& f) { return verifySimple(u"shown text", f.window); },
+       .failures = kInput,
+       .arrange =
+           [](Form& f) {
+             TheDesktop().Controls().SetText(f.edit, u"shown text");
+             TheDesktop().User().Click(150, 130);
+           }},
+      {.name = "getWindowInfo", .call = [](Form& f) { return getWindowInfo(f.window, &f.info); }, .check = CheckInfo},
+      {.name = "findWindowByClick",
+       .call = [](Form& f) { return findWindowByClick() == f.window ? KORVANE_OK : KORVANE_NOT_FOUND; },
+       .failures = Failures{{KORVANE_NOT_FOUND, nullptr}},
+       .arrange =
+           [](Form&) {
+             TheDesktop().Clock().After(5, [] { TheDesktop().User().Click(150, 170); });
+             // A later message, for when the waking one is lost.
+             TheDesktop().Clock().After(9, [] { TheDesktop().Host().PostMessage(WM_NULL); });
+           }},
+      {.name = "cancel monitor",
+       .call =
+           [](Form&) {
+             startCancelMonitor();
+             delay(40);
+             stopCancelMonitor();
+             return isCancelled();
+           },
+       .expected = 1,
+       .arrange = [](Form&) { TheDesktop().User().HoldEscape(5, 20); },
+       .others = {0}},
   };
   return all;
 }

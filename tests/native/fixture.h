@@ -160,6 +160,12 @@ inline HWND AddControl(HWND parent, std::u16string_view className, int id, RECT 
       {.className = standin::Text(className), .rect = rect, .parent = parent, .controlId = id, .behaviour = behaviour});
 }
 
+// What a search for an AutomationId writes that finds its element.
+inline const Lines kFoundById = {
+    "[FindTargetElement] Starting with identification method: 0", "[FindTargetElement] Trying Method 0: AutomationId",
+    "[FindElementByAutomationId] Starting AutomationId search", "AutomationId search completed in 0ms",
+    "[FindTargetElement] SUCCESS with Method 0: AutomationId"};
+
 // How a handle reads in the log.
 inline std::string Decimal(HWND window) {
   return std::to_string(reinterpret_cast<std::uintptr_t>(window));
@@ -220,22 +226,30 @@ inline Lines WithPrefix(const Lines& lines, std::string_view prefix) {
   return found;
 }
 
-// A dialog with one edit, whose AutomationId is "7", and an automation context.
-class FieldTest : public DesktopTest {
+// A dialog with one edit, whose AutomationId is "7". No automation context yet.
+class FormTest : public DesktopTest {
  protected:
   void SetUp() override {
     DesktopTest::SetUp();
     window_ = AddDialog();
     edit_ = AddControl(window_, u"Edit", 7);
     field_ = TheDesktop().Elements().Of(edit_);
-    initializeAutomation();
-    ForgetLog();
   }
 
   const TargetRecord target_ = RecordById(u"7");
   HWND window_ = nullptr;
   HWND edit_ = nullptr;
   standin::Element field_ = 0;
+};
+
+// The same with a context.
+class FieldTest : public FormTest {
+ protected:
+  void SetUp() override {
+    FormTest::SetUp();
+    initializeAutomation();
+    ForgetLog();
+  }
 };
 
 }  // namespace tests

@@ -13,6 +13,11 @@ struct Lines : std::vector<std::string> {
   using std::vector<std::string>::vector;
   Lines(std::vector<std::string> lines) : vector(std::move(lines)) {}
 
+  friend Lines operator+(Lines some, const Lines& more) {
+    some.insert(some.end(), more.begin(), more.end());
+    return some;
+  }
+
   // The framework compares texts line by line when they are printed in quotes.
   friend void PrintTo(const Lines& lines, std::ostream* out) {
     *out << '"';

@@ -33,11 +33,6 @@ class PasteWithVerifyTest : public FieldTest {
             "Starting verification loop (" + std::to_string(timeoutMs) + "ms timeout)"};
   }
 
-  static Lines Joined(Lines lines, const Lines& more) {
-    lines.insert(lines.end(), more.begin(), more.end());
-    return lines;
-  }
-
   void HideValue() {
     TheDesktop().Elements().SetNullString(field_, UIA_ValueValuePropertyId);
   }
@@ -50,17 +45,13 @@ class PasteWithVerifyTest : public FieldTest {
 TEST_F(PasteWithVerifyTest, WholeLogOfASuccess) {
   EXPECT_EQ(pasteToTargetWithVerify(&target_, window_), KORVANE_OK);
   EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"Hello");
-  const Lines find = {
-      "[FindTargetElement] Starting with identification method: 0", "[FindTargetElement] Trying Method 0: AutomationId",
-      "[FindElementByAutomationId] Starting AutomationId search", "AutomationId search completed in 0ms",
-      "[FindTargetElement] SUCCESS with Method 0: AutomationId"};
-  Lines expected = Joined({kTag + "Function entered"}, find);
-  expected = Joined(expected, {kTag + "clickTarget succeeded", kTag + "Using target window handle: " + Decimal(window_),
-                               kTag + "Clipboard text retrieved: \"Hello\"", kTag + "SendInput succeeded - Ctrl+V sent",
-                               kTag + "Starting verification loop (150ms timeout)"});
-  expected = Joined(Joined(expected, find), {kTag + "Expected text length: 5, partial start index: 2",
-                                             kTag + "VERIFICATION SUCCESS after 0ms, polls: 1"});
-  EXPECT_EQ(Log(), expected);
+  EXPECT_EQ(Log(), (Lines{kTag + "Function entered"} + kFoundById +
+                    Lines{kTag + "clickTarget succeeded", kTag + "Using target window handle: " + Decimal(window_),
+                          kTag + "Clipboard text retrieved: \"Hello\"", kTag + "SendInput succeeded - Ctrl+V sent",
+                          kTag + "Starting verification loop (150ms timeout)"} +
+                    kFoundById +
+                    Lines{kTag + "Expected text length: 5, partial start index: 2",
+                          kTag + "VERIFICATION SUCCESS after 0ms, polls: 1"}));
 }
 
 TEST_F(PasteWithVerifyTest, WhatCountsAsShown) {
@@ -105,7 +96,7 @@ TEST_F(PasteWithVerifyTest, LongTextIsShownInPartAndVerifiedWhole) {
   const std::string shown = std::string(100, 'h');
   TheDesktop().Clipboard().Set(text);
   EXPECT_EQ(Paste(), 0);
-  EXPECT_EQ(PasteLog(), Joined(Opening(shown + "...", 150), {"Expected text length: 250, partial start index: 125",
+  EXPECT_EQ(PasteLog(), (Opening(shown + "...", 150) + Lines{"Expected text length: 250, partial start index: 125",
                                                              "VERIFICATION SUCCESS after 0ms, polls: 1"}));
   TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, standin::Text(124, u't') + u"...");
   EXPECT_EQ(Paste(2), -3) << "125 units of the end are looked for";
@@ -143,11 +134,10 @@ TEST_F(PasteWithVerifyTest, PollsEveryTwoMillisecondsUntilTheLimit) {
     EXPECT_EQ(TheDesktop().Calls().Count(kReadValue) - reads, polls) << "one read each";
     EXPECT_EQ(TheDesktop().Calls().Count("IUIAutomation::ElementFromHandle") - searches, 2U) << "the click's, and one";
     const std::string times = " after " + std::to_string(static_cast<int>(slept)) + "ms, ";
-    EXPECT_EQ(PasteLog(),
-              Joined(Opening("Hello", limit),
-                     {"Expected text length: 5, partial start index: 2",
-                      code == 0 ? "VERIFICATION SUCCESS" + times + "polls: " + std::to_string(polls)
-                                : "VERIFICATION FAILED" + times + "total polls: " + std::to_string(polls)}));
+    EXPECT_EQ(PasteLog(), (Opening("Hello", limit) +
+                           Lines{"Expected text length: 5, partial start index: 2",
+                                 code == 0 ? "VERIFICATION SUCCESS" + times + "polls: " + std::to_string(polls)
+                                           : "VERIFICATION FAILED" + times + "total polls: " + std::to_string(polls)}));
   }
 }
 
@@ -169,10 +159,10 @@ TEST_F(PasteWithVerifyTest, PollsWithoutAValueAreLoggedSparingly) {
     makeAbsent();
     EXPECT_EQ(Paste(44), -3);
     EXPECT_EQ(PasteLog(),
-              Joined(Opening("Hello", 44),
-                     {"Expected text length: 5, partial start index: 2", "getInputTargetText returned null (poll #1)",
-                      "getInputTargetText returned null (poll #10)", "getInputTargetText returned null (poll #20)",
-                      "VERIFICATION FAILED after 44ms, total polls: 22"}));
+              (Opening("Hello", 44) +
+               Lines{"Expected text length: 5, partial start index: 2", "getInputTargetText returned null (poll #1)",
+                     "getInputTargetText returned null (poll #10)", "getInputTargetText returned null (poll #20)",
+                     "VERIFICATION FAILED after 44ms, total polls: 22"}));
   }
   TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
   TheDesktop().Calls().After(kReadValue, 4, [this] { TheDesktop().Windows().Destroy(edit_); });
@@ -260,7 +250,7 @@ TEST_F(PasteWithVerifyTest, KeysThatAreRefused) {
 TEST_F(PasteWithVerifyTest, ElementGoneAfterTheKeys) {
   TheDesktop().Calls().After("SendInput", 2, [this] { TheDesktop().Windows().Destroy(edit_); });
   EXPECT_EQ(Paste(), -1);
-  EXPECT_EQ(PasteLog(), Joined(Opening("Hello", 150), {"ERROR: Could not find target element for verification"}));
+  EXPECT_EQ(PasteLog(), (Opening("Hello", 150) + Lines{"ERROR: Could not find target element for verification"}));
 }
 
 TEST_F(PasteWithVerifyTest, EscapeEndsThePastingSilently) {
@@ -268,7 +258,7 @@ TEST_F(PasteWithVerifyTest, EscapeEndsThePastingSilently) {
   startCancelMonitor();
   TheDesktop().User().HoldEscape(35, 20);
   EXPECT_EQ(Elapsed([&] { EXPECT_EQ(Paste(), -4); }), 40) << "the monitor looks every 10 ms, the paste every 2 ms";
-  EXPECT_EQ(PasteLog(), Joined(Opening("Hello", 150), {"Expected text length: 5, partial start index: 2"}));
+  EXPECT_EQ(PasteLog(), (Opening("Hello", 150) + Lines{"Expected text length: 5, partial start index: 2"}));
 
   const auto opened = TheDesktop().Calls().Count("OpenClipboard");
   EXPECT_EQ(Paste(), -4);

@@ -15,16 +15,6 @@ constexpr Property kProperties[] = {{"UIA_ValueValuePropertyId", 30045},
                                     {"UIA_LegacyIAccessibleNamePropertyId", 30092},
                                     {"UIA_LegacyIAccessibleDescriptionPropertyId", 30094}};
 
-const Lines kFound = {
-    "[FindTargetElement] Starting with identification method: 0", "[FindTargetElement] Trying Method 0: AutomationId",
-    "[FindElementByAutomationId] Starting AutomationId search", "AutomationId search completed in 0ms",
-    "[FindTargetElement] SUCCESS with Method 0: AutomationId"};
-
-Lines Then(Lines lines, const std::string& last) {
-  lines.push_back(last);
-  return lines;
-}
-
 class TargetTextTest : public FieldTest {
  protected:
   void SetUp() override {
@@ -71,14 +61,14 @@ TEST_F(TargetTextTest, FirstPropertyWithATextWins) {
       if (winner == std::size(kProperties)) {
         EXPECT_EQ(text, std::nullopt);
         EXPECT_EQ(reads, 5U);
-        EXPECT_EQ(Log(), Then(kFound, "getTargetText: FAILED - No text found in any property"));
+        EXPECT_EQ(Log(), kFoundById + Lines{"getTargetText: FAILED - No text found in any property"});
         continue;
       }
       const std::string digit = std::to_string(winner);
       EXPECT_EQ(text, u"text " + standin::Text(digit.begin(), digit.end()));
       EXPECT_EQ(reads, winner + 1);
-      EXPECT_EQ(Log(), Then(kFound, std::string("getTargetText: SUCCESS with ") + kProperties[winner].name +
-                                        " - Text: text " + digit));
+      EXPECT_EQ(Log(), kFoundById + Lines{std::string("getTargetText: SUCCESS with ") + kProperties[winner].name +
+                                          " - Text: text " + digit});
     }
   }
 }
