@@ -261,12 +261,12 @@ TEST_F(CaptureTest, TheNearestWindowIsLookedForTwentyLevelsUp) {
     HWND window;
     Lines lines;
   } cases[] = {
-      {1, 0, window_, {found(1)}},
-      {20, 0, window_, {found(20)}},
-      {21, 0, nullptr, {notFound}},
-      {25, 0, nullptr, {notFound}},
-      {25, 4, nullptr, {reached + "3", notFound}},
-      {2, 1, nullptr, {reached + "0", notFound}},
+      {.depth = 1, .failingParent = 0, .window = window_, .lines = {found(1)}},
+      {.depth = 20, .failingParent = 0, .window = window_, .lines = {found(20)}},
+      {.depth = 21, .failingParent = 0, .window = nullptr, .lines = {notFound}},
+      {.depth = 25, .failingParent = 0, .window = nullptr, .lines = {notFound}},
+      {.depth = 25, .failingParent = 4, .window = nullptr, .lines = {reached + "3", notFound}},
+      {.depth = 2, .failingParent = 1, .window = nullptr, .lines = {reached + "0", notFound}},
   };
   for (const auto& c : cases) {
     auto parent = TheDesktop().Elements().Add(window_, {.rect = {400, 300, 420, 320}});

@@ -257,41 +257,47 @@ TEST_F(WindowFocusTest, EveryWayToTheForeground) {
   const std::string notForeground =
       "ERROR ensureWindowFocus Code:-3 Details:Window not in foreground after focus attempt";
   const Case cases[] = {
-      {"granted", [] {}, 0, {"SetForegroundWindow", "GetForegroundWindow"}, ""},
-      {"minimised",
-       [&] { TheDesktop().Windows().Minimize(window_); },
-       0,
-       {"ShowWindow", "SetForegroundWindow", "GetForegroundWindow"},
-       ""},
-      {"granted after attaching",
-       [] { TheDesktop().Windows().RefuseForeground(1); },
-       0,
-       {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput",
-        "SetForegroundWindow", "SetFocus", "AttachThreadInput", "GetForegroundWindow"},
-       ""},
-      {"refused after attaching",
-       [] { TheDesktop().Windows().RefuseForeground(-1); },
-       -3,
-       {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput",
-        "SetForegroundWindow", "SetFocus", "AttachThreadInput", "GetForegroundWindow"},
-       notForeground},
-      {"attaching refused",
-       [] {
-         TheDesktop().Windows().RefuseForeground(-1);
-         TheDesktop().Windows().RefuseThreadAttach(true);
-       },
-       -3,
-       {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput", "ShowWindow",
-        "SetActiveWindow", "GetForegroundWindow"},
-       notForeground},
-      {"another window took it",
-       [&] {
-         TheDesktop().Calls().After("SetForegroundWindow", 1,
-                                    [] { TheDesktop().Windows().SetForeground(AddDialog()); });
-       },
-       -3,
-       {"SetForegroundWindow", "GetForegroundWindow"},
-       notForeground},
+      {.what = "granted",
+       .arrange = [] {},
+       .code = KORVANE_OK,
+       .calls = {"SetForegroundWindow", "GetForegroundWindow"},
+       .line = ""},
+      {.what = "minimised",
+       .arrange = [&] { TheDesktop().Windows().Minimize(window_); },
+       .code = KORVANE_OK,
+       .calls = {"ShowWindow", "SetForegroundWindow", "GetForegroundWindow"},
+       .line = ""},
+      {.what = "granted after attaching",
+       .arrange = [] { TheDesktop().Windows().RefuseForeground(1); },
+       .code = KORVANE_OK,
+       .calls = {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput",
+                 "SetForegroundWindow", "SetFocus", "AttachThreadInput", "GetForegroundWindow"},
+       .line = ""},
+      {.what = "refused after attaching",
+       .arrange = [] { TheDesktop().Windows().RefuseForeground(-1); },
+       .code = KORVANE_FAILED,
+       .calls = {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput",
+                 "SetForegroundWindow", "SetFocus", "AttachThreadInput", "GetForegroundWindow"},
+       .line = notForeground},
+      {.what = "attaching refused",
+       .arrange =
+           [] {
+             TheDesktop().Windows().RefuseForeground(-1);
+             TheDesktop().Windows().RefuseThreadAttach(true);
+           },
+       .code = KORVANE_FAILED,
+       .calls = {"SetForegroundWindow", "GetCurrentThreadId", "GetWindowThreadProcessId", "AttachThreadInput",
+                 "ShowWindow", "SetActiveWindow", "GetForegroundWindow"},
+       .line = notForeground},
+      {.what = "another window took it",
+       .arrange =
+           [&] {
+             TheDesktop().Calls().After("SetForegroundWindow", 1,
+                                        [] { TheDesktop().Windows().SetForeground(AddDialog()); });
+           },
+       .code = KORVANE_FAILED,
+       .calls = {"SetForegroundWindow", "GetForegroundWindow"},
+       .line = notForeground},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);

@@ -88,7 +88,7 @@ class ClipboardFailureTest : public ClipboardTest {
         EXPECT_EQ(code, 0);
         EXPECT_THAT(Log(), IsEmpty());
       } else {
-        EXPECT_EQ(code, -3);
+        EXPECT_EQ(code, KORVANE_FAILED);
         EXPECT_EQ(Log(), (Lines{"ERROR " + name + " Code:-3 Details:" + details}));
       }
       EXPECT_EQ(TheDesktop().Clipboard().Text(), left);

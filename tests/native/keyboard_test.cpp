@@ -79,7 +79,7 @@ TEST_F(KeyboardTest, PartlyAcceptedShortcutFailsAndLeavesNoKeyDown) {
       for (const std::uint64_t refused : {0U, 2U}) {
         TheDesktop().Faults().Stop();
         TheDesktop().Faults().FailNth("SendInput", refused);
-        EXPECT_EQ(shortcut.send(), -3);
+        EXPECT_EQ(shortcut.send(), KORVANE_FAILED);
         for (const int key : shortcut.keys) {
           EXPECT_FALSE(TheDesktop().Input().IsDown(std::abs(key))) << key;
         }
@@ -128,15 +128,17 @@ TEST_F(KeyboardTest, SingleKeys) {
     int code;
     Batches sent;
   };
-  const Case cases[] = {{0, -2, {}},
-                        {-1, -2, {}},
-                        {INT32_MIN, -2, {}},
-                        {1, 0, {{1, -1}}},
-                        {0x1B, 0, {{0x1B, -0x1B}}},
-                        {9999, 0, {{0x11, 0x41, -0x41, -0x11}}},
-                        {9998, 0, {{9998, -9998}}},
-                        {0x10041, 0, {{0x41, -0x41}}},
-                        {INT32_MAX, 0, {{0xFFFF, -0xFFFF}}}};
+  const Case cases[] = {
+      {0, KORVANE_INVALID_ARGUMENT, {}},
+      {-1, KORVANE_INVALID_ARGUMENT, {}},
+      {INT32_MIN, KORVANE_INVALID_ARGUMENT, {}},
+      {1, KORVANE_OK, {{1, -1}}},
+      {0x1B, KORVANE_OK, {{0x1B, -0x1B}}},
+      {9999, KORVANE_OK, {{0x11, 0x41, -0x41, -0x11}}},
+      {9998, KORVANE_OK, {{9998, -9998}}},
+      {0x10041, KORVANE_OK, {{0x41, -0x41}}},
+      {INT32_MAX, KORVANE_OK, {{0xFFFF, -0xFFFF}}},
+  };
   for (const auto& [key, code, sent] : cases) {
     SCOPED_TRACE(key);
     EXPECT_EQ(sendKey(key), code);

@@ -86,7 +86,7 @@ TEST_F(PasteWithVerifyTest, FieldThatReformats) {
       TheDesktop().Controls().SetText(edit, u"[Hello]");
     }
   });
-  EXPECT_EQ(Paste(), 0);
+  EXPECT_EQ(Paste(), KORVANE_OK);
   EXPECT_EQ(TheDesktop().Controls().TextOf(edit_), u"[Hello]");
 }
 
@@ -95,16 +95,16 @@ TEST_F(PasteWithVerifyTest, LongTextIsShownInPartAndVerifiedWhole) {
   const standin::Text text = head + standin::Text(150, u't');
   const std::string shown = std::string(100, 'h');
   TheDesktop().Clipboard().Set(text);
-  EXPECT_EQ(Paste(), 0);
+  EXPECT_EQ(Paste(), KORVANE_OK);
   EXPECT_EQ(PasteLog(), (Opening(shown + "...", 150) + Lines{"Expected text length: 250, partial start index: 125",
                                                              "VERIFICATION SUCCESS after 0ms, polls: 1"}));
   TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, standin::Text(124, u't') + u"...");
-  EXPECT_EQ(Paste(2), -3) << "125 units of the end are looked for";
+  EXPECT_EQ(Paste(2), KORVANE_FAILED) << "125 units of the end are looked for";
   PasteLog();
 
   TheDesktop().Clipboard().Set(head);
   TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, head);
-  EXPECT_EQ(Paste(), 0);
+  EXPECT_EQ(Paste(), KORVANE_OK);
   EXPECT_EQ(PasteLog()[3], "Clipboard text retrieved: \"" + shown + "\"");
 }
 
@@ -118,8 +118,14 @@ TEST_F(PasteWithVerifyTest, PollsEveryTwoMillisecondsUntilTheLimit) {
     int limit;  // as logged
   };
   const Case cases[] = {
-      {0, 0, -3, 150, 75, 150}, {-7, 0, -3, 150, 75, 150}, {40, 0, -3, 40, 20, 40}, {41, 0, -3, 42, 21, 41},
-      {1, 0, -3, 2, 1, 1},      {0, 29, 0, 30, 16, 150},   {40, 37, 0, 38, 20, 40}, {40, 39, -3, 40, 20, 40},
+      {.timeoutMs = 0, .shownAfterMs = 0, .code = KORVANE_FAILED, .sleptMs = 150, .polls = 75, .limit = 150},
+      {.timeoutMs = -7, .shownAfterMs = 0, .code = KORVANE_FAILED, .sleptMs = 150, .polls = 75, .limit = 150},
+      {.timeoutMs = 40, .shownAfterMs = 0, .code = KORVANE_FAILED, .sleptMs = 40, .polls = 20, .limit = 40},
+      {.timeoutMs = 41, .shownAfterMs = 0, .code = KORVANE_FAILED, .sleptMs = 42, .polls = 21, .limit = 41},
+      {.timeoutMs = 1, .shownAfterMs = 0, .code = KORVANE_FAILED, .sleptMs = 2, .polls = 1, .limit = 1},
+      {.timeoutMs = 0, .shownAfterMs = 29, .code = KORVANE_OK, .sleptMs = 30, .polls = 16, .limit = 150},
+      {.timeoutMs = 40, .shownAfterMs = 37, .code = KORVANE_OK, .sleptMs = 38, .polls = 20, .limit = 40},
+      {.timeoutMs = 40, .shownAfterMs = 39, .code = KORVANE_FAILED, .sleptMs = 40, .polls = 20, .limit = 40},
   };
   for (const auto& [timeout, shownAfter, code, slept, polls, limit] : cases) {
     SCOPED_TRACE(std::to_string(timeout) + " " + std::to_string(shownAfter));
@@ -144,7 +150,7 @@ TEST_F(PasteWithVerifyTest, PollsEveryTwoMillisecondsUntilTheLimit) {
 TEST_F(PasteWithVerifyTest, TickCounterMayWrap) {
   TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
   TheDesktop().Clock().SetTickCount(0xFFFFFFFF - 60);
-  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(Paste(), -3); }), 150);
+  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(Paste(), KORVANE_FAILED); }), 150);
   EXPECT_EQ(PasteLog().back(), "VERIFICATION FAILED after 150ms, total polls: 75");
 }
 
@@ -157,7 +163,7 @@ TEST_F(PasteWithVerifyTest, PollsWithoutAValueAreLoggedSparingly) {
   };
   for (const auto& makeAbsent : absences) {
     makeAbsent();
-    EXPECT_EQ(Paste(44), -3);
+    EXPECT_EQ(Paste(44), KORVANE_FAILED);
     EXPECT_EQ(PasteLog(),
               (Opening("Hello", 44) +
                Lines{"Expected text length: 5, partial start index: 2", "getInputTargetText returned null (poll #1)",
@@ -166,7 +172,7 @@ TEST_F(PasteWithVerifyTest, PollsWithoutAValueAreLoggedSparingly) {
   }
   TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
   TheDesktop().Calls().After(kReadValue, 4, [this] { TheDesktop().Windows().Destroy(edit_); });
-  EXPECT_EQ(Paste(24), -3);
+  EXPECT_EQ(Paste(24), KORVANE_FAILED);
   EXPECT_THAT(PasteLog(), testing::IsSupersetOf({"getInputTargetText returned null (poll #10)",
                                                  "VERIFICATION FAILED after 24ms, total polls: 12"}));
 }
@@ -192,7 +198,7 @@ TEST_F(PasteWithVerifyTest, ClickThatFails) {
   EXPECT_EQ(pasteToTargetWithVerify(&nobody, window_), KORVANE_NOT_FOUND);
   EXPECT_EQ(PasteLog().back(), "clickTarget failed with code: -1");
   TheDesktop().Input().Block(0);
-  EXPECT_EQ(Paste(), -3);
+  EXPECT_EQ(Paste(), KORVANE_FAILED);
   EXPECT_EQ(PasteLog().back(), "clickTarget failed with code: -3");
   EXPECT_EQ(TheDesktop().Calls().Count("OpenClipboard"), 0U);
 }
@@ -208,13 +214,41 @@ TEST_F(PasteWithVerifyTest, ClipboardWithoutText) {
   };
   auto& desktop = TheDesktop();
   const Case cases[] = {
-      {"held", [&] { desktop.Clipboard().Hold(-1); }, -3, 20, 6},
-      {"held for 10 ms", [&] { desktop.Clipboard().Hold(10); }, 0, 12, 4},
-      {"first lock fails", [&] { desktop.Faults().FailNth("GlobalLock", 1); }, 0, 4, 2},
-      {"first data fails", [&] { desktop.Faults().FailNth("GetClipboardData", 1); }, 0, 4, 2},
-      {"first memory fails", [&] { desktop.Faults().FailNth("CoTaskMemAlloc", 1); }, 0, 4, 2},
-      {"memory fails", [&] { desktop.Faults().FailFromNth("CoTaskMemAlloc", 1); }, -3, 4, 2},
-      {"empty", [&] { desktop.Clipboard().Clear(); }, -3, 4, 2},
+      {.name = "held",
+       .arrange = [&] { desktop.Clipboard().Hold(-1); },
+       .code = KORVANE_FAILED,
+       .sleptMs = 20,
+       .opens = 6},
+      {.name = "held for 10 ms",
+       .arrange = [&] { desktop.Clipboard().Hold(10); },
+       .code = KORVANE_OK,
+       .sleptMs = 12,
+       .opens = 4},
+      {.name = "first lock fails",
+       .arrange = [&] { desktop.Faults().FailNth("GlobalLock", 1); },
+       .code = KORVANE_OK,
+       .sleptMs = 4,
+       .opens = 2},
+      {.name = "first data fails",
+       .arrange = [&] { desktop.Faults().FailNth("GetClipboardData", 1); },
+       .code = KORVANE_OK,
+       .sleptMs = 4,
+       .opens = 2},
+      {.name = "first memory fails",
+       .arrange = [&] { desktop.Faults().FailNth("CoTaskMemAlloc", 1); },
+       .code = KORVANE_OK,
+       .sleptMs = 4,
+       .opens = 2},
+      {.name = "memory fails",
+       .arrange = [&] { desktop.Faults().FailFromNth("CoTaskMemAlloc", 1); },
+       .code = KORVANE_FAILED,
+       .sleptMs = 4,
+       .opens = 2},
+      {.name = "empty",
+       .arrange = [&] { desktop.Clipboard().Clear(); },
+       .code = KORVANE_FAILED,
+       .sleptMs = 4,
+       .opens = 2},
   };
   for (const auto& [name, arrange, code, slept, opens] : cases) {
     SCOPED_TRACE(name);
@@ -240,7 +274,7 @@ TEST_F(PasteWithVerifyTest, KeysThatAreRefused) {
     TheDesktop().Input().Accept();
     clearElementCache();  // so that the click goes through SendInput
     TheDesktop().Calls().After("SendInput", 1, [accepted] { TheDesktop().Input().Block(accepted); });
-    EXPECT_EQ(Paste(), -3);
+    EXPECT_EQ(Paste(), KORVANE_FAILED);
     EXPECT_EQ(PasteLog().back(), "SendInput failed - expected 4, got: " + std::to_string(accepted));
     EXPECT_FALSE(TheDesktop().Input().IsDown(VK_CONTROL));
     EXPECT_FALSE(TheDesktop().Input().IsDown('V'));
@@ -249,7 +283,7 @@ TEST_F(PasteWithVerifyTest, KeysThatAreRefused) {
 
 TEST_F(PasteWithVerifyTest, ElementGoneAfterTheKeys) {
   TheDesktop().Calls().After("SendInput", 2, [this] { TheDesktop().Windows().Destroy(edit_); });
-  EXPECT_EQ(Paste(), -1);
+  EXPECT_EQ(Paste(), KORVANE_NOT_FOUND);
   EXPECT_EQ(PasteLog(), (Opening("Hello", 150) + Lines{"ERROR: Could not find target element for verification"}));
 }
 
@@ -257,11 +291,12 @@ TEST_F(PasteWithVerifyTest, EscapeEndsThePastingSilently) {
   TheDesktop().Elements().SetProperty(field_, UIA_ValueValuePropertyId, u"other");
   startCancelMonitor();
   TheDesktop().User().HoldEscape(35, 20);
-  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(Paste(), -4); }), 40) << "the monitor looks every 10 ms, the paste every 2 ms";
+  EXPECT_EQ(Elapsed([&] { EXPECT_EQ(Paste(), KORVANE_CANCELLED); }), 40)
+      << "the monitor looks every 10 ms, the paste every 2 ms";
   EXPECT_EQ(PasteLog(), (Opening("Hello", 150) + Lines{"Expected text length: 5, partial start index: 2"}));
 
   const auto opened = TheDesktop().Calls().Count("OpenClipboard");
-  EXPECT_EQ(Paste(), -4);
+  EXPECT_EQ(Paste(), KORVANE_CANCELLED);
   EXPECT_EQ(Log(), (Lines{kTag + "Function entered", kTag + "clickTarget failed with code: -4"}));
   EXPECT_EQ(TheDesktop().Calls().Count("OpenClipboard"), opened);
 }

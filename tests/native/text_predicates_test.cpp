@@ -48,9 +48,9 @@ TEST_F(TextPredicatesTest, Tests) {
     EXPECT_EQ(test(argument), result);
   }
   MakeUnreadable();
-  EXPECT_EQ(empty(u""), -1);
-  EXPECT_EQ(equals(u""), -1);
-  EXPECT_EQ(partial(u""), -1);
+  EXPECT_EQ(empty(u""), KORVANE_NOT_FOUND);
+  EXPECT_EQ(equals(u""), KORVANE_NOT_FOUND);
+  EXPECT_EQ(partial(u""), KORVANE_NOT_FOUND);
 }
 
 TEST_F(TextPredicatesTest, NullPointersAreAnsweredWithoutAnyCall) {
@@ -123,7 +123,7 @@ TEST_F(TextPredicatesTest, WaitsOutlastAWrapOfTheTickCounter) {
   for (const Wait& wait : kWaits) {
     SCOPED_TRACE(wait.name);
     TheDesktop().Clock().SetTickCount(0xFFFFFFFE);
-    EXPECT_EQ(Elapsed([&] { EXPECT_EQ(wait.wait(&target_, window_, 12), -3); }), 12);
+    EXPECT_EQ(Elapsed([&] { EXPECT_EQ(wait.wait(&target_, window_, 12), KORVANE_FAILED); }), 12);
   }
 }
 
@@ -131,8 +131,8 @@ TEST_F(TextPredicatesTest, UnreadableFieldNeitherChangesNorEmptiesNorContains) {
   MakeUnreadable();
   for (const Wait& wait : kWaits) {
     SCOPED_TRACE(wait.name);
-    EXPECT_EQ(Elapsed([&] { EXPECT_EQ(wait.wait(&target_, window_, 4), -3); }), 4);
-    EXPECT_EQ(Elapsed([&] { EXPECT_EQ(wait.wait(&target_, nullptr, 4), -3); }), 4);
+    EXPECT_EQ(Elapsed([&] { EXPECT_EQ(wait.wait(&target_, window_, 4), KORVANE_FAILED); }), 4);
+    EXPECT_EQ(Elapsed([&] { EXPECT_EQ(wait.wait(&target_, nullptr, 4), KORVANE_FAILED); }), 4);
   }
 }
 

@@ -169,10 +169,13 @@ TEST_F(VerifySimpleTest, FailuresAreSilentAndTriedOnce) {
     double sleptMs;
   };
   const Case cases[] = {
-      {"OpenClipboard", 1, -3, u"before", 0}, {"EmptyClipboard", 1, 0, u"text", 150},
-      {"SendInput", 1, -3, std::nullopt, 0},  {"SendInput", 2, -3, std::nullopt, 50},
-      {"OpenClipboard", 2, -3, u"text", 150}, {"GetClipboardData", 1, -3, u"text", 150},
-      {"GlobalLock", 1, -3, u"text", 150},
+      {.call = "OpenClipboard", .nth = 1, .code = KORVANE_FAILED, .left = u"before", .sleptMs = 0},
+      {.call = "EmptyClipboard", .nth = 1, .code = KORVANE_OK, .left = u"text", .sleptMs = 150},
+      {.call = "SendInput", .nth = 1, .code = KORVANE_FAILED, .left = std::nullopt, .sleptMs = 0},
+      {.call = "SendInput", .nth = 2, .code = KORVANE_FAILED, .left = std::nullopt, .sleptMs = 50},
+      {.call = "OpenClipboard", .nth = 2, .code = KORVANE_FAILED, .left = u"text", .sleptMs = 150},
+      {.call = "GetClipboardData", .nth = 1, .code = KORVANE_FAILED, .left = u"text", .sleptMs = 150},
+      {.call = "GlobalLock", .nth = 1, .code = KORVANE_FAILED, .left = u"text", .sleptMs = 150},
   };
   TheDesktop().Controls().SetText(edit_, u"text");
   for (const auto& [call, nth, code, left, slept] : cases) {
@@ -210,8 +213,8 @@ TEST_F(VerifySimpleTest, Arguments) {
 
 TEST_F(VerifySimpleTest, ClosedLogChangesNothing) {
   cleanupAutomation();
-  EXPECT_EQ(Verify(u"text", u"TEXT"), 0);
-  EXPECT_EQ(Verify(u"text", u"other"), -1);
+  EXPECT_EQ(Verify(u"text", u"TEXT"), KORVANE_OK);
+  EXPECT_EQ(Verify(u"text", u"other"), KORVANE_NOT_FOUND);
   EXPECT_EQ(Block(), "");
 }
 
