@@ -1,7 +1,7 @@
 #!/bin/bash
 # Feeds the library records, texts and sequences of calls that nobody would think of.
 #
-#   scripts/fuzz.sh [SECONDS]        # for so long each; 600 unless told
+#   scripts/fuzz.sh [SECONDS]        # each fuzzer runs this long; 600 by default
 #
 # Starts from fuzz/corpus and from what earlier runs found worth keeping (build/fuzz/corpus). An input that breaks a
 # promise is put into fuzz/corpus, where it stays once the fault is mended.

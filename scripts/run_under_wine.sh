@@ -5,7 +5,7 @@
 #
 #   --start PROGRAM      a Windows program to automate: its window shows before the host starts, and it ends after it
 #   --picture FILE       a picture of the screen (PNG) when the host has ended
-#   --timeout SECONDS    ends a host that takes longer, with code 124; 300 unless told
+#   --timeout SECONDS    ends a host that takes longer, with code 124; 300 by default
 #
 # Ends with the host's exit code. UI Automation, which Wine lacks, is served by standin_hwnd.dll over the real windows,
 # and korvane.dll is found without being beside the host.

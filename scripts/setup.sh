@@ -3,7 +3,7 @@
 #
 #   scripts/setup.sh [native] [checks] [windows] [host] [package] [consumers] [lint] [fuzz] [coverage] [bench]
 #
-# (the first three unless told)
+# (the first three by default)
 #
 # or sourced, for `setup native` and the like, which return 1 and say why in SETUP_PROBLEM when something stays missing.
 

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Lets eight threads call everything that may run together, under the thread sanitizer.
 #
-#   scripts/soak.sh [SECONDS]        # 600 unless told
+#   scripts/soak.sh [SECONDS]        # 600 by default
 cd "$(dirname "$0")/.." || exit 1
 source scripts/setup.sh
 setup native || exit 1

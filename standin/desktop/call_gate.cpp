@@ -19,10 +19,10 @@ thread_local MachineClock::duration t_inside;
 thread_local DWORD t_lastError = 0;
 thread_local const CallSite* t_method = nullptr;  // the client method that this thread is in
 
-// All call sites, linked without any allocation: the library's own are being counted when one is made.
+// A list of all call sites. Adding one allocates nothing, because tests count the library's allocations meanwhile.
 std::atomic<CallSite*> g_sites{nullptr};
 
-// What needs another process to answer.
+// Whether another process has to answer the call.
 bool LeavesTheProcess(std::string_view name) {
   constexpr std::string_view kLocal[] = {
       "::Create", "Cached", "ElementArray::", "CacheRequest::", "get_ControlView", "CompareElements"};
@@ -109,7 +109,7 @@ void EndCall(State& state, const CallSite& site) {
   LeaveGate();
 }
 
-// The site of a client method, with the mutex held. They are never destroyed, as the list of all sites is not either.
+// The call site of a UI Automation method. Needs the mutex. Call sites are never destroyed: the list points to them.
 CallSite& SiteOfMethod(const char* method) {
   static auto& sites = *new std::unordered_map<const char*, std::unique_ptr<CallSite>>;
   auto& site = sites[method];

@@ -26,7 +26,7 @@ const GlobalMemory* FindBlock(const State& state, UINT format) {
   return nullptr;
 }
 
-// Of a format that was registered here, else "CF_UNICODETEXT" or nothing.
+// The name under which the format was registered, "CF_UNICODETEXT", or an empty text.
 std::string NameOf(const State& state, UINT format) {
   for (const auto& [name, registered] : state.formats) {
     if (registered == format) {
@@ -36,7 +36,8 @@ std::string NameOf(const State& state, UINT format) {
   return format == CF_UNICODETEXT ? "CF_UNICODETEXT" : "";
 }
 
-// Nobody may use the blocks once the clipboard is closed. They move, so that a sanitizer sees who does.
+// Blocks of the clipboard may not be used once it is closed. Closing it moves them to other memory, so that a sanitizer
+// reports a pointer that is still used.
 void MoveBlocks(State& state) {
   for (const ClipboardEntry& entry : state.clipboard) {
     GlobalMemory& memory = state.globals.at(entry.block);

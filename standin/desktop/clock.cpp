@@ -1,5 +1,5 @@
-// Time. In virtual time one thread runs at a time; the others have their turn when it waits, in the order of their
-// making, and the clock jumps to the next thing that is due when nobody can run.
+// The clock. In virtual time only one thread runs. When it waits, the next thread that can run has its turn, in the
+// order in which threads were made. When none can run, the clock jumps to the next time that something waits for.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -16,7 +16,7 @@ Nanoseconds MachineTime() {
       .count();
 }
 
-// A thread whose procedure has returned may still run an action that was due just then.
+// A thread that has ended may still be running an action that was due at that moment.
 bool IsGone(const Thread& thread) {
   return !thread.takesTurns || thread.terminated || (thread.ended && thread.waiting == nullptr);
 }
@@ -49,7 +49,7 @@ bool CanRun(const Thread& thread, Nanoseconds now) {
   return waiting == nullptr || waiting->until <= now || (waiting->ready && waiting->ready());
 }
 
-// The next thread that can run, beginning behind the given one, which comes last.
+// The next thread that can run: first those after the given one, at last the given one itself.
 Thread* NextToRun(const State& state, const Thread& behind) {
   const auto& threads = state.threads;
   const auto at =
@@ -77,7 +77,7 @@ Nanoseconds NextDue(const State& state) {
   return due;
 }
 
-// Both are false when the kind of time was changed meanwhile.
+// The next two return false when the clock changed between virtual and real time while they waited.
 bool WaitForTurn(State& state, const Thread& self) {
   AbortIfForeign(self);
   ModelMutex::Whole whole(state.mutex);
@@ -86,7 +86,7 @@ bool WaitForTurn(State& state, const Thread& self) {
 }
 
 bool WaitInRealTime(State& state, const Thread& self) {
-  // A bound, so that what nobody announces is seen as well.
+  // Not every change is announced by a notification, so a wait never lasts longer than this without a look.
   constexpr Nanoseconds kLongestNap = 20'000'000;
   const Waiting& waiting = *self.waiting;
   while (!state.virtualTime) {
@@ -116,7 +116,7 @@ Nanoseconds State::Now() const {
 bool State::Wait(Nanoseconds deadline, const std::function<bool()>& ready, const char* what) {
   Thread& self = Self();
   const Waiting waiting{deadline, ready, what};
-  // A thread that runs a scheduled action waits already.
+  // A scheduled action runs on a thread that is waiting, so a wait within it is the second one of that thread.
   const Waiting* const outer = std::exchange(self.waiting, &waiting);
   if (virtualTime) {
     AbortIfForeign(self);
@@ -167,7 +167,7 @@ void State::Schedule(Nanoseconds at, std::function<void()> run) {
 }
 
 void State::RunDueActions() {
-  // In real time another thread must not begin the next one beside it.
+  // In real time two threads must not run scheduled actions at once.
   if (runningActions && !virtualTime) {
     return;
   }

@@ -1,18 +1,20 @@
 // A desktop that a program can script: processes with windows and controls that behave, one screen, cursor, keyboard
 // and clipboard, a clock, and a user who acts at set times. It answers the platform functions that the library calls.
-// A test arranges the screen, says what is to go wrong and when, calls the library, and looks at what came of it:
+// A test arranges the screen, says what is to go wrong and when, calls the library, and looks at the result:
 //
 //   auto& desktop = TheDesktop();
 //   desktop.Reset();
 //   const HWND form = desktop.Windows().Add({.title = u"Order", .rect = {100, 100, 500, 400}});
 //   const HWND edit = desktop.Windows().Add(
 //       {.rect = {120, 120, 320, 150}, .parent = form, .controlId = 7, .behaviour = Behaviour::Edit});
-//   desktop.Clipboard().Hold(40);                                // another program has it open for 40 ms
-//   desktop.Faults().FailNth("SetClipboardData", 1);             // the first call of it fails
-//   desktop.Clock().After(200, [&] { desktop.User().Click(150, 130); });
-//   … setClipboardText, pasteToTarget …
+//   desktop.User().Click(150, 130);                          // the edit gets the focus
+//   desktop.Clipboard().Hold(3);                             // another program keeps it open for 3 ms
+//   EXPECT_EQ(setClipboardText(u"4711"), KORVANE_OK);
+//   EXPECT_EQ(sendCtrlV(), KORVANE_OK);
 //   EXPECT_EQ(desktop.Controls().TextOf(edit), u"4711");
-//   EXPECT_THAT(desktop.Ledger().Outstanding(), IsEmpty());     // everything was given back
+//   desktop.Faults().FailNth("SetClipboardData", 1);         // its next call fails
+//   EXPECT_EQ(setClipboardText(u"4712"), KORVANE_FAILED);
+//   EXPECT_THAT(desktop.Ledger().Outstanding(), IsEmpty());  // everything was given back
 //
 // One desktop serves the whole process, as on a real machine: TheDesktop(). Each of its subjects is a small handle that
 // may be kept and copied. All members may be called from any thread.
@@ -118,8 +120,8 @@ class Clock : public Subject {
   void SetLocalTime(const SYSTEMTIME& time);
   void SetUtcOffsetMinutes(int minutes);  // local = UTC + offset; 60 after Reset
   void SetTickCount(DWORD ticks);         // what GetTickCount answers now
-  // Threads that CreateThread makes from now on begin so much later, as on a machine that is busy or while another
-  // thread holds the loader's lock. In virtual time.
+  // From now on a thread that CreateThread makes begins this many milliseconds after its creation, as on a busy machine
+  // or while another thread holds the loader's lock. In virtual time.
   void DelayNewThreads(double milliseconds);
 };
 
@@ -277,8 +279,8 @@ class Faults : public Subject {
   void FailFromNth(std::string_view name, std::uint64_t n);
   // What the named call answers when it fails, in place of E_FAIL. For calls that answer an HRESULT.
   void FailWith(std::string_view name, HRESULT result);
-  // Lets memory run out at the nth call from now of a platform function: it throws, as an allocation of the library's
-  // own beside it would. UI Automation methods never throw.
+  // Makes the nth call from now of a platform function throw std::bad_alloc, as an allocation of the library at that
+  // place would. UI Automation methods never throw.
   void EndMemoryAt(std::string_view name, std::uint64_t n);
   void Stop();
   std::uint64_t Injected() const;  // failures since the last of the calls above, Stop left out

@@ -44,7 +44,7 @@ void Paste(State& state, Node& edit) {
   });
 }
 
-// Deletes the selection, or without one the unit before or behind the caret.
+// Deletes the selection. Without a selection it deletes the unit before the caret or the one behind it.
 void Erase(State& state, Node& edit, bool before) {
   if (edit.selectionBegin == edit.selectionEnd) {
     if (before ? edit.selectionBegin == 0 : edit.selectionEnd == edit.window.title.size()) {
@@ -66,7 +66,7 @@ void State::Edited(Node& edit) {
   }
 }
 
-// Nothing of the field is to be touched after this: its script may have destroyed it.
+// `edit` may be gone afterwards, when the script that watches it destroys it.
 void State::ReplaceSelection(Node& edit, TextView text) {
   edit.window.title.replace(edit.selectionBegin, edit.selectionEnd - edit.selectionBegin, text);
   edit.selectionBegin = edit.selectionEnd = edit.selectionBegin + text.size();

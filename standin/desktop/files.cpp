@@ -96,7 +96,7 @@ BOOL CreateDirectoryW(const WCHAR* path, void* /*security*/) {
   return !call.Fails() && mkdir(MachinePath(path).c_str(), 0777) == 0;
 }
 
-// Only what appends to a file that may be new.
+// Answers only calls that open a file for appending and make it when it does not exist.
 HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD /*share*/, void* /*security*/, DWORD disposition,
                    DWORD /*attributes*/, HANDLE /*templateFile*/) {
   STANDIN_CALL(CreateFileW);

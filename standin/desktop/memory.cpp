@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kString = "BSTR";
 constexpr const char* kTaskMemory = "task memory";
-// What fresh memory is filled with: nobody may take it for zeros.
+// New memory is filled with this, so that code that expects zeros fails.
 constexpr int kFresh = 0xCD;
 
 // The length in bytes lies before the text, a terminator behind it.
@@ -38,7 +38,7 @@ void FreeString(State& state, BSTR text) {
 }  // namespace
 
 BSTR State::NewString(uia::TextView text) {
-  // Not a call of the library's: it counts and fails under its name alone.
+  // The library does not call this, so it is not part of the sequence of calls. It can fail by its name alone.
   static CallSite site("NewString");
   const std::lock_guard guard(mutex);
   ++site.count;
@@ -73,7 +73,7 @@ extern "C" {
 
 HGLOBAL GlobalAlloc(UINT flags, SIZE_T size) {
   STANDIN_CALL(GlobalAlloc);
-  // A block that no machine has.
+  // More than any machine has.
   constexpr SIZE_T kLargest = SIZE_T{1} << 40;
   if (call.Fails() || size > kLargest) {
     return nullptr;

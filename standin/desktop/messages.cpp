@@ -33,7 +33,7 @@ void AnswerHookCalls(State& state, Thread& self) {
   }
 }
 
-// The thread that a message of the script is for: the one that waits for messages, else the caller.
+// The thread that receives a message of the script: the one that waits for messages, or else the calling one.
 Thread& Addressee(State& state) {
   for (const auto& thread : state.threads) {
     if (thread->inGetMessage) {
@@ -45,8 +45,8 @@ Thread& Addressee(State& state) {
 
 }  // namespace
 
-// Offers the event to the hooks, newest first. A thread answers for its hooks while it waits for messages; the system
-// does not wait for one that does something else.
+// Calls the hooks, the newest first, until one swallows the event. A hook runs on the thread that installed it, while
+// that thread waits for messages; the hook of a thread that is doing something else is skipped.
 bool State::HooksSwallow(UINT message) {
   const auto installed = hooks;
   for (auto hook = installed.rbegin(); hook != installed.rend(); ++hook) {
@@ -107,9 +107,10 @@ using namespace standin;
 
 extern "C" {
 
-HHOOK SetWindowsHookExW(int kind, HOOKPROC procedure, HINSTANCE /*module*/, DWORD /*threadId*/) {
+HHOOK SetWindowsHookExW(int kind, HOOKPROC procedure, HINSTANCE /*module*/, DWORD threadId) {
   STANDIN_CALL(SetWindowsHookExW);
-  if (call.Fails() || kind != WH_MOUSE_LL || procedure == nullptr) {
+  // A low-level hook is for all threads.
+  if (call.Fails() || kind != WH_MOUSE_LL || procedure == nullptr || threadId != 0) {
     return nullptr;
   }
   const auto hook = reinterpret_cast<HHOOK>(call->nextHook += 8);

@@ -49,7 +49,7 @@ struct Thread {
   std::optional<Waiting> beginning;  // in virtual time: not before then
   jmp_buf top;                       // where a terminated thread goes on, at the end of its life
   bool terminated = false;
-  bool over = false;  // has nothing left to do, neither for the library nor here
+  bool over = false;  // will run no more code, neither the library's nor the desktop's
 
   // Object model
   int comInitializations = 0;
@@ -141,7 +141,7 @@ struct ClipboardEntry {
   HGLOBAL block;
 };
 
-// What a handle names.
+// The object that a handle stands for.
 struct KernelObject {
   enum class Kind { Thread, Event, File, Process } kind;
   std::shared_ptr<Thread> thread{};
@@ -152,7 +152,7 @@ struct KernelObject {
 
 // ---- Calls ----
 
-// One function as the gate knows it. It is made once, at the first call, and stays.
+// What is counted of one platform function. Made at its first call and never destroyed.
 struct CallSite {
   explicit CallSite(const char* functionName);
 
@@ -162,7 +162,7 @@ struct CallSite {
   CallSite* next = nullptr;
 };
 
-// By number of all calls, or of one function's.
+// Which calls are to fail: by their number among all calls, or among those of one function.
 struct ArmedFaults {
   bool armed = false;
   std::set<std::uint64_t> calls{};

@@ -27,7 +27,7 @@ void Press(State& state, Node& window) {
   }
 }
 
-// Nothing of the window is to be touched after this: its script may have destroyed it.
+// `window` may be gone afterwards, when the script of the button destroys it.
 void Release(State& state, Node& window) {
   state.Note("WM_LBUTTONUP", "x=", state.cursor.x, " y=", state.cursor.y);
   if (state.pressed != WindowFor(window.id) || window.window.behaviour != Behaviour::Button) {

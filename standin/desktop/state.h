@@ -1,4 +1,4 @@
-// The desktop at work: its model, the mutex that guards it, and what the files of this folder offer each other.
+// The state of the desktop, the mutex that guards it, and the functions that the files of this folder share.
 #pragma once
 
 #include <condition_variable>
@@ -9,7 +9,7 @@
 
 namespace standin {
 
-// A recursive mutex that its holder can give up whole, however often it holds it, and take back as often.
+// A recursive mutex that a thread can release completely, however often it has locked it, and lock as often again.
 class ModelMutex {
  public:
   void lock() {
@@ -135,7 +135,7 @@ struct State final : Model, uia::Tree {
   mutable ModelMutex mutex;
   std::condition_variable_any changed;
 
-  // What a reset does not begin again, so that nothing of the time before is taken for something new.
+  // A reset does not start these again, so that a handle from before it never equals a new one.
   DWORD nextThread = 100;
   DWORD nextProcess = 4000;
   Element nextElement = 0x900000;
@@ -157,7 +157,7 @@ void SetLastError(DWORD code);
 
 // ---- One platform call under way ----
 
-// Counted, perhaps to fail, and the mutex held until its end.
+// Counts the call, decides whether it fails, and holds the mutex until it ends.
 class Call {
  public:
   enum class Can { Fail, OnlyCount };
@@ -193,8 +193,8 @@ class Call {
   static CallSite callSite(#function); \
   const Call call(callSite, Call::Can::OnlyCount)
 
-// Code outside that the desktop calls without the mutex, which the caller holds: the script's, which counts as part of
-// the platform call under way, or the library's, which does not.
+// Releases the mutex, which the caller holds, while the desktop calls other code: a script's, which counts as part of
+// the platform call that is running, or the library's, which does not.
 class CallOut {
  public:
   enum class To { Script, Library };

@@ -11,7 +11,7 @@ namespace {
 
 thread_local std::shared_ptr<Thread> t_self;
 
-// A terminated thread goes on behind the setjmp without any unwinding, as Windows runs no destructors in it either.
+// A terminated thread jumps to the setjmp without unwinding: on Windows, too, no destructor runs in such a thread.
 void RunProcedure(Thread& self) {
   if (setjmp(self.top) == 0) {
     self.start(self.parameter);
@@ -62,8 +62,8 @@ bool State::IsThread(DWORD id) {
                                                   [id](const auto& process) { return process.second.uiThread == id; });
 }
 
-// Joined as soon as the next one starts: in a long run those that ended long ago would each keep a stack. One that left
-// something held stays, to be told of.
+// Joins threads that have ended, whenever another one starts: in a long run each of them would keep a stack. A thread
+// that left something behind is kept, so that the ledger can name it.
 void State::ForgetThreadsThatAreOver() {
   std::erase_if(threads, [](const auto& thread) {
     if (!thread->over || thread->comInitializations != 0 || !thread->attachedTo.empty()) {
@@ -175,7 +175,7 @@ BOOL TerminateThread(HANDLE handle, DWORD /*exitCode*/) {
   return TRUE;
 }
 
-// Only for events that stay set once they are.
+// Answers only calls that make an unnamed manual-reset event.
 HANDLE CreateEventW(void* /*security*/, BOOL manualReset, BOOL initiallySet, const WCHAR* name) {
   STANDIN_CALL(CreateEventW);
   if (call.Fails() || !manualReset || name != nullptr) {

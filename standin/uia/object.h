@@ -1,5 +1,5 @@
-// What all UI Automation client objects here share: a counted life that the tree is told of, and calls that no
-// exception leaves.
+// The base of all UI Automation client objects here: it counts references, tells the tree when an object is made and
+// destroyed, and lets no exception out of a method.
 #pragma once
 
 #include <atomic>
@@ -20,7 +20,7 @@ class Object : public Interface {
   }
   Object(const Object&) = delete;
   Object& operator=(const Object&) = delete;
-  // Comes after the interface's own methods in the vtable, where no client looks.
+  // Stands behind the interface's methods in the table of virtual functions, so that it moves none of them.
   virtual ~Object() {
     tree_.Destroyed(this);
   }

@@ -26,8 +26,8 @@ struct PropertyValue {
   bool isNull = false;
 };
 
-// Asked of Tree::Property beside the platform's own ids; of these only `result` counts, and a tree that knows nothing
-// of them answers a default PropertyValue.
+// Questions that are put to Tree::Property in addition to the platform's properties. Only `result` of the answer
+// counts. A tree that does not know them answers a default PropertyValue.
 inline constexpr PROPERTYID kNativeWindowHandle = 30020;  // below zero: the window handle cannot be read
 inline constexpr PROPERTYID kHandedOutByArrays = -1;      // below zero: arrays count the element but do not hand it out
 inline constexpr PROPERTYID kReadableFromCache = -2;      // below zero: what a search cached of it cannot be read
@@ -35,7 +35,7 @@ inline constexpr PROPERTYID kReadableFromCache = -2;      // below zero: what a 
 // What every method answers for an element that is no more.
 inline constexpr HRESULT kElementNotAvailable = static_cast<HRESULT>(0x80040201);
 
-// An element can go at any time: a member asked about a node that is no more answers 0, nothing or a failure.
+// An element can disappear at any time: for one that no longer exists a member returns 0, an empty list or a failure.
 class Tree {
  public:
   virtual ~Tree() = default;

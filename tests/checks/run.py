@@ -3,7 +3,7 @@
 
 run.py [--suite FOLDER] [RESULTS [NAME...]]
 
-FOLDER: this one unless told. NAME: only checks whose name contains one of them.
+FOLDER: this one by default. NAME: only checks whose name contains one of them.
 """
 
 import sys

@@ -6,6 +6,8 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved);
 namespace tests {
 namespace {
 
+const int g_cancelledAtStart = isCancelled();
+
 class CancelMonitorTest : public DesktopTest {
  protected:
   // How often the key was asked for while the clock moves on.
@@ -74,6 +76,10 @@ TEST_F(CancelMonitorTest, StopIsPromptAlsoWhileEscapeIsHeld) {
   EXPECT_LE(Elapsed(stopCancelMonitor), 60);
   EXPECT_EQ(PollsIn(300), 0U);
   TheDesktop().User().PressKey(VK_ESCAPE, false);
+}
+
+TEST_F(CancelMonitorTest, NothingIsCancelledAtFirst) {
+  EXPECT_EQ(g_cancelledAtStart, 0);
 }
 
 TEST_F(CancelMonitorTest, NothingToStop) {

@@ -109,6 +109,14 @@ TEST_F(ClickTargetTest, AWindowThatDoesNotAnswerMakesARememberedPointAMiss) {
   EXPECT_EQ(Statistics(), "Hits: 0, Misses: 2, Hit Rate: 0.0%");
 }
 
+TEST_F(ClickTargetTest, TheStatisticsCountClicksAlone) {
+  EXPECT_EQ(verifyTarget(&target_, window_), KORVANE_OK);
+  EXPECT_EQ(Statistics(), "none");
+  EXPECT_EQ(verifyTarget(&target_, window_), KORVANE_OK);
+  EXPECT_EQ(clickTarget(&target_, window_), KORVANE_OK);
+  EXPECT_EQ(Statistics(), "Hits: 1, Misses: 0, Hit Rate: 100.0%");
+}
+
 TEST_F(ClickTargetTest, WithoutAnIdEveryClickSearches) {
   const TargetRecord byPoint = RecordAt(130, 130);
   for (int i = 0; i < 3; ++i) {

@@ -1,8 +1,26 @@
 // The scripted desktop: counting calls, and making them fail.
+#include "korvane/korvane.h"
 #include "tests/native/desktop_fixture.h"
 
 namespace tests {
 namespace {
+
+// As the header teaches it.
+TEST_F(StandinTest, ExampleOfItsUse) {
+  auto& desktop = TheDesktop();
+  desktop.Reset();
+  const HWND form = desktop.Windows().Add({.title = u"Order", .rect = {100, 100, 500, 400}});
+  const HWND edit = desktop.Windows().Add(
+      {.rect = {120, 120, 320, 150}, .parent = form, .controlId = 7, .behaviour = Behaviour::Edit});
+  desktop.User().Click(150, 130);
+  desktop.Clipboard().Hold(3);
+  EXPECT_EQ(setClipboardText(u"4711"), KORVANE_OK);
+  EXPECT_EQ(sendCtrlV(), KORVANE_OK);
+  EXPECT_EQ(desktop.Controls().TextOf(edit), u"4711");
+  desktop.Faults().FailNth("SetClipboardData", 1);
+  EXPECT_EQ(setClipboardText(u"4712"), KORVANE_FAILED);
+  EXPECT_THAT(desktop.Ledger().Outstanding(), IsEmpty());
+}
 
 TEST_F(StandinTest, GateFailsTheCallsItIsToldTo) {
   const HWND window = AddWindow({0, 0, 10, 10});

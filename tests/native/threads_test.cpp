@@ -138,7 +138,7 @@ class StandardOutputAside {
 
 TEST_F(ThreadsTest, EverythingThatMayRunTogetherDoes) {
   constexpr int kThreads = 8;
-  // As long as KORVANE_SOAK_SECONDS says, 2 unless told.
+  // As long as KORVANE_SOAK_SECONDS says, 2 by default.
   const char* const wanted = std::getenv("KORVANE_SOAK_SECONDS");
   const auto duration = std::chrono::seconds(wanted == nullptr ? 2 : std::atoi(wanted));
   std::optional<StandardOutputAside> aside(std::in_place);
