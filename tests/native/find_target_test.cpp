@@ -50,40 +50,43 @@ TEST_F(FindTargetTest, SearchTimesAreInMilliseconds) {
 }
 
 TEST_F(FindTargetTest, TheMethodDecidesWhatIsTried) {
-  constexpr POINT kElsewhere{5, 5};
   const Lines id = {kTag + "Trying Method 0: AutomationId", kTag + "Method 0 failed, continuing..."};
   const Lines path = {kTag + "Trying Method 3: Tree Path", kTag + "Method 3 failed, falling back to coordinates..."};
   const Lines point = {kTag + "Trying Method 2: Coordinates (fallback)",
                        kTag + "Method 2: Element not in target window, releasing", kTag + "Method 2 failed"};
-  struct Case {
+  const TargetRecord onlyPoint = WithPoint(EmptyRecord(), {5, 5});
+  const TargetRecord onlyId = RecordById(u"absent");
+  TargetRecord onlyPath = EmptyRecord();
+  AddLevel(onlyPath, 1, u"Absent", 1);
+  TargetRecord all = WithPoint(onlyId, {5, 5});
+  AddLevel(all, 1, u"Absent", 1);
+  const struct {
+    TargetRecord record;
     int method;
-    bool triesId;
-    bool triesPath;
+    Lines steps;
+  } cases[] = {
+      {.record = all, .method = 0, .steps = id + point},
+      {.record = all, .method = 2, .steps = id + point},
+      {.record = all, .method = 3, .steps = path + point},
+      {.record = all, .method = -1, .steps = point},
+      {.record = all, .method = 1, .steps = point},
+      {.record = all, .method = 7, .steps = point},
+      {.record = all, .method = INT32_MIN, .steps = point},
+      // What a record lacks is not tried.
+      {.record = onlyId, .method = 0, .steps = id},
+      {.record = onlyId, .method = 3, .steps = {}},
+      {.record = onlyPath, .method = 3, .steps = path},
+      {.record = onlyPath, .method = 0, .steps = {}},
+      {.record = onlyPoint, .method = 0, .steps = point},
+      {.record = onlyPoint, .method = 3, .steps = point},
+      {.record = EmptyRecord(), .method = 0, .steps = {}},
   };
-  for (const Case& c : {Case{0, true, false}, Case{2, true, false}, Case{3, false, true}, Case{-1, false, false},
-                        Case{1, false, false}, Case{7, false, false}, Case{INT32_MIN, false, false}}) {
-    for (const bool hasPoint : {true, false}) {
-      for (const bool hasOthers : {true, false}) {
-        TargetRecord record = EmptyRecord();
-        if (hasOthers) {
-          record = RecordById(u"absent");
-          AddLevel(record, 1, u"Absent", 1);
-        }
-        record.identificationMethod = c.method;
-        Lines expected = {kTag + "Starting with identification method: " + std::to_string(c.method)};
-        const auto expect = [&](bool tried, const Lines& lines) {
-          if (tried) {
-            expected.insert(expected.end(), lines.begin(), lines.end());
-          }
-        };
-        expect(c.triesId && hasOthers, id);
-        expect(c.triesPath && hasOthers, path);
-        expect(hasPoint, point);
-        expected.push_back(kTag + "FAILED: All identification methods failed");
-        EXPECT_EQ(Find(hasPoint ? WithPoint(record, kElsewhere) : record), "none");
-        EXPECT_EQ(Steps(), expected);
-      }
-    }
+  for (const auto& c : cases) {
+    TargetRecord record = c.record;
+    record.identificationMethod = c.method;
+    EXPECT_EQ(Find(record), "none");
+    EXPECT_EQ(Steps(), Lines{kTag + "Starting with identification method: " + std::to_string(c.method)} + c.steps +
+                           Lines{kTag + "FAILED: All identification methods failed"});
   }
 }
 

@@ -246,6 +246,9 @@ TEST_F(LogTest, ALostWriteLosesItsLineOnly) {
 }
 
 TEST_F(LogTest, LongLinesAreWholeAndWithoutMemoryCutButEnded) {
+  const std::string narrow(5000, 'n');
+  LogLine("x", narrow);
+  EXPECT_EQ(Log(), Lines{"x" + narrow});
   for (const std::size_t length : {std::size_t{900}, std::size_t{1100}, std::size_t{100000}}) {
     for (const char16_t unit : {u'a', u'\x4e2d'}) {
       const std::u16string text(length, unit);
