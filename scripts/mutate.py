@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Changes one token of src/ at a time and tells which changes no native test notices.
+"""Changes one token of the library at a time and tells which changes no native test notices.
 
     scripts/mutate.py [--count 200] [--seed 1] [--jobs 2]       # a random sample; the same seed gives the same one
     scripts/mutate.py --only 'input/click'                      # changes of files whose path contains this
@@ -117,26 +117,26 @@ def changes_of(path):
 
 
 def all_changes(only):
-    listed = subprocess.run(["git", "ls-files", "src"], cwd=TOP, capture_output=True, text=True, check=True).stdout
+    listed = subprocess.run(["git", "ls-files", "src", "platform"], cwd=TOP, capture_output=True, text=True, check=True).stdout
     paths = [p for p in listed.split() if p.endswith((".cpp", ".h")) and not LEFT_OUT.search(p) and only in p]
     return [change for path in paths for change in changes_of(path)]
 
 
 def known_reasons():
-    """From (path, line's text, before, after) to the reason why no test can notice the change."""
+    """From (file, line's text, before, after) to the reason why no test can notice the change."""
     reasons = {}
     if KNOWN.exists():
         for line in KNOWN.read_text(encoding="utf-8").splitlines():
             if line and not line.startswith("#"):
-                path, text, before, after, reason = line.split(" | ")
-                reasons[path, text, before, after] = reason
+                *change, reason = line.rsplit(" | ", 4)
+                reasons[tuple(change)] = reason
     return reasons
 
 
 def key(change):
     # A call that was taken out is its whole line.
     taken_out = change.before.strip() == change.text
-    return change.path, change.text, "call" if taken_out else change.before, change.after or "nothing"
+    return Path(change.path).name, change.text, "call" if taken_out else change.before, change.after or "nothing"
 
 
 class Tree:

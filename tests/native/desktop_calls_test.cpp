@@ -1,4 +1,6 @@
 // The scripted desktop: counting calls, and making them fail.
+#include <new>
+
 #include "korvane/korvane.h"
 #include "tests/native/desktop_fixture.h"
 
@@ -61,6 +63,14 @@ TEST_F(StandinTest, GateFailsTheCallsItIsToldTo) {
   answers(1);
   EXPECT_EQ(TheDesktop().Calls().Sequence().size(), counted);
   EXPECT_EQ(TheDesktop().Calls().Count(), counted + 1);
+}
+
+TEST_F(StandinTest, MemoryEndsWhereItIsToldTo) {
+  TheDesktop().Faults().EndMemoryAt("IsWindow", 2);
+  EXPECT_FALSE(IsWindow(nullptr));
+  EXPECT_THROW(IsWindow(nullptr), std::bad_alloc);
+  EXPECT_FALSE(standin::InsidePlatformCall());
+  EXPECT_FALSE(IsWindow(nullptr)) << "once, and nothing is left locked";
 }
 
 // A failing call changes nothing, except that what it was to give back is no longer the caller's.

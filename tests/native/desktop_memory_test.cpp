@@ -39,11 +39,13 @@ TEST_F(StandinTest, ClipboardOwnsWhatItWasGiven) {
   EXPECT_EQ(SetClipboardData(CF_UNICODETEXT, second), second);
   EXPECT_THAT(TheDesktop().Clipboard().Formats(), ElementsAre("CF_UNICODETEXT"));
   EXPECT_EQ(TheDesktop().Clipboard().Bytes("CF_UNICODETEXT"), (std::vector<std::uint8_t>{'x', 0, 0, 0}));
+  const HGLOBAL fixed = GlobalAlloc(0, 2);
+  EXPECT_EQ(SetClipboardData(CF_UNICODETEXT, fixed), fixed) << "accepted here, though a misuse";
   EXPECT_TRUE(EmptyClipboard());
   EXPECT_TRUE(CloseClipboard());
   EXPECT_EQ(TheDesktop().Clipboard().Text(), std::nullopt);
   EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
-  EXPECT_EQ(TakeMisuses().size(), 4U);
+  EXPECT_EQ(TakeMisuses().size(), 5U);
 }
 
 TEST_F(StandinTest, LedgerNamesWhatIsLeftAndWhatIsGivenBackTwice) {
