@@ -184,10 +184,10 @@ def build(world):
     (folder / "receiver.c").write_text(receiver, encoding="utf-8")
     (folder / "caller.cpp").write_text(caller, encoding="utf-8")
     if world == "native":
-        prefix, options = "", ["-fshort-wchar", "-I", str(HEADERS)]
+        prefix, suffix, options = "", "", ["-fshort-wchar", "-I", str(HEADERS)]
     else:
         # Wine's interfaces over the compiler's own headers.
-        prefix, options = "x86_64-w64-mingw32-", ["-I", str(folder)]
+        prefix, suffix, options = "x86_64-w64-mingw32-", "-win32", ["-I", str(folder)]
         for name in ("uiautomationclient.h", "uiautomationcore.h"):
             (folder / name).write_bytes((HEADERS / name).read_bytes())
     result = folder / "slots.exe"
@@ -197,6 +197,6 @@ def build(world):
          "-o", str(folder / "caller.o")],
         ["g++", "-static", str(folder / "caller.o"), str(folder / "receiver.o"), "-o", str(result)],
     ):  # fmt: skip
-        built = run(tool(prefix + command[0]), *command[1:])
+        built = run(tool(prefix + command[0] + suffix), *command[1:])
         assert built.returncode == 0, built.stderr
     return result, count

@@ -127,7 +127,7 @@ class PlatformDeclarations(unittest.TestCase):
         cls.declared = Declarations(source(NATIVE))
         text = program(cls.declared)
         cls.native = facts("g++", "objcopy", text, cls.declared)
-        cls.windows = facts(CROSS + "g++", CROSS + "objcopy", text, cls.declared)
+        cls.windows = facts(CROSS + "g++-win32", CROSS + "objcopy", text, cls.declared)
 
     def compare(self, kind, names):
         for name in names:

@@ -63,7 +63,8 @@ void StopFailing() {
 
 }  // namespace tests::allocations
 
-// The linker puts the second in the place of malloc and gives malloc the name of the first.
+// The linker option --wrap=malloc makes calls of malloc arrive in the second function; the first one is the real
+// malloc.
 extern "C" void* __real_malloc(std::size_t size);
 extern "C" void* __wrap_malloc(std::size_t size) {
   return tests::allocations::Passes() ? __real_malloc(size) : nullptr;

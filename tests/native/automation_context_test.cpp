@@ -33,7 +33,8 @@ TEST_F(AutomationContextTest, ACallFromWithinItsCreationDoesNotHang) {
     EXPECT_EQ(initializeAutomation(), 0);
     EXPECT_TRUE(CurrentAutomation());
     cleanupAutomation();
-    // The inner initialisation joined the outer one, which is one that the library does not balance.
+    // The inner call found COM initialised already (S_FALSE), and the library gives back only what it initialised
+    // itself.
     CoUninitialize();
   }
   EXPECT_EQ(TheDesktop().Calls().Count("CoCreateInstance"), 4U);
@@ -62,7 +63,7 @@ TEST_F(AutomationContextTest, ReportsWhatCannotBeCreatedAndTriesAgain) {
 }
 
 TEST_F(AutomationContextTest, LeavesAnInitialisationOfTheHostAlone) {
-  // The call that joins the host's own initialisation (S_FALSE) is one that the library does not balance.
+  // COM is initialised by the host already (S_FALSE), and the library gives back only what it initialised itself.
   ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
   EXPECT_EQ(initializeAutomation(), KORVANE_OK);
   EXPECT_THAT(CallsOf(cleanupAutomation), Not(Contains("CoUninitialize")));
@@ -156,7 +157,7 @@ TEST_F(AutomationContextTest, OnlyAFreeingDetachEndsTheLibrary) {
   EXPECT_EQ(DllMain(nullptr, DLL_PROCESS_DETACH, nullptr), TRUE);
   EXPECT_FALSE(LogIsOpen());
   EXPECT_THAT(TheDesktop().Ledger().Outstanding(), IsEmpty());
-  // A second time there is nothing to end, and the fixture sees that nothing was given back twice.
+  // A second detach has nothing left to end; giving something back twice would be a misuse, which the fixture reports.
   EXPECT_EQ(DllMain(nullptr, DLL_PROCESS_DETACH, nullptr), TRUE);
 }
 

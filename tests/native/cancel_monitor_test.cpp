@@ -10,7 +10,7 @@ const int g_cancelledAtStart = isCancelled();
 
 class CancelMonitorTest : public DesktopTest {
  protected:
-  // How often the key was asked for while the clock moves on.
+  // How often the state of the key was read while this many milliseconds passed.
   std::uint64_t PollsIn(double milliseconds) {
     const auto before = TheDesktop().Calls().Count("GetAsyncKeyState");
     TheDesktop().Clock().Advance(milliseconds);
@@ -107,7 +107,7 @@ TEST_F(CancelMonitorTest, WithoutAThreadNothingIsWatched) {
   EXPECT_THAT(Log(), IsEmpty());
 }
 
-// A thread that has not been seen to end may still run in the library, which then has to stay loaded.
+// Without proof that the thread has ended it may still run code of the library, so the library stays loaded.
 TEST_F(CancelMonitorTest, LibraryStaysForAThreadThatDoesNotEnd) {
   startCancelMonitor();
   delay(5);

@@ -138,7 +138,7 @@ TEST_F(CaptureTest, AFailingPartLeavesItsFieldEmptyAndTheRestStands) {
        nothing},
       {std::string(kElement) + "get_CurrentAutomationId", 1, "[captureTargetAtPoint] No AutomationId available",
        [](TargetRecord& r) { r.automationId[0] = 0; }},
-      // The second reading is the capture's own; the point then gives the window.
+      // The first reading is for the log, the second one for the record; without it the window at the point is taken.
       {std::string(kElement) + "get_CurrentNativeWindowHandle", 2,
        "[captureTargetAtPoint] WindowFromPoint fallback succeeded - HWND: 0x" + Hexadecimal(edit_), nothing},
       {"IUIAutomation::get_ControlViewWalker", 1, "[BuildTreePath] FAILED: Unable to get tree walker",
@@ -163,7 +163,7 @@ TEST_F(CaptureTest, AFailingPartLeavesItsFieldEmptyAndTheRestStands) {
     EXPECT_TRUE(SameBytes(record_, expected));
     EXPECT_THAT(Log(), Contains(c.line));
   }
-  // Readings that feed the log alone leave their line out.
+  // When a value that only the log shows cannot be read, its line is left out.
   for (const auto& [property, line] : {std::pair{UIA_ControlTypePropertyId, "[GetElementAtPoint] Element control type"},
                                        std::pair{30020, "[GetElementAtPoint] Element HWND"}}) {
     TheDesktop().Elements().FailProperty(TheDesktop().Elements().Of(edit_), property);

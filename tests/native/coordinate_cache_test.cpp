@@ -109,7 +109,7 @@ TEST_F(CoordinateCacheTest, KeysTellWindowsAndIdsApart) {
   EXPECT_EQ(KeyOf(window_, u""), prefix);
   EXPECT_NE(KeyOf(window_, u"7"), KeyOf(other, u"7"));
   EXPECT_EQ(KeyOf(window_, u"\xe9\x4e2d\xd83d\xde00"), prefix + "\xc3\xa9\xe4\xb8\xad\xf0\x9f\x98\x80");
-  // Halves of pairs have one form in UTF-8, whatever they are.
+  // All lone halves of surrogate pairs become the same character in UTF-8.
   EXPECT_EQ(KeyOf(window_, u"a\xd83d"), prefix + "a\xef\xbf\xbd");
   EXPECT_EQ(KeyOf(window_, u"a\xde00"), prefix + "a\xef\xbf\xbd");
 }

@@ -7,7 +7,7 @@
 namespace tests {
 namespace {
 
-// As the header teaches it.
+// The example at the top of desktop.h.
 TEST_F(StandinTest, ExampleOfItsUse) {
   auto& desktop = TheDesktop();
   desktop.Reset();
@@ -73,7 +73,7 @@ TEST_F(StandinTest, MemoryEndsWhereItIsToldTo) {
   EXPECT_FALSE(IsWindow(nullptr)) << "once, and nothing is left locked";
 }
 
-// A failing call changes nothing, except that what it was to give back is no longer the caller's.
+// A failing call changes nothing, with one exception: a call that gives something back has given it back.
 TEST_F(StandinTest, FailingCallsHaveNoEffectButReleasesRelease) {
   auto& desktop = TheDesktop();
   const HWND window = AddWindow({0, 0, 100, 100});

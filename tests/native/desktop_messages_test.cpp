@@ -16,7 +16,7 @@ class StandinHooksTest : public StandinTest {
   static inline HHOOK g_hook = nullptr;
   static inline DWORD g_hookThread = 0;
 
-  // Swallows the first press, takes itself away then and wakes its thread.
+  // Swallows the first press, removes the hook and wakes the thread.
   static LRESULT SwallowOnePress(int code, WPARAM message, LPARAM event) {
     const auto* mouse = reinterpret_cast<const MSLLHOOKSTRUCT*>(event);
     g_diary.Write("hook " + std::to_string(message) + " at " + std::to_string(mouse->pt.x));

@@ -148,7 +148,5 @@ TEST_F(StandinElementsTest, FailAndCountAsCallsOfTheirOwn) {
   element->Release();
 }
 
-// ---- Keys and fields ----
-
 }  // namespace
 }  // namespace tests

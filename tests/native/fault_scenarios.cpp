@@ -35,13 +35,13 @@ const Failures kCaptureAtPoint = {
     {KORVANE_INVALID_ARGUMENT, "ERROR captureTargetAtPoint Code:-2 Details:target parameter is null"},
     {KORVANE_FAILED, "[captureTargetAtPoint] ERROR: Failed to initialize automation"}};
 
-// Its steps go to the standard output.
+// Its steps are written to the standard output, not to the log.
 const Failures kCaptureAtCursor = {{KORVANE_NOT_FOUND, nullptr}};
 
 const Failures kVerify = {{KORVANE_NOT_FOUND, "ERROR verifyTarget Code:-1 Details:Target element not found"},
                           {KORVANE_FAILED, "[verifyTarget] ERROR: Failed to initialize automation"}};
 
-// Input that is not accepted has no line.
+// A refused SendInput writes no line.
 const Failures kInput = {{KORVANE_FAILED, nullptr}};
 
 const Failures kClick =
@@ -101,7 +101,7 @@ void ShowText(Form& form) {
   TheDesktop().Controls().SetText(form.edit, u"shown text");
 }
 
-// The text goes into the form without an allocation, which would be taken for the library's.
+// Copies the text without an allocation, because that would be counted as the library's.
 int ReadText(Form& form, const TargetRecord& record) {
   KorvaneChar* const text = getTargetText(&record, form.window);
   if (text == nullptr) {
@@ -134,7 +134,7 @@ void CheckCapturedAtCursor(const Form& form, int code) {
   }
 }
 
-// A failure has not clicked anything.
+// A click that failed has pressed nothing.
 void CheckClicks(const Form& form, int code) {
   EXPECT_LE(TheDesktop().Controls().MouseDowns(form.edit), code == KORVANE_OK ? 1 : 0);
   EXPECT_EQ(TheDesktop().Controls().Presses(form.button), 0);
@@ -393,7 +393,7 @@ const std::vector<Scenario>& Scenarios() {
        .arrange =
            [](Form&) {
              TheDesktop().Clock().After(5, [] { TheDesktop().User().Click(150, 170); });
-             // A later message, for when the waking one is lost.
+             // Ends the wait when the message that the click posts is made to fail.
              TheDesktop().Clock().After(9, [] { TheDesktop().Host().PostMessage(WM_NULL); });
            }},
       {.name = "cancel monitor",

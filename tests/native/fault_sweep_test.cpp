@@ -12,7 +12,7 @@
 namespace tests {
 namespace {
 
-// Calls whose failure takes the line with it.
+// Calls without which a line of the log cannot be written.
 bool BelongsToLog(const std::string& call) {
   static const std::set<std::string> calls = {"WriteFile", "CreateFileW", "FileTimeToLocalFileTime",
                                               "FileTimeToSystemTime"};
@@ -28,7 +28,7 @@ class FaultSweepTest : public DesktopTest {
     int injected = 0;
   };
 
-  // The call alone, with its console trace kept away and the faults set only around it.
+  // Runs the scenario with the faults that `inject` sets. What it writes to the console is dropped.
   static int Run(
       const Scenario& scenario, Form& form, const std::function<void()>& inject = [] {}) {
     ::testing::internal::CaptureStdout();
@@ -135,7 +135,7 @@ TEST_F(FaultSweepTest, EveryPlatformCallFailsOnce) {
   std::printf("fault sweep: %d scenarios, %d call sites, %d runs\n", counts.scenarios, counts.sites, counts.runs);
 }
 
-// A method may succeed and hand out nothing. A point is left out: none is (0, 0), which is clicked.
+// A method may succeed and hand out nothing. GetClickablePoint is left out: (0, 0) is a point like any other.
 TEST_F(FaultSweepTest, EveryMethodOfUiAutomationAnswersNothingOnce) {
   for (const Scenario& scenario : Scenarios()) {
     const Lines calls = CallsOf(scenario);
@@ -169,7 +169,7 @@ TEST_F(FaultSweepTest, PairsOfFaults) {
   }
 }
 
-// Few exports allocate in their own code, but each is guarded: memory ends at one of its platform calls here.
+// Every export catches std::bad_alloc, also one that allocates nothing today: here a platform call throws it.
 TEST_F(FaultSweepTest, EveryExportSaysThatMemoryRanOut) {
   const struct {
     const char* scenario;
@@ -211,7 +211,7 @@ TEST_F(FaultSweepTest, EveryAllocationFailsOnce) {
   int sites = 0;
   for (const Scenario& scenario : Scenarios()) {
     const std::string name = std::string(scenario.name).substr(0, std::string_view(scenario.name).find(','));
-    // These say with the code for failures that no text, or no element, is to be had.
+    // These answer -1, as they do when there is no text or no element.
     static const std::set<std::string> unread = {"captureTargetAtCursor", "isTargetEmpty", "targetContainsText",
                                                  "targetContainsPartialText"};
     const int code = unread.contains(name) ? KORVANE_NOT_FOUND : KORVANE_FAILED;

@@ -111,7 +111,7 @@ TEST_F(FindTargetTest, TheFirstIdentificationThatFitsWins) {
     EXPECT_EQ(steps.back(), kTag + c.success);
     EXPECT_EQ(steps.size(), 3U);
   }
-  // A path out of range is refused, and the point still serves.
+  // A path with an impossible length is skipped, and the point is tried.
   for (const int length : {-1, 0, 21}) {
     all.identificationMethod = 3;
     all.pathLength = length;
@@ -211,7 +211,7 @@ TEST_F(FindTargetTest, AnElementWithoutAWindowGetsOneByItsPointOrItsAncestors) {
   };
   const TargetRecord row = RecordAt(kOverRow.x, kOverRow.y);
   auto& desktop = TheDesktop();
-  // The counter runs over while the window is looked for.
+  // The tick counter wraps to zero while the window is looked for.
   desktop.Clock().SetTickCount(0xFFFFFFFE);
   desktop.Calls().After("WindowFromPoint", 1, [] { TheDesktop().Clock().SetTickCount(5); });
   EXPECT_EQ(Find(row), "row");

@@ -58,7 +58,7 @@ TEST_F(KeyboardTest, PartlyAcceptedShortcutFailsAndLeavesNoKeyDown) {
     for (std::uint32_t accepted = 0; accepted < 2 * shortcut.keys.size(); ++accepted) {
       SCOPED_TRACE(std::string(shortcut.name) + ", " + std::to_string(accepted));
       TheDesktop().Input().Block(accepted);
-      // With the release refused at first, and without.
+      // Once with every SendInput accepted, and once with the first releases refused.
       for (const std::uint64_t refused : {0U, 2U}) {
         TheDesktop().Faults().Stop();
         TheDesktop().Faults().FailNth("SendInput", refused);

@@ -216,7 +216,7 @@ TEST_F(LogTest, TheDefaultFileLiesInAFolderOfTheUser) {
   logActionWithTimestamp(u"one", 0, 0, 0);
   initializeLog(u"");
   logActionWithTimestamp(u"two", 0, 0, 0);
-  // The folder's result counts for nothing: opening the file decides.
+  // A folder that cannot be made may exist already, so its result is ignored: opening the file decides.
   TheDesktop().Faults().FailNth("CreateDirectoryW", 1);
   initializeLog(nullptr);
   logActionWithTimestamp(u"three", 0, 0, 0);

@@ -39,7 +39,8 @@ class ThreadsTest : public DesktopTest {
     DesktopTest::TearDown();
   }
 
-  // Every line since the last look is whole: one time at most, at its beginning. How many there were.
+  // Checks that every line since the last call is whole, with at most one time stamp, at its beginning. Returns how
+  // many.
   std::size_t CheckLines() {
     const std::filesystem::path aside = Folder() / "aside.txt";
     std::filesystem::rename(LogPath(), aside);
@@ -61,8 +62,8 @@ class ThreadsTest : public DesktopTest {
   TargetRecord id_{};
 };
 
-// One thread's share: calls whose codes cannot be told when the context goes away in between, but are always
-// documented. Two threads read the screen, two act on it, the others do what a host does beside that.
+// What each thread calls. The context may go away at any time, so a call may fail, but only with a documented code. Two
+// threads read the screen, two act on it, the others do what a host does beside that.
 void Use(int which, const TargetRecord& id, const TargetRecord& path, HWND window) {
   const auto expect = [](int code, std::initializer_list<int> documented) {
     EXPECT_TRUE(std::find(documented.begin(), documented.end(), code) != documented.end()) << code;

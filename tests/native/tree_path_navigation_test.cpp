@@ -307,7 +307,7 @@ TEST_F(TreePathNavigationTest, ACancelEndsItSilentlyBeforeTheNextLevel) {
   EXPECT_EQ(Follow(InPanel(kEdit, u"Edit", 1)), "none");
   EXPECT_EQ(Log().back(), kTag + "Skipping root window level - className matches: Dialog");
   EXPECT_EQ(TheDesktop().Calls().Count("IUIAutomationElement::FindAllBuildCache"), 0U);
-  // A path that has no level below the window is followed all the same.
+  // A path that consists of the window alone leads to the window.
   EXPECT_EQ(Follow(RecordOf({{UIA_WindowControlTypeId, u"Dialog", 1}})), "");
 }
 

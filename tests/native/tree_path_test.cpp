@@ -177,7 +177,7 @@ TEST_F(TreePathTest, APositionCountsSiblingsOfTheSameKind) {
   EXPECT_EQ(GetChildIndex(button(4).Get(), 50000, nullptr), 5);
   EXPECT_EQ(GetChildIndex(button(4).Get(), 50000, u"button"), 0) << "letter case counts";
   EXPECT_EQ(GetChildIndex(button(4).Get(), 50004, u"Button"), 0);
-  // An entry that is not handed out has no position, one that cannot be compared has.
+  // An array entry that cannot be read is not counted; one that cannot be compared is.
   TheDesktop().Elements().HideFromArrays(buttons[0]);
   EXPECT_EQ(GetChildIndex(button(4).Get(), 50000, u"Button"), 2);
   TheDesktop().Faults().FailNth("IUIAutomation::CompareElements", 1);
@@ -210,7 +210,7 @@ TEST_F(TreePathTest, APositionSearchAsksOnceAndNamesWhatFailed) {
       {"IUIAutomationElementArray::get_Length", 1, "ERROR: Failed to get filtered children count"},
   };
   for (const auto& c : cases) {
-    // Both a failure and a success that hands out nothing.
+    // Once with a failure, and once with a success that hands out nothing.
     for (const HRESULT result : {E_FAIL, S_FALSE}) {
       if (result == S_FALSE && std::string_view(c.call).ends_with("get_Length")) {
         continue;
