@@ -172,6 +172,10 @@ HANDLE SetClipboardData(UINT format, HANDLE block) {
   if (call.Fails() || !HoldsClipboard(*call) || memory == call->globals.end()) {
     return nullptr;
   }
+  if (format == 0) {
+    call->Misuse("gave the clipboard a block without a format");
+    return nullptr;
+  }
   if (memory->second.systemOwned || memory->second.locks > 0) {
     call->Misuse("gave the clipboard a block that is locked or not the caller's");
     return nullptr;

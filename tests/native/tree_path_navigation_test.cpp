@@ -136,6 +136,13 @@ TEST_F(TreePathNavigationTest, ALevelIsOneCall) {
   }
 }
 
+TEST_F(TreePathNavigationTest, ASearchInVainTakesEachCandidateOnce) {
+  const auto before = TheDesktop().Calls().Count("IUIAutomationElementArray::GetElement");
+  EXPECT_EQ(Follow(InPanel(0, u"Absent", 0)), "none");
+  // The panel, and its four children.
+  EXPECT_EQ(TheDesktop().Calls().Count("IUIAutomationElementArray::GetElement") - before, 5U);
+}
+
 TEST_F(TreePathNavigationTest, LevelZeroMayBeTheWindowItself) {
   const std::string skipping = "Skipping root window level - className matches: Dialog";
   const struct {
