@@ -2,23 +2,13 @@
 
 #include <algorithm>
 
+#include "standin/hwnd/control_class.h"
+#include "standin/hwnd/other_process.h"
+
 namespace standin::hwnd {
 namespace {
 
-constexpr UINT kAnswerMilliseconds = 1000;
 constexpr int kLongestClassName = 256;
-
-std::optional<LONG_PTR> Ask(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  DWORD_PTR answer = 0;
-  if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_ABORTIFHUNG, kAnswerMilliseconds, &answer) == 0) {
-    return std::nullopt;
-  }
-  return static_cast<LONG_PTR>(answer);
-}
-
-bool IsClass(const uia::Text& className, const WCHAR* wanted) {
-  return CompareStringOrdinal(className.c_str(), -1, wanted, -1, TRUE) == CSTR_EQUAL;
-}
 
 LONG_PTR StyleOf(HWND window) {
   return GetWindowLongPtrW(window, GWL_STYLE);
@@ -32,16 +22,12 @@ struct Children {
 // No exception may pass through the system's enumeration: memory that runs out ends it early.
 BOOL CALLBACK AddChild(HWND window, LPARAM parameter) noexcept try {
   auto& children = *reinterpret_cast<Children*>(parameter);
-  if (ParentOf(window) == children.parent) {
+  if (ParentOf(window) == children.parent && IsWindowVisible(window)) {
     children.windows.push_back(window);
   }
   return TRUE;
 } catch (...) {
   return FALSE;
-}
-
-BOOL CALLBACK AddVisible(HWND window, LPARAM parameter) noexcept {
-  return IsWindowVisible(window) ? AddChild(window, parameter) : TRUE;
 }
 
 RECT ScreenRect() {
@@ -69,20 +55,11 @@ bool IsTopLevel(HWND window) {
 }
 
 CONTROLTYPEID ControlTypeOf(HWND window) {
-  if (IsTopLevel(window)) {
-    return UIA_WindowControlTypeId;
-  }
-  const uia::Text className = ClassNameOf(window);
-  if (IsClass(className, L"Edit")) {
-    return kEditType;
-  }
-  if (IsClass(className, L"Button")) {
-    return (StyleOf(window) & BS_TYPEMASK) == BS_GROUPBOX ? kGroupType : kButtonType;
-  }
-  if (IsClass(className, L"Static")) {
-    return kTextType;
-  }
-  return IsClass(className, L"ListBox") ? kListType : kPaneType;
+  return IsTopLevel(window) ? UIA_WindowControlTypeId : ControlClassOf(window).Type(window);
+}
+
+uia::PropertyValue NameOf(HWND window) {
+  return IsTopLevel(window) ? TextValue(TitleOf(window)) : ControlClassOf(window).Name(window);
 }
 
 uia::Text ClassNameOf(HWND window) {
@@ -96,7 +73,7 @@ uia::Text AutomationIdOf(HWND window) {
     return {};
   }
   const int id = GetDlgCtrlID(window);
-  return id == 0 ? uia::Text() : std::to_wstring(id);
+  return id == 0 || id == -1 ? uia::Text() : std::to_wstring(id);
 }
 
 uia::Text TitleOf(HWND window) {
@@ -130,7 +107,7 @@ std::vector<HWND> ChildrenOf(HWND window) {
   Children children{window, {}};
   const auto parameter = reinterpret_cast<LPARAM>(&children);
   if (window == GetDesktopWindow()) {
-    EnumWindows(AddVisible, parameter);
+    EnumWindows(AddChild, parameter);
   } else {
     EnumChildWindows(window, AddChild, parameter);
   }
@@ -154,38 +131,6 @@ std::optional<RECT> VisibleRect(HWND window) {
     return std::nullopt;
   }
   return visible;
-}
-
-int RowCount(HWND list) {
-  const std::optional<LONG_PTR> count = Ask(list, LB_GETCOUNT, 0, 0);
-  return count && *count > 0 ? static_cast<int>(*count) : 0;
-}
-
-std::optional<uia::Text> RowText(HWND list, int row) {
-  const auto index = static_cast<WPARAM>(row);
-  const std::optional<LONG_PTR> length = Ask(list, LB_GETTEXTLEN, index, 0);
-  if (!length || *length < 0) {
-    return std::nullopt;
-  }
-  // A row that grows in between would overrun the buffer: leave it room.
-  uia::Text text(static_cast<std::size_t>(*length) + 256, L'\0');
-  const std::optional<LONG_PTR> copied = Ask(list, LB_GETTEXT, index, reinterpret_cast<LPARAM>(text.data()));
-  if (!copied || *copied < 0) {
-    return std::nullopt;
-  }
-  text.resize(std::min(text.size(), static_cast<std::size_t>(*copied)));
-  return text;
-}
-
-std::optional<RECT> RowRect(HWND list, int row) {
-  RECT rect{};
-  const std::optional<LONG_PTR> answer =
-      Ask(list, LB_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&rect));
-  if (!answer || *answer == LB_ERR) {
-    return std::nullopt;
-  }
-  MapWindowPoints(list, nullptr, reinterpret_cast<POINT*>(&rect), 2);
-  return rect;
 }
 
 }  // namespace standin::hwnd

@@ -1,63 +1,31 @@
 #include "standin/hwnd/window_tree.h"
 
 #include "standin/hwnd/control.h"
+#include "standin/hwnd/control_class.h"
 
 namespace standin::hwnd {
 namespace {
 
 using uia::Node;
 using uia::PropertyValue;
-using uia::Text;
 
 constexpr HRESULT kNoClickablePoint = static_cast<HRESULT>(0x80040202);
-constexpr HRESULT kTimeout = static_cast<HRESULT>(0x80131505);
-constexpr int kNoRow = -1;
-
-// A window's node is its handle, of which 32 bits count; a row's carries its 1-based number above them.
-Node NodeOf(HWND window) {
-  return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window));
-}
-
-Node NodeOf(HWND list, int row) {
-  return (static_cast<Node>(row + 1) << 32) | NodeOf(list);
+// A window's node is its handle, of which 32 bits count; a part's carries its number above them.
+Node NodeOf(HWND window, Part part = kControlItself) {
+  return (static_cast<Node>(part) << 32) | static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window));
 }
 
 HWND HandleOf(Node node) {
   return reinterpret_cast<HWND>(static_cast<LONG_PTR>(static_cast<LONG>(node)));
 }
 
-int RowOf(Node node) {
-  return static_cast<int>(node >> 32) - 1;
+Part PartOf(Node node) {
+  return static_cast<Part>(node >> 32);
 }
 
-PropertyValue NumberValue(LONG number) {
-  return {S_OK, VT_I4, number, {}, false};
-}
-
-PropertyValue TextValue(Text text) {
-  return {S_OK, VT_BSTR, 0, std::move(text), false};
-}
-
-// What a window's program answered, or did not answer in time.
-PropertyValue Answered(std::optional<Text> text) {
-  if (!text) {
-    return {kTimeout, VT_EMPTY, 0, {}, false};
-  }
-  return TextValue(std::move(*text));
-}
-
-PropertyValue NameOf(HWND window) {
-  switch (ControlTypeOf(window)) {
-    case kButtonType:
-    case kGroupType:
-    case kTextType:
-      return Answered(TextOf(window));
-    case kEditType:
-    case kListType:
-      return TextValue({});
-    default:
-      return TextValue(TitleOf(window));
-  }
+// A top-level window is a window whatever its class; only the list that a combo box drops has parts there.
+bool MayHaveParts(HWND window) {
+  return !IsTopLevel(window) || ClassNameOf(window) == L"ComboLBox";
 }
 
 PropertyValue WindowProperty(HWND window, PROPERTYID property) {
@@ -70,25 +38,17 @@ PropertyValue WindowProperty(HWND window, PROPERTYID property) {
       return TextValue(AutomationIdOf(window));
     case UIA_ClassNamePropertyId:
       return TextValue(ClassNameOf(window));
-    case UIA_ValueValuePropertyId:
-      return ControlTypeOf(window) == kEditType ? Answered(TextOf(window)) : PropertyValue();
     default:
-      return {};
+      return IsTopLevel(window) ? PropertyValue() : ControlClassOf(window).State(window, property);
   }
 }
 
-PropertyValue RowProperty(HWND list, int row, PROPERTYID property) {
-  switch (property) {
-    case UIA_ControlTypePropertyId:
-      return NumberValue(kListItemType);
-    case UIA_NamePropertyId:
-      return Answered(RowText(list, row));
-    case UIA_AutomationIdPropertyId:
-    case UIA_ClassNamePropertyId:
-      return TextValue({});
-    default:
-      return {};
-  }
+PropertyValue PartProperty(HWND window, Part part, PROPERTYID property) {
+  const PropertyValue value = property == UIA_ClassNamePropertyId
+                                  ? PropertyValue()
+                                  : ControlClassOf(window).PartProperty(window, part, property);
+  const bool isText = property == UIA_ClassNamePropertyId || property == UIA_AutomationIdPropertyId;
+  return isText && SUCCEEDED(value.result) && value.type == VT_EMPTY ? TextValue({}) : value;
 }
 
 bool IsVisibleAt(HWND window, POINT point) {
@@ -96,31 +56,29 @@ bool IsVisibleAt(HWND window, POINT point) {
   return IsWindowVisible(window) && GetWindowRect(window, &rect) && PtInRect(&rect, point);
 }
 
-// The child under the point, labels and disabled controls included, which the system's own search passes over. A group
-// box gives way to the controls it frames.
+LONGLONG AreaOf(HWND window) {
+  RECT rect{};
+  GetWindowRect(window, &rect);
+  return static_cast<LONGLONG>(rect.right - rect.left) * (rect.bottom - rect.top);
+}
+
+// The child under the point, disabled controls included, which the system's own search passes over. Group boxes, labels
+// and pictures give way to what lies in the same place; of several the smallest is meant.
 HWND ChildAt(HWND window, POINT point) {
-  HWND group = nullptr;
+  HWND background = nullptr;
   for (const HWND child : ChildrenOf(window)) {
     if (!IsVisibleAt(child, point)) {
       continue;
     }
-    if (ControlTypeOf(child) != kGroupType) {
+    const CONTROLTYPEID type = ControlTypeOf(child);
+    if (type != kGroupType && type != kTextType && type != kImageType) {
       return child;
     }
-    group = group == nullptr ? child : group;
-  }
-  return group;
-}
-
-Node RowAt(HWND list, POINT point) {
-  const int rows = RowCount(list);
-  for (int row = 0; row < rows; ++row) {
-    const std::optional<RECT> rect = RowRect(list, row);
-    if (rect && PtInRect(&*rect, point)) {
-      return NodeOf(list, row);
+    if (background == nullptr || AreaOf(child) < AreaOf(background)) {
+      background = child;
     }
   }
-  return NodeOf(list);
+  return background;
 }
 
 }  // namespace
@@ -131,27 +89,26 @@ Node WindowTree::Root() {
 
 bool WindowTree::Exists(Node node) {
   const HWND window = HandleOf(node);
-  return IsWindow(window) && (RowOf(node) == kNoRow || RowOf(node) < RowCount(window));
+  return IsWindow(window) && (PartOf(node) == kControlItself || ControlClassOf(window).HasPart(window, PartOf(node)));
 }
 
 Node WindowTree::Parent(Node node) {
   const HWND window = HandleOf(node);
-  return NodeOf(RowOf(node) == kNoRow ? ParentOf(window) : window);
+  return PartOf(node) == kControlItself ? NodeOf(ParentOf(window))
+                                        : NodeOf(window, ControlClassOf(window).ParentOf(window, PartOf(node)));
 }
 
 std::vector<Node> WindowTree::Children(Node node) {
   std::vector<Node> children;
-  if (RowOf(node) != kNoRow) {
-    return children;
-  }
   const HWND window = HandleOf(node);
-  for (const HWND child : ChildrenOf(window)) {
-    children.push_back(NodeOf(child));
+  if (PartOf(node) == kControlItself) {
+    for (const HWND child : ChildrenOf(window)) {
+      children.push_back(NodeOf(child));
+    }
   }
-  if (ControlTypeOf(window) == kListType) {
-    const int rows = RowCount(window);
-    for (int row = 0; row < rows; ++row) {
-      children.push_back(NodeOf(window, row));
+  if (MayHaveParts(window)) {
+    for (const Part part : ControlClassOf(window).PartsOf(window, PartOf(node))) {
+      children.push_back(NodeOf(window, part));
     }
   }
   return children;
@@ -167,7 +124,7 @@ Node WindowTree::At(POINT point) {
   while (const HWND child = ChildAt(found, point)) {
     found = child;
   }
-  return ControlTypeOf(found) == kListType ? RowAt(found, point) : NodeOf(found);
+  return NodeOf(found, MayHaveParts(found) ? ControlClassOf(found).PartAt(found, point) : kControlItself);
 }
 
 Node WindowTree::OfWindow(HWND window) {
@@ -175,33 +132,32 @@ Node WindowTree::OfWindow(HWND window) {
 }
 
 HWND WindowTree::WindowOf(Node node) {
-  return RowOf(node) == kNoRow ? HandleOf(node) : nullptr;
+  return PartOf(node) == kControlItself ? HandleOf(node) : nullptr;
 }
 
 PropertyValue WindowTree::Property(Node node, PROPERTYID property) {
   const HWND window = HandleOf(node);
-  const int row = RowOf(node);
-  return row == kNoRow ? WindowProperty(window, property) : RowProperty(window, row, property);
+  const Part part = PartOf(node);
+  return part == kControlItself ? WindowProperty(window, property) : PartProperty(window, part, property);
 }
 
 HRESULT WindowTree::Rectangle(Node node, RECT* rect) {
   const HWND window = HandleOf(node);
-  if (RowOf(node) == kNoRow) {
+  if (PartOf(node) == kControlItself) {
     return GetWindowRect(window, rect) ? S_OK : uia::kElementNotAvailable;
   }
-  const std::optional<RECT> row = RowRect(window, RowOf(node));
-  if (!row) {
-    return kTimeout;
-  }
-  *rect = *row;
+  const std::optional<RECT> part = ControlClassOf(window).PartRect(window, PartOf(node));
+  // A part that is folded away or scrolled out has none.
+  *rect = part.value_or(RECT{});
   return S_OK;
 }
 
 HRESULT WindowTree::ClickablePoint(Node node, POINT* point, BOOL* gotClickable) {
   std::optional<RECT> visible = VisibleRect(HandleOf(node));
-  if (visible && RowOf(node) != kNoRow) {
-    const std::optional<RECT> row = RowRect(HandleOf(node), RowOf(node));
-    if (!row || !IntersectRect(&*visible, &*visible, &*row)) {
+  if (visible && PartOf(node) != kControlItself) {
+    const HWND window = HandleOf(node);
+    const std::optional<RECT> part = ControlClassOf(window).PartClickRect(window, PartOf(node));
+    if (!part || !IntersectRect(&*visible, &*visible, &*part)) {
       visible.reset();
     }
   }

@@ -1,5 +1,5 @@
-// The tree of real windows: the desktop window, the visible top-level windows below it, their child windows in tab
-// order, and the rows of list boxes, which have no window of their own.
+// The tree of real windows: the desktop window, the visible top-level windows below it, their visible child windows in
+// tab order, and the parts of controls, which have no window of their own.
 #pragma once
 
 #include <atomic>

@@ -185,6 +185,10 @@ HRESULT Element::ToVariant(const PropertyValue& property, VARIANT* value) {
   }
   if (property.type == VT_I4) {
     value->lVal = property.number;
+  } else if (property.type == VT_R8) {
+    value->dblVal = property.number;
+  } else if (property.type == VT_BOOL) {
+    value->boolVal = static_cast<VARIANT_BOOL>(property.number);
   } else if (property.type == VT_BSTR && !property.isNull) {
     value->bstrVal = tree_.NewString(property.text);
     if (value->bstrVal == nullptr) {

@@ -20,7 +20,8 @@ using Node = std::uintptr_t;
 // What an element answers for one property. `result` below zero makes the whole read fail.
 struct PropertyValue {
   HRESULT result = S_OK;
-  VARTYPE type = VT_EMPTY;  // VT_EMPTY: not supported; VT_I4: number; VT_BSTR: text; VT_BSTR with isNull: a null string
+  // VT_EMPTY: not supported; VT_I4, VT_R8, VT_BOOL: number; VT_BSTR: text; VT_BSTR with isNull: a null string
+  VARTYPE type = VT_EMPTY;
   LONG number = 0;
   Text text;
   bool isNull = false;

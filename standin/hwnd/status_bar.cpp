@@ -1,0 +1,75 @@
+// Status bars. One that shows a single text over its parts has none.
+#include "standin/hwnd/common_controls.h"
+#include "standin/hwnd/control_class.h"
+#include "standin/hwnd/other_process.h"
+
+namespace standin::hwnd {
+namespace {
+
+using uia::PropertyValue;
+
+std::optional<LONG_PTR> PartCount(HWND bar) {
+  return Ask(bar, SB_ISSIMPLE).value_or(1) != 0 ? std::nullopt : Ask(bar, SB_GETPARTS);
+}
+
+std::optional<uia::Text> TextOfPart(HWND bar, Part part) {
+  const std::optional<LONG_PTR> length = Ask(bar, SB_GETTEXTLENGTHW, part - 1);
+  if (!length) {
+    return std::nullopt;
+  }
+  // A text that grows in between would overrun the block: leave it room.
+  const std::size_t room = LOWORD(*length) + std::size_t{256};
+  OtherMemory memory(bar, room * sizeof(WCHAR));
+  return memory.Ask(SB_GETTEXTW, part - 1) ? memory.ReadText(memory.At(0), room) : std::nullopt;
+}
+
+class StatusBar final : public ControlClass {
+ public:
+  CONTROLTYPEID Type(HWND) const override {
+    return kStatusBarType;
+  }
+
+  bool HasPart(HWND control, Part part) const override {
+    return part <= PartCount(control).value_or(0);
+  }
+
+  std::vector<Part> PartsOf(HWND control, Part parent) const override {
+    return parent == kControlItself ? NumberedParts(PartCount(control)) : std::vector<Part>();
+  }
+
+  Part PartAt(HWND control, POINT onScreen) const override {
+    for (const Part part : PartsOf(control, kControlItself)) {
+      const std::optional<RECT> rect = PartRect(control, part);
+      if (rect && PtInRect(&*rect, onScreen)) {
+        return part;
+      }
+    }
+    return kControlItself;
+  }
+
+  PropertyValue PartProperty(HWND control, Part part, PROPERTYID property) const override {
+    switch (property) {
+      case UIA_ControlTypePropertyId:
+        return NumberValue(kTextType);
+      case UIA_NamePropertyId:
+        return Answered(TextOfPart(control, part));
+      default:
+        return {};
+    }
+  }
+
+  std::optional<RECT> PartRect(HWND control, Part part) const override {
+    RECT rect{};
+    const std::optional<LONG_PTR> answer = AskWith(control, SB_GETRECT, part - 1, rect);
+    return answer && *answer != 0 ? std::optional(OnScreen(control, rect)) : std::nullopt;
+  }
+};
+
+}  // namespace
+
+const ControlClass& StatusBarClass() {
+  static const StatusBar statusBar;
+  return statusBar;
+}
+
+}  // namespace standin::hwnd
