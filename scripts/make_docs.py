@@ -12,6 +12,7 @@ from bindings import BINDINGS, ROOT, covered
 
 HEADER = ROOT / "include/korvane/korvane.h"
 CODES = {"0": "OK", "-1": "NOT_FOUND", "-2": "INVALID_ARGUMENT", "-3": "FAILED", "-4": "CANCELLED"}
+NUMBERS = {name: number for number, name in CODES.items()}
 SECTION = re.compile(r"/\* -{4} (.+?) -+ \*/")
 DECLARATION = re.compile(
     r"(?:/\*\*?(?P<comment>(?:(?!\*/).)*)\*/\s*)?"
@@ -30,7 +31,8 @@ def plain(comment):
 
 
 def results(text):
-    """A list of results, when the text is one: '0 found; -1 not found; ...'."""
+    """A list of results, when the text is one: 'KORVANE_OK found; KORVANE_NOT_FOUND not found; ...'."""
+    text = re.sub(r"\bKORVANE_(" + "|".join(CODES.values()) + r")\b", lambda name: NUMBERS[name[1]], text)
     parts = re.split(r"(?:;|, or) (?=-?\d\b)", text.rstrip("."))
     if not re.match(r"-?\d\b", text):
         return [f"Returns {text}"]
@@ -56,7 +58,8 @@ def function_entry(declaration, comment):
         else:
             parts.append(paragraph)
     if parameters:
-        parts.insert(3 if len(parts) > 2 and not parts[2].startswith(("Returns", "-")) else 2, "\n".join(parameters))
+        before = next((at for at, part in enumerate(parts) if part.startswith("Returns")), len(parts))
+        parts.insert(before, "\n".join(parameters))
     return name, "\n\n".join(parts)
 
 

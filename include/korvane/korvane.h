@@ -12,14 +12,19 @@
  *  - A function that runs out of memory returns its own failure code and writes an error line "Out of memory".
  *
  * Threads. Every function may be called from any thread. The log, the coordinate cache and the automation context
- * are guarded, and a running call keeps its own reference to what it uses, so `initializeLog`, `clearElementCache` and
- * `cleanupAutomation` may run beside any other call. `isCancelled` and `stopCancelMonitor` never wait for another
- * function. Two things remain the host's to arrange: input is one stream for the whole desktop, so functions that
- * click, paste or type should not overlap; and only one `findWindowByClick` may run at a time. The platform's object
- * model is initialised on the thread that creates the automation context; call `cleanupAutomation` on that same thread.
+ * are guarded, and a running call keeps its own reference to what it uses, so `initializeLog` and
+ * `clearElementCache` may run beside any other call. `isCancelled` never waits; `stopCancelMonitor` waits at most 300
+ * ms and never for another function. Three things remain the host's to arrange: input is one stream for the whole
+ * desktop, so functions that click, paste or type should not overlap; only one `findWindowByClick` may run at a time;
+ * and no other thread may be inside a function that uses UI Automation while `cleanupAutomation` runs, because the
+ * platform unloads its own parts with the last use of its object model. That model is initialised on the thread that
+ * creates the automation context; call `cleanupAutomation` on that same thread.
  *
- * Unloading the library stops its monitor thread and releases everything it holds. Unloading it while another thread is
- * inside one of these functions is the host's mistake and undefined.
+ * The user's own keyboard and mouse matter: with swapped mouse buttons a click is a right click, Caps Lock turns the
+ * case of typed letters, and a modifier that the user holds down combines with every key and click that is sent.
+ *
+ * Call `cleanupAutomation` before unloading the library. Unloading stops its monitor thread and releases what it holds.
+ * Unloading it while another thread is inside one of these functions is the host's mistake and undefined.
  */
 #ifndef KORVANE_KORVANE_H
 #define KORVANE_KORVANE_H
@@ -112,9 +117,12 @@ typedef struct TargetRecord {
   int32_t pathLength;
   /** UI Automation control type of each level, outermost first; 0 = any. */
   int32_t controlTypes[KORVANE_MAX_PATH_LEVELS];
-  /** Class name of each level; empty = any. */
+  /** Class name of each level; empty = any. A longer name is cut to 63 units, and its level is then never found. */
   KorvaneChar classNames[KORVANE_MAX_PATH_LEVELS][KORVANE_CLASS_NAME_SIZE];
-  /** 1-based position of each level among its siblings of the same type and class; 0 = the first that matches. */
+  /**
+   * 1-based position of each level among its siblings of the same type and class; 0 = the first that matches, which a
+   * capture writes when it could not tell the position.
+   */
   int32_t childIndices[KORVANE_MAX_PATH_LEVELS];
 } TargetRecord;
 
@@ -132,7 +140,8 @@ typedef struct WindowInfo {
 
 /**
  * Creates the UI Automation context when it does not exist yet.
- * @return 0, or -3 when the object model or UI Automation cannot be initialised (reported in the log).
+ * @return KORVANE_OK, or KORVANE_FAILED when the object model or UI Automation cannot be initialised (reported in the
+ * log).
  */
 int initializeAutomation(void) KORVANE_NOEXCEPT;
 
@@ -145,7 +154,7 @@ void cleanupAutomation(void) KORVANE_NOEXCEPT;
 /**
  * Sets the window that clicking, pasting and `verifySimple` use when their own window argument is null.
  * @param window the default window; null clears it. Stored in every case.
- * @return 0, or -3 when the automation context cannot be created.
+ * @return KORVANE_OK, or KORVANE_FAILED when the automation context cannot be created.
  */
 int setTargetWindow(HWND window) KORVANE_NOEXCEPT;
 
@@ -157,8 +166,9 @@ void delay(int milliseconds) KORVANE_NOEXCEPT;
 /**
  * Opens the log, appending, after closing an open one. A file that cannot be opened leaves the log closed, silently,
  * and everything else works unchanged. Lines end with CR LF; units up to U+00FF are one byte each, others are written
- * as
- * `\uXXXX` with four lower-case hexadecimal digits.
+ * as `\uXXXX` with four lower-case hexadecimal digits. A line feed inside a logged text is stored as CR LF; otherwise
+ * texts of other programs are written as they come, so a line that begins inside such a text may look like one of the
+ * library's.
  * @param logPath the file; its folder must exist. Null or empty selects `Tavrin\automation_execution.log` in the user's
  *                local application data folder, where the Tavrin folder is created when missing.
  */
@@ -182,8 +192,11 @@ void logActionWithTimestamp(const KorvaneChar* action, int result, int durationM
 
 /**
  * Captures the element at a screen point, with every identification it has, and leaves `identificationMethod` at -1.
- * @param target filled in place. Untouched on -2 and -3; on -1 it holds zeros, the point and method -1.
- * @return 0; -1 no element at the point; -2 `target` is null; -3 the automation context cannot be created.
+ * An element that vanishes meanwhile may leave a path to the first child: verify a record before relying on it.
+ * @param target filled in place. On KORVANE_NOT_FOUND it holds zeros, the point and method -1; on the other failures it
+ * is untouched.
+ * @return KORVANE_OK; KORVANE_NOT_FOUND no element at the point; KORVANE_INVALID_ARGUMENT `target` is null;
+ * KORVANE_FAILED the automation context cannot be created.
  */
 int captureTargetAtPoint(TargetRecord* target, int x, int y) KORVANE_NOEXCEPT;
 
@@ -191,20 +204,26 @@ int captureTargetAtPoint(TargetRecord* target, int x, int y) KORVANE_NOEXCEPT;
  * Captures the element under the mouse cursor, tracing its steps to the standard output, and chooses the method: tree
  * path when one was captured, else coordinates.
  * @param target filled in place; on a failure zeros and method -1.
- * @return 0; -1 `target` is null, the cursor or the element cannot be had, or the automation context cannot be created.
+ * @return KORVANE_OK; KORVANE_NOT_FOUND `target` is null, the cursor or the element cannot be had, or the automation
+ * context cannot be created.
  */
 int captureTargetAtCursor(TargetRecord* target) KORVANE_NOEXCEPT;
 
 /* ---- Resolution ---------------------------------------------------------------------------------------------- */
 
 /**
- * Finds the target without acting on it and remembers its centre for the next `clickTarget`.
+ * Finds the target without acting on it and remembers its centre for the next `clickTarget`: under the window and the
+ * AutomationId, also under an empty one, which all records without an AutomationId then share.
  * @param window the window the target belongs to; required.
- * @return 0 found; -1 not found; -2 an argument is null; -3 the automation context cannot be created.
+ * @return KORVANE_OK found; KORVANE_NOT_FOUND not found; KORVANE_INVALID_ARGUMENT an argument is null; KORVANE_FAILED
+ * the automation context cannot be created.
  */
 int verifyTarget(const TargetRecord* target, HWND window) KORVANE_NOEXCEPT;
 
-/** Writes the hit statistics to the log, forgets all remembered points and sets the counters to 0. */
+/**
+ * Writes the hit statistics to the log, forgets all remembered points and sets the counters to 0. See `clickTarget` for
+ * when a host needs it.
+ */
 void clearElementCache(void) KORVANE_NOEXCEPT;
 
 /* ---- Clicking and focus -------------------------------------------------------------------------------------- */
@@ -212,26 +231,40 @@ void clearElementCache(void) KORVANE_NOEXCEPT;
 /**
  * Clicks the target with the left button: at its remembered point when there is one, else after finding it and bringing
  * its window to the foreground.
+ *
+ * A click that had to search remembers its point for every record with an AutomationId, whatever its identification
+ * method, under the window and the AutomationId alone. A click at a remembered point neither searches nor brings the
+ * window to the foreground; it goes beside its element when the window has moved, and to the first element found when
+ * two elements of one window share an AutomationId. Call `clearElementCache` before each step unless identifiers are
+ * known to be unique and the window to stay where it is.
+ *
+ * The cancelled state is asked once, before the search: Escape during the search does not prevent the click, except
+ * that a tree path then ends unfound and the screen point is tried. The platform may report any clickable point, (0, 0)
+ * included; it is clicked as it is. Two quick clicks on one spot are a double click.
  * @param window the window the target belongs to; null uses the one of `setTargetWindow`.
- * @return 0 the click was sent; -1 the window or the element was not found; -2 `target` is null or there is no window;
- *         -3 the automation context, the element's point or the input failed; -4 cancelled.
+ * @return KORVANE_OK the click was sent; KORVANE_NOT_FOUND the window or the element was not found;
+ * KORVANE_INVALID_ARGUMENT `target` is null or there is no window; KORVANE_FAILED the automation context, the element's
+ * point or the input failed; KORVANE_CANCELLED cancelled.
  */
 int clickTarget(const TargetRecord* target, HWND window) KORVANE_NOEXCEPT;
 
 /**
  * Brings a window to the foreground, restoring it when minimised.
- * @return 0 it is in the foreground; -1 no such window; -2 `window` is null; -3 the system refused.
+ * @return KORVANE_OK it is in the foreground; KORVANE_NOT_FOUND no such window; KORVANE_INVALID_ARGUMENT `window` is
+ * null; KORVANE_FAILED the system refused.
  */
 int ensureWindowFocus(HWND window) KORVANE_NOEXCEPT;
 
 /* ---- Pasting ------------------------------------------------------------------------------------------------- */
 
 /**
- * Clicks the target, types Ctrl+V and polls the target's value every 2 ms until the clipboard's text shows.
+ * Clicks the target as `clickTarget` does, remembered points included, types Ctrl+V and polls the target's value every
+ * 2 ms until the clipboard's text shows. Only the element's Value is read, never its name. After a time-out the
+ * keystrokes have been sent.
  * @param window as for `clickTarget`. @param timeoutMs milliseconds to watch; 0 or less means 150.
- * @return 0 the text shows; -1 the window or the element was not found; -2 `target` is null or there is no window;
- *         -3 no clipboard text, input not accepted, or the text did not show in time; -4 cancelled; or the code of
- *         `clickTarget`. After a time-out the keystrokes have been sent.
+ * @return KORVANE_OK the text shows; KORVANE_NOT_FOUND the window or the element was not found;
+ * KORVANE_INVALID_ARGUMENT `target` is null or there is no window; KORVANE_FAILED no clipboard text, input not
+ * accepted, or the text did not show in time; KORVANE_CANCELLED cancelled.
  */
 int pasteToTargetWithVerifyEx(const TargetRecord* target, HWND window, int timeoutMs) KORVANE_NOEXCEPT;
 
@@ -239,18 +272,20 @@ int pasteToTargetWithVerifyEx(const TargetRecord* target, HWND window, int timeo
 int pasteToTargetWithVerify(const TargetRecord* target, HWND window) KORVANE_NOEXCEPT;
 
 /**
- * Puts a text into the target's own control with a window message, without clipboard or keyboard. Needs an automation
- * context.
+ * Puts a text into the target's own control with a window message, without clipboard or keyboard. Brings the control's
+ * top-level window to the foreground first and sleeps 50 ms. Needs an automation context.
  * @param window as for `clickTarget`. @param text the text. @param mode 1 inserts at the caret, any other value
  * replaces the whole text.
- * @return 0 the message was sent, whatever the control did with it; -1 the element was not found or has no window of
- * its own; -2 `target` or `text` is null or there is no window; -3 out of memory.
+ * @return KORVANE_OK the message was sent, whatever the control did with it; KORVANE_NOT_FOUND the element was not
+ * found or has no window of its own; KORVANE_INVALID_ARGUMENT `target` or `text` is null or there is no window;
+ * KORVANE_FAILED out of memory.
  */
 int pasteToTargetDirect(const TargetRecord* target, HWND window, const KorvaneChar* text, int mode) KORVANE_NOEXCEPT;
 
 /**
  * Types Ctrl+V into whatever has the keyboard focus.
- * @return 0 sent; -2 `target` is null or there is no window; -3 input not accepted.
+ * @return KORVANE_OK sent; KORVANE_INVALID_ARGUMENT `target` is null or there is no window; KORVANE_FAILED input not
+ * accepted.
  */
 int pasteToTargetSimple(const TargetRecord* target, HWND window) KORVANE_NOEXCEPT;
 
@@ -259,20 +294,23 @@ int pasteToTargetSimple(const TargetRecord* target, HWND window) KORVANE_NOEXCEP
 /**
  * Presses and releases one key.
  * @param virtualKey a virtual-key code, of which the low 16 bits count; 9999 stands for Ctrl+A.
- * @return 0 sent; -2 the code is below 1; -3 input not accepted.
+ * @return KORVANE_OK sent; KORVANE_INVALID_ARGUMENT the code is below 1; KORVANE_FAILED input not accepted.
  */
 int sendKey(int virtualKey) KORVANE_NOEXCEPT;
 
 /**
- * Types a text key by key on the calling thread's keyboard layout. Units that no key produces are skipped.
+ * Types a text key by key on the calling thread's keyboard layout, which need not be the receiving window's. Units that
+ * no key produces are skipped. U+000D is the Enter key; U+000A is what the layout makes of it, usually Ctrl+Enter. A
+ * character on a dead key is typed as that key and combines with the next one.
  * @param text the text. @param pauseMs milliseconds between characters; below 1 means 1.
- * @return 0 sent; -2 the text is null or empty; -3 input not accepted: what came before stays typed.
+ * @return KORVANE_OK sent; KORVANE_INVALID_ARGUMENT the text is null or empty; KORVANE_FAILED input not accepted: what
+ * came before stays typed.
  */
 int sendKeySequence(const KorvaneChar* text, int pauseMs) KORVANE_NOEXCEPT;
 
 /*
  * Fixed shortcuts for whatever has the keyboard focus.
- * @return 0 sent; -3 input not accepted.
+ * @return KORVANE_OK sent; KORVANE_FAILED input not accepted.
  */
 int sendAltA(void) KORVANE_NOEXCEPT;        /**< Alt+A */
 int sendAltB(void) KORVANE_NOEXCEPT;        /**< Alt+B */
@@ -296,9 +334,9 @@ int sendShiftInsert(void) KORVANE_NOEXCEPT; /**< Shift+Insert */
 /* ---- Clipboard ----------------------------------------------------------------------------------------------- */
 
 /**
- * Puts a text on the clipboard and reads it back.
- * @return 0 written and read back equal; -2 the text is null; -3 memory or the clipboard failed, or it read back
- *         differently.
+ * Puts a text on the clipboard and reads it back. Where the user keeps a clipboard history, the text stays in it.
+ * @return KORVANE_OK written and read back equal; KORVANE_INVALID_ARGUMENT the text is null; KORVANE_FAILED memory or
+ * the clipboard failed, or it read back differently.
  */
 int setClipboardText(const KorvaneChar* text) KORVANE_NOEXCEPT;
 
@@ -306,15 +344,15 @@ int setClipboardText(const KorvaneChar* text) KORVANE_NOEXCEPT;
  * Puts a text and an HTML fragment ("HTML Format") on the clipboard and reads the text back. Without the HTML the call
  * still succeeds when only the text could be written.
  * @param html the fragment as UTF-8 bytes, NUL-terminated, copied unchanged.
- * @return as `setClipboardText`; -2 also when `html` is null.
+ * @return as `setClipboardText`; KORVANE_INVALID_ARGUMENT also when `html` is null.
  */
 int setClipboardTextAndHtml(const KorvaneChar* text, const char* html) KORVANE_NOEXCEPT;
 
 /* ---- Reading, tests and waits -------------------------------------------------------------------------------- */
 
 /**
- * The text the target shows: the first non-empty one of its value, name, and legacy value, name and description. Needs
- * an automation context.
+ * The text the target shows: the first non-empty one of its value, name, and legacy value, name and description. An
+ * empty field therefore answers with its name, on Windows usually its label. Needs an automation context.
  * @param window the window the target belongs to; required.
  * @return the text, owned by the caller, who gives it back to `freeTextResult`; null when there is none (the log says
  *         why).
@@ -324,42 +362,63 @@ KorvaneChar* getTargetText(const TargetRecord* target, HWND window) KORVANE_NOEX
 /** Releases a text of `getTargetText`; null is ignored. */
 void freeTextResult(KorvaneChar* text) KORVANE_NOEXCEPT;
 
-/** @return 1 the target's text is white space only; 0 it is not; -1 no text can be read; -2 `target` is null. */
+/**
+ * Tests the text of `getTargetText`. An empty field with a name or another text is not empty in this sense, and one
+ * without any text cannot be read.
+ * @return 1 the target's text is white space only; 0 it is not; -1 no text can be read; KORVANE_INVALID_ARGUMENT
+ * `target` is null.
+ */
 int isTargetEmpty(const TargetRecord* target, HWND window) KORVANE_NOEXCEPT;
 
-/** @return 1 the target's text equals `expectedText`; 0 it differs; -1 no text can be read; -2 a pointer is null. */
+/**
+ * @return 1 the target's text equals `expectedText`; 0 it differs; -1 no text can be read; KORVANE_INVALID_ARGUMENT a
+ * pointer is null.
+ */
 int targetContainsText(const TargetRecord* target, HWND window, const KorvaneChar* expectedText) KORVANE_NOEXCEPT;
 
 /**
- * @return 1 the target's text contains `partialText` or is contained in it; 0 neither; -1 no text can be read; -2 a
- *         pointer is null.
+ * @return 1 the target's text contains `partialText` or is contained in it; 0 neither; -1 no text can be read;
+ * KORVANE_INVALID_ARGUMENT a pointer is null.
  */
 int targetContainsPartialText(const TargetRecord* target, HWND window, const KorvaneChar* partialText) KORVANE_NOEXCEPT;
 
 /**
  * The waits poll every 2 ms. @param timeoutMs milliseconds; 0 or less means 150.
- * @return 0 the target's text became different from `previousText`; -2 a pointer is null; -3 time ran out.
+ * @return KORVANE_OK the target's text became different from `previousText`; KORVANE_INVALID_ARGUMENT a pointer is
+ * null; KORVANE_FAILED time ran out.
  */
 int waitForFieldChange(const TargetRecord* target, HWND window, const KorvaneChar* previousText,
                        int timeoutMs) KORVANE_NOEXCEPT;
 
-/** @return 0 `isTargetEmpty` answered 1; -2 `target` is null; -3 time ran out. */
+/**
+ * Waits until `isTargetEmpty` answers 1; a field that shows its name when it is empty never does.
+ * @return KORVANE_OK `isTargetEmpty` answered 1; KORVANE_INVALID_ARGUMENT `target` is null; KORVANE_FAILED time ran
+ * out.
+ */
 int waitForFieldEmpty(const TargetRecord* target, HWND window, int timeoutMs) KORVANE_NOEXCEPT;
 
-/** @return 0 `targetContainsPartialText` answered 1; -2 a pointer is null; -3 time ran out. */
+/**
+ * @return KORVANE_OK `targetContainsPartialText` answered 1; KORVANE_INVALID_ARGUMENT a pointer is null;
+ * KORVANE_FAILED time ran out.
+ */
 int waitForTargetContainsPartialText(const TargetRecord* target, HWND window, const KorvaneChar* partialText,
                                      int timeoutMs) KORVANE_NOEXCEPT;
 
-/** @return 0 `targetContainsText` answered 1; -2 a pointer is null; -3 time ran out. */
+/**
+ * @return KORVANE_OK `targetContainsText` answered 1; KORVANE_INVALID_ARGUMENT a pointer is null; KORVANE_FAILED time
+ * ran out.
+ */
 int waitForTargetContainsText(const TargetRecord* target, HWND window, const KorvaneChar* expectedText,
                               int timeoutMs) KORVANE_NOEXCEPT;
 
 /**
- * Copies the focused field through the clipboard (Ctrl+A, Ctrl+C) and compares it with a text, ignoring case, blanks
- * and most punctuation; either may contain the other. The clipboard keeps the copied text. Takes at least 150 ms.
+ * Copies the focused field through the clipboard (Ctrl+A, Ctrl+C) and compares it with a text; either may contain the
+ * other. Only a to z, 0 to 9, U+00C0 to U+00FF and the marks ! , - . : ? are compared, and case is ignored for a to z
+ * alone. A text in another script has nothing to compare and matches everything. The clipboard keeps the copied text
+ * and is opened once, without another try. Takes at least 150 ms.
  * @param window only tested for presence; null uses the one of `setTargetWindow`.
- * @return 0 they match; -1 they do not (the log shows where); -2 the text is null or there is no window; -3 the
- *         clipboard or the input failed, or nothing was copied.
+ * @return KORVANE_OK they match; KORVANE_NOT_FOUND they do not (the log shows where); KORVANE_INVALID_ARGUMENT the text
+ * is null or there is no window; KORVANE_FAILED the clipboard or the input failed, or nothing was copied.
  */
 int verifySimple(const KorvaneChar* expectedText, HWND window) KORVANE_NOEXCEPT;
 
@@ -374,7 +433,7 @@ HWND findWindowByClick(void) KORVANE_NOEXCEPT;
 
 /**
  * Describes a window.
- * @return 0 `info` is filled; -2 an argument is null and `info` is untouched.
+ * @return KORVANE_OK `info` is filled; KORVANE_INVALID_ARGUMENT an argument is null and `info` is untouched.
  */
 int getWindowInfo(HWND window, WindowInfo* info) KORVANE_NOEXCEPT;
 
