@@ -414,8 +414,8 @@ int waitForTargetContainsText(const TargetRecord* target, HWND window, const Kor
 /**
  * Copies the focused field through the clipboard (Ctrl+A, Ctrl+C) and compares it with a text; either may contain the
  * other. Only a to z, 0 to 9, U+00C0 to U+00FF and the marks ! , - . : ? are compared, and case is ignored for a to z
- * alone. A text in another script has nothing to compare and matches everything. The clipboard keeps the copied text
- * and is opened once, without another try. Takes at least 150 ms.
+ * alone. A text in another script has nothing to compare and matches everything. The clipboard keeps the copied text;
+ * where another program holds it, there is no second try. Takes at least 150 ms.
  * @param window only tested for presence; null uses the one of `setTargetWindow`.
  * @return KORVANE_OK they match; KORVANE_NOT_FOUND they do not (the log shows where); KORVANE_INVALID_ARGUMENT the text
  * is null or there is no window; KORVANE_FAILED the clipboard or the input failed, or nothing was copied.
