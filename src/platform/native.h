@@ -185,7 +185,8 @@ struct IUnknown {
 
 using BSTR = WCHAR*;
 using VARTYPE = std::uint16_t;
-enum : VARTYPE { VT_EMPTY = 0, VT_I4 = 3, VT_BSTR = 8, VT_BOOL = 11, VT_UNKNOWN = 13 };
+using VARIANT_BOOL = SHORT;
+enum : VARTYPE { VT_EMPTY = 0, VT_I4 = 3, VT_R8 = 5, VT_BSTR = 8, VT_BOOL = 11, VT_UNKNOWN = 13 };
 
 struct VARIANT {
   VARTYPE vt;
@@ -194,7 +195,8 @@ struct VARIANT {
   WORD wReserved3;
   union {
     LONG lVal;
-    SHORT boolVal;
+    double dblVal;
+    VARIANT_BOOL boolVal;
     BSTR bstrVal;
     IUnknown* punkVal;
     void* reserved[2];
