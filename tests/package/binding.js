@@ -39,11 +39,17 @@ korvane.withSession('binding.log', () => {
   }
   assert(!korvane.targetContainsText(name, form, 'other'));
   korvane.pasteToTargetDirect(name, form, '', 0);
-  assert.strictEqual(korvane.getTargetText(name, form), null);
+  // An empty field answers with its Name, which on Windows is its label; the scripted desktop's fields have none.
+  if (process.platform === 'win32') {
+    assert.strictEqual(korvane.getTargetText(name, form), 'Name');
+    assert.strictEqual(korvane.isTargetEmpty(name, form), false);
+  } else {
+    assert.strictEqual(korvane.getTargetText(name, form), null);
+    fails(Code.NOT_FOUND, () => korvane.isTargetEmpty(name, form));
+  }
 
   fails(Code.INVALID_ARGUMENT, () => korvane.setClipboardText(null));
   fails(Code.INVALID_ARGUMENT, () => korvane.clickTarget(name, null));
-  fails(Code.NOT_FOUND, () => korvane.isTargetEmpty(name, form));
   fails(Code.FAILED, () => korvane.waitForTargetContainsText(name, form, 'never', 20));
   for (const refused of ['a\0b', '\0', 5]) assert.throws(() => korvane.setClipboardText(refused), TypeError);
   assert.throws(() => korvane.setClipboardTextAndHtml('a', '\ud800'), TypeError);
