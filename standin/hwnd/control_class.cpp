@@ -144,6 +144,11 @@ POINT InClient(HWND control, POINT onScreen) {
   return onScreen;
 }
 
+bool ControlClass::PartHolds(HWND control, Part part, POINT onScreen) const {
+  const std::optional<RECT> rect = PartRect(control, part);
+  return rect && PtInRect(&*rect, onScreen);
+}
+
 std::vector<Part> NumberedParts(std::optional<LONG_PTR> count) {
   std::vector<Part> parts(static_cast<std::size_t>(std::max<LONG_PTR>(0, count.value_or(0))));
   std::iota(parts.begin(), parts.end(), Part{1});

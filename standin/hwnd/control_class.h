@@ -69,6 +69,9 @@ class ControlClass {
   virtual std::optional<RECT> PartRect(HWND control, Part part) const;
   // Where a click acts on the part.
   virtual std::optional<RECT> PartClickRect(HWND control, Part part) const;
+
+ protected:
+  bool PartHolds(HWND control, Part part, POINT onScreen) const;
 };
 
 // The class of a child window, by its window class; a pane for one that nobody knows.

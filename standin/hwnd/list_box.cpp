@@ -66,8 +66,7 @@ class ListBox final : public ControlClass {
     // The answer has only the row's lower 16 bits.
     for (LONG_PTR row = LOWORD(*nearest); row < count; row += 0x10000) {
       const Part part = static_cast<Part>(row) + 1;
-      const std::optional<RECT> rect = PartRect(control, part);
-      if (rect && PtInRect(&*rect, onScreen)) {
+      if (PartHolds(control, part, onScreen)) {
         return part;
       }
     }

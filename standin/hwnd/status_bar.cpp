@@ -39,8 +39,7 @@ class StatusBar final : public ControlClass {
 
   Part PartAt(HWND control, POINT onScreen) const override {
     for (const Part part : PartsOf(control, kControlItself)) {
-      const std::optional<RECT> rect = PartRect(control, part);
-      if (rect && PtInRect(&*rect, onScreen)) {
+      if (PartHolds(control, part, onScreen)) {
         return part;
       }
     }

@@ -70,8 +70,7 @@ class ToolBar final : public ControlClass {
     }
     // Beside the last button some versions answer its number all the same.
     const Part part = static_cast<Part>(*button) + 1;
-    const std::optional<RECT> rect = PartRect(control, part);
-    return rect && PtInRect(&*rect, onScreen) ? part : kControlItself;
+    return PartHolds(control, part, onScreen) ? part : kControlItself;
   }
 
   PropertyValue PartProperty(HWND control, Part part, PROPERTYID property) const override {
