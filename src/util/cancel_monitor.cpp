@@ -95,16 +95,7 @@ class StoppedMonitor {
       return true;
     }
     const HANDLE sign = entered_ && outOfOurCode_ ? outOfOurCode_.Get() : thread_.Get();
-    if (WaitForSingleObject(sign, kStopWaitMilliseconds) == WAIT_OBJECT_0) {
-      return true;
-    }
-    const std::lock_guard guard(g_monitorMutex);
-    Forget();
-    if (leaving_) {
-      // It came to its last instructions just when the time was over, and sets the event yet: it stays open for good.
-      outOfOurCode_.Detach();
-    }
-    return false;
+    return WaitForSingleObject(sign, kStopWaitMilliseconds) == WAIT_OBJECT_0 || LeavesJustNow();
   }
 
   // The event that a thread sets when it leaves the code of its turn; none when nobody waits for that.
@@ -120,6 +111,20 @@ class StoppedMonitor {
   }
 
  private:
+  // Whether it came to its last instructions just when the time was over. The event is not to be closed before them,
+  // and they take no time to speak of.
+  bool LeavesJustNow() noexcept {
+    constexpr DWORD kLastInstructionsMilliseconds = 10;
+    {
+      const std::lock_guard guard(g_monitorMutex);
+      if (!leaving_) {
+        Forget();
+        return false;
+      }
+    }
+    return WaitForSingleObject(outOfOurCode_.Get(), kLastInstructionsMilliseconds) == WAIT_OBJECT_0;
+  }
+
   void Forget() noexcept {
     for (StoppedMonitor** link = &g_stopped; *link != nullptr; link = &(*link)->next_) {
       if (*link == this) {
