@@ -5,6 +5,7 @@
 #include "log/export_guard.h"
 #include "resolve/find_target.h"
 #include "util/cancel_monitor.h"
+#include "util/text_search.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 
 #include "log/export_guard.h"
 #include "text/target_text.h"
+#include "util/text_search.h"
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include "input/send_input.h"
 #include "korvane/korvane.h"
 #include "log/export_guard.h"
+#include "util/text_search.h"
 
 namespace {
 

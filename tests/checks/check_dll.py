@@ -18,7 +18,7 @@ RUNTIME = set("""
 """.split())
 # In the place of a standard lock, which needs construction.
 LOCKS = {"AcquireSRWLockExclusive", "ReleaseSRWLockExclusive"}
-DECLARATIONS = "src/platform/native.h"
+DECLARATIONS = "platform/native.h"
 MOST_BYTES = 256 * 1024
 
 

@@ -6,7 +6,7 @@ import unittest
 from repository import ROOT, run, tool
 
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Werror", "-fsyntax-only"]
-INCLUDES = ["-I", str(ROOT / "include"), "-I", str(ROOT / "src")]
+INCLUDES = ["-I", str(ROOT / "include"), "-I", str(ROOT)]
 SOURCE = str(ROOT / "tests/checks/header.c")
 C = [["-xc", "-std=c11"], ["-xc", "-std=c17"]]
 CXX = [["-xc++", "-std=c++11"], ["-xc++", "-std=c++20"]]

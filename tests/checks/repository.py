@@ -11,7 +11,7 @@ ROOT = Path(__file__).resolve().parents[2]
 HEADER = ROOT / "include/korvane/korvane.h"
 DLL = ROOT / "build/windows/bin/korvane.dll"
 # The door to the operating system.
-PLATFORM = next(p for p in (ROOT / "platform", ROOT / "src/platform") if p.is_dir())
+PLATFORM = ROOT / "platform"
 SCRATCH = ROOT / "build/test"
 OBJDUMP = "x86_64-w64-mingw32-objdump"
 

@@ -1,4 +1,4 @@
-// UTF-16 texts of hosts and platform: bounded views of them, and a search that stays linear on any text.
+// UTF-16 texts of hosts and platform, and bounded views of them.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +28,3 @@ template <std::size_t Size>
 void CopyCut(WCHAR (&field)[Size], WideView text) {
   CopyCut(field, Size, text);
 }
-
-// Whether `part` occurs in `text`; an empty part always does. Takes time linear in both and no memory: fields of other
-// programs can be large and repetitive, and a poll must not become slow on them.
-bool Contains(WideView text, WideView part);

@@ -1,4 +1,4 @@
-#include "platform/wide_text.h"
+#include "util/text_search.h"
 
 #include <algorithm>
 
@@ -40,20 +40,6 @@ MaximalSuffix FindMaximalSuffix(WideView pattern, Less less) {
 }
 
 }  // namespace
-
-WideView ViewOf(const WCHAR* text) {
-  return text == nullptr ? WideView() : WideView(text);
-}
-
-WideView ViewWithin(const WCHAR* field, std::size_t size) {
-  return {field, static_cast<std::size_t>(std::find(field, field + size, WCHAR{0}) - field)};
-}
-
-void CopyCut(WCHAR* field, std::size_t size, WideView text) {
-  const std::size_t length = std::min(text.size(), size - 1);
-  std::copy_n(text.data(), length, field);
-  field[length] = 0;
-}
 
 // The two-way string matching algorithm of Crochemore and Perrin: the pattern is cut at a critical position, its right
 // part is compared forwards and then its left part backwards, and a mismatch shifts by what was learned.
