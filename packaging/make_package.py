@@ -43,7 +43,7 @@ BUILT = {
     "lib/libkorvane.dll.a": "src/libkorvane.dll.a",
     "examples/stage/stage.dll": "bin/stage.dll",
     "examples/stage/order_form.exe": "bin/order_form.exe",
-    "wine/standin_hwnd.dll": "bin/standin_hwnd.dll",
+    "wine/wine_automation.dll": "bin/wine_automation.dll",
 }
 GENERATED = {
     "include/korvane/version.h": "version.h.in",

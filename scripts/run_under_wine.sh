@@ -7,7 +7,7 @@
 #   --picture FILE       a picture of the screen (PNG) when the host has ended
 #   --timeout SECONDS    ends a host that takes longer, with code 124; 300 by default
 #
-# Ends with the host's exit code. UI Automation, which Wine lacks, is served by standin_hwnd.dll over the real windows,
+# Ends with the host's exit code. UI Automation, which Wine lacks, is served by wine_automation.dll over the real windows,
 # and korvane.dll is found without being beside the host.
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 root="$(dirname "$here")"
@@ -39,12 +39,12 @@ done
 
 # In the package, and where it was built.
 for folder in "$root/wine:$root/bin" "$root/build/windows/bin:$root/build/windows/bin"; do
-  server="${folder%%:*}/standin_hwnd.dll"
+  server="${folder%%:*}/wine_automation.dll"
   [ -f "$server" ] && [ -f "${folder##*:}/korvane.dll" ] && break
   server=""
 done
 if [ -z "$server" ]; then
-  echo "run_under_wine: no standin_hwnd.dll and korvane.dll below $root; ./package builds them" >&2
+  echo "run_under_wine: no wine_automation.dll and korvane.dll below $root; ./package builds them" >&2
   exit 1
 fi
 for program in "${programs[@]}" "$1"; do

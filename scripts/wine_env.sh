@@ -4,7 +4,7 @@
 #
 #   source scripts/wine_env.sh
 #   wine_start                              # X server, window manager, prefix
-#   register_uia_server build/…/standin_hwnd.dll
+#   register_uia_server build/…/wine_automation.dll
 #   in_wine program.exe argument …          # runs a Windows program and returns its exit code
 #   screenshot build/form.png
 #

@@ -17,7 +17,8 @@ FLOORS = [
 ]
 HEIGHT = {room: height for height, rooms in enumerate(FLOORS) for room in rooms}
 HOST_FLOORS = ["base", "world", "recording", "engine", "report", "commands"]
-CODE = ["platform", "src", "include", "standin", "samples", "tests", "host", "bindings", "examples", "fuzz", "benchmarks"]
+CODE = ["platform", "src", "include", "standin", "wine_automation", "samples", "tests", "host", "bindings", "examples",
+        "fuzz", "benchmarks"]
 NATIVE = ROOT / "platform/native.h"
 
 
@@ -78,6 +79,15 @@ class Source(unittest.TestCase):
             return included.split("/")[0] not in HEIGHT
 
         self.assertEqual([], rule_breakers("standin", allowed))
+
+    def test_wine_automation(self):
+        """source: the UI Automation for Wine sees its own files, the client objects and their door to the platform"""
+
+        def allowed(file, included):
+            return included.split("/")[0] == "wine_automation" or included.startswith("standin/uia/") \
+                or included == "platform/uia.h"
+
+        self.assertEqual([], rule_breakers("wine_automation", allowed))
 
     def test_hosts(self):
         """source: the public header and its hosts know nothing of src/"""

@@ -2,11 +2,11 @@
 #include <map>
 #include <utility>
 
-#include "standin/hwnd/common_controls.h"
-#include "standin/hwnd/control_class.h"
-#include "standin/hwnd/other_process.h"
+#include "wine_automation/common_controls.h"
+#include "wine_automation/control_class.h"
+#include "wine_automation/other_process.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 using uia::PropertyValue;
@@ -175,4 +175,4 @@ const ControlClass& TreeViewClass() {
   return treeView;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

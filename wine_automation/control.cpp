@@ -1,11 +1,11 @@
-#include "standin/hwnd/control.h"
+#include "wine_automation/control.h"
 
 #include <algorithm>
 
-#include "standin/hwnd/control_class.h"
-#include "standin/hwnd/other_process.h"
+#include "wine_automation/control_class.h"
+#include "wine_automation/other_process.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 constexpr int kLongestClassName = 256;
@@ -133,4 +133,4 @@ std::optional<RECT> VisibleRect(HWND window) {
   return visible;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

@@ -1,10 +1,10 @@
 // Controls that are one window without parts.
-#include "standin/hwnd/common_controls.h"
-#include "standin/hwnd/control.h"
-#include "standin/hwnd/control_class.h"
-#include "standin/hwnd/other_process.h"
+#include "wine_automation/common_controls.h"
+#include "wine_automation/control.h"
+#include "wine_automation/control_class.h"
+#include "wine_automation/other_process.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 using uia::PropertyValue;
@@ -189,4 +189,4 @@ const ControlClass& PaneClass() {
   return pane;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

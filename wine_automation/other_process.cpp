@@ -1,8 +1,8 @@
-#include "standin/hwnd/other_process.h"
+#include "wine_automation/other_process.h"
 
 #include <algorithm>
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 constexpr UINT kAnswerMilliseconds = 1000;
@@ -77,7 +77,8 @@ std::optional<LONG_PTR> OtherMemory::Ask(UINT message, WPARAM wParam) {
   if (block_ == nullptr) {
     return std::nullopt;
   }
-  const std::optional<LONG_PTR> answer = hwnd::Ask(window_, message, wParam, reinterpret_cast<LPARAM>(block_));
+  const std::optional<LONG_PTR> answer =
+      wine_automation::Ask(window_, message, wParam, reinterpret_cast<LPARAM>(block_));
   if (!answer) {
     block_ = nullptr;
   }
@@ -88,4 +89,4 @@ void* OtherMemory::At(std::size_t offset) const {
   return static_cast<char*>(block_) + offset;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

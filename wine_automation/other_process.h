@@ -7,7 +7,9 @@
 
 #include "standin/uia/tree.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
+
+namespace uia = standin::uia;
 
 std::optional<LONG_PTR> Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
 
@@ -63,4 +65,4 @@ std::optional<uia::Text> AskItemText(HWND window, UINT message, WPARAM wParam, I
   return item.pszText == nullptr ? uia::Text() : memory.ReadText(item.pszText, kLongest);
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

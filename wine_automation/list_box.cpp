@@ -1,11 +1,11 @@
 // List boxes, whose rows are asked for by messages that the system itself carries between processes.
 #include <algorithm>
 
-#include "standin/hwnd/control.h"
-#include "standin/hwnd/control_class.h"
-#include "standin/hwnd/other_process.h"
+#include "wine_automation/control.h"
+#include "wine_automation/control_class.h"
+#include "wine_automation/other_process.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 using uia::PropertyValue;
@@ -100,4 +100,4 @@ const ControlClass& ListBoxClass() {
   return listBox;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

@@ -2,11 +2,11 @@
 // with that of the cell, from 1, in its lowest bits.
 #include <algorithm>
 
-#include "standin/hwnd/common_controls.h"
-#include "standin/hwnd/control_class.h"
-#include "standin/hwnd/other_process.h"
+#include "wine_automation/common_controls.h"
+#include "wine_automation/control_class.h"
+#include "wine_automation/other_process.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 using uia::PropertyValue;
@@ -167,4 +167,4 @@ const ControlClass& ListViewClass() {
   return listView;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

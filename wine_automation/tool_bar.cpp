@@ -1,9 +1,9 @@
 // Tool bars. A button keeps its command's number from run to run, which makes it an AutomationId.
-#include "standin/hwnd/common_controls.h"
-#include "standin/hwnd/control_class.h"
-#include "standin/hwnd/other_process.h"
+#include "wine_automation/common_controls.h"
+#include "wine_automation/control_class.h"
+#include "wine_automation/other_process.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 using uia::PropertyValue;
@@ -113,4 +113,4 @@ const ControlClass& ToolBarClass() {
   return toolBar;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

@@ -1,9 +1,9 @@
 // Status bars. One that shows a single text over its parts has none.
-#include "standin/hwnd/common_controls.h"
-#include "standin/hwnd/control_class.h"
-#include "standin/hwnd/other_process.h"
+#include "wine_automation/common_controls.h"
+#include "wine_automation/control_class.h"
+#include "wine_automation/other_process.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 using uia::PropertyValue;
@@ -71,4 +71,4 @@ const ControlClass& StatusBarClass() {
   return statusBar;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

@@ -8,7 +8,9 @@
 
 #include "standin/uia/tree.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
+
+namespace uia = standin::uia;
 
 inline constexpr CONTROLTYPEID kButtonType = 50000;
 inline constexpr CONTROLTYPEID kCheckBoxType = 50002;
@@ -113,4 +115,4 @@ POINT InClient(HWND control, POINT onScreen);
 // For parts numbered from 1.
 std::vector<Part> NumberedParts(std::optional<LONG_PTR> count);
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

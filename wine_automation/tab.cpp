@@ -1,9 +1,9 @@
 // Tab controls. A tab's page is a window beside the control or in it.
-#include "standin/hwnd/common_controls.h"
-#include "standin/hwnd/control_class.h"
-#include "standin/hwnd/other_process.h"
+#include "wine_automation/common_controls.h"
+#include "wine_automation/control_class.h"
+#include "wine_automation/other_process.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 using uia::PropertyValue;
@@ -60,4 +60,4 @@ const ControlClass& TabClass() {
   return tab;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

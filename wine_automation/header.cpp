@@ -1,9 +1,9 @@
 // The column headers of list views, and headers that stand alone.
-#include "standin/hwnd/common_controls.h"
-#include "standin/hwnd/control_class.h"
-#include "standin/hwnd/other_process.h"
+#include "wine_automation/common_controls.h"
+#include "wine_automation/control_class.h"
+#include "wine_automation/other_process.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 using uia::PropertyValue;
@@ -58,4 +58,4 @@ const ControlClass& HeaderClass() {
   return header;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

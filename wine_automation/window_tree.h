@@ -6,7 +6,9 @@
 
 #include "standin/uia/tree.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
+
+namespace uia = standin::uia;
 
 class WindowTree final : public uia::Tree {
  public:
@@ -30,4 +32,4 @@ class WindowTree final : public uia::Tree {
   std::atomic<long> objects_{0};
 };
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

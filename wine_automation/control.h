@@ -6,7 +6,9 @@
 
 #include "standin/uia/tree.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
+
+namespace uia = standin::uia;
 
 // The parent window; the desktop window for a top-level window, null for the desktop window.
 HWND ParentOf(HWND window);
@@ -26,4 +28,4 @@ std::vector<HWND> ChildrenOf(HWND window);
 // The window's part that can be seen inside its parents and the screen; nothing when it is hidden.
 std::optional<RECT> VisibleRect(HWND window);
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

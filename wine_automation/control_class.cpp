@@ -1,11 +1,11 @@
-#include "standin/hwnd/control_class.h"
+#include "wine_automation/control_class.h"
 
 #include <algorithm>
 #include <numeric>
 
-#include "standin/hwnd/control.h"
+#include "wine_automation/control.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 using uia::PropertyValue;
@@ -155,4 +155,4 @@ std::vector<Part> NumberedParts(std::optional<LONG_PTR> count) {
   return parts;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation

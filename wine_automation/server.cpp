@@ -1,9 +1,9 @@
 // The in-process COM server of the UI Automation client object over real windows.
-#include "standin/hwnd/window_tree.h"
+#include "wine_automation/window_tree.h"
 
 namespace {
 
-standin::hwnd::WindowTree theTree;
+wine_automation::WindowTree theTree;
 std::atomic<long> locks{0};
 
 // One for the life of the module; references to it only keep the module loaded.

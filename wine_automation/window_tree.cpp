@@ -1,9 +1,9 @@
-#include "standin/hwnd/window_tree.h"
+#include "wine_automation/window_tree.h"
 
-#include "standin/hwnd/control.h"
-#include "standin/hwnd/control_class.h"
+#include "wine_automation/control.h"
+#include "wine_automation/control_class.h"
 
-namespace standin::hwnd {
+namespace wine_automation {
 namespace {
 
 using uia::Node;
@@ -181,4 +181,4 @@ long WindowTree::Objects() const {
   return objects_;
 }
 
-}  // namespace standin::hwnd
+}  // namespace wine_automation
