@@ -2,6 +2,8 @@
 
 namespace bench {
 
+using namespace korvane;
+
 namespace {
 
 bool Fits(IUIAutomationElement& element, const TargetRecord& target, int level) {

@@ -7,6 +7,6 @@
 
 namespace bench {
 
-ElementPtr FindByWalkingChildren(IUIAutomation& automation, HWND window, const TargetRecord& target);
+korvane::ElementPtr FindByWalkingChildren(IUIAutomation& automation, HWND window, const TargetRecord& target);
 
 }  // namespace bench

@@ -13,6 +13,8 @@
 
 namespace {
 
+using namespace korvane;
+
 void SetId(TargetRecord& target, unsigned number) {
   char text[16];
   const int length = std::snprintf(text, sizeof text, "row-%08u", number);

@@ -9,6 +9,8 @@
 
 namespace {
 
+using namespace korvane;
+
 using standin::TheDesktop;
 
 template <class Action>

@@ -6,8 +6,11 @@
 #include "platform/platform.h"
 #include "platform/wide_text.h"
 #include "standin/desktop/desktop.h"
+#include "util/text_search.h"
 
 namespace {
+
+using namespace korvane;
 
 constexpr std::int64_t kSmallest = 1 << 10;
 constexpr std::int64_t kLargest = 1 << 24;

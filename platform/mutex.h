@@ -5,6 +5,8 @@
 
 #ifdef _WIN32
 
+namespace korvane {
+
 class Mutex {
  public:
   void lock() {
@@ -18,9 +20,16 @@ class Mutex {
   SRWLOCK lock_ = SRWLOCK_INIT;
 };
 
+}  // namespace korvane
+
 #else
 
 #include <mutex>
+
+namespace korvane {
+
 using Mutex = std::mutex;
+
+}  // namespace korvane
 
 #endif

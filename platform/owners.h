@@ -5,8 +5,10 @@
 
 #include "platform/uia.h"
 
-// A handle or pointer with one way to give it back; the zero value is "none".
-template <class Resource, class GiveBack>
+namespace korvane {
+
+// A handle or pointer that the function `GiveBack` takes back; the zero value is "none".
+template <class Resource, auto GiveBack>
 class Owned {
  public:
   Owned() = default;
@@ -38,27 +40,21 @@ class Owned {
   Resource Detach() {
     return std::exchange(resource_, Resource{});
   }
+
+ private:
   void Reset() {
     if (Resource resource = Detach(); resource != Resource{}) {
-      GiveBack{}(resource);
+      GiveBack(resource);
     }
   }
 
- private:
   Resource resource_{};
 };
 
-// clang-format off
-struct FreeBstr { void operator()(BSTR text) const { SysFreeString(text); } };
-struct FreeTaskText { void operator()(WCHAR* text) const { CoTaskMemFree(text); } };
-struct FreeGlobal { void operator()(HGLOBAL block) const { GlobalFree(block); } };
-struct CloseKernelHandle { void operator()(HANDLE handle) const { CloseHandle(handle); } };
-// clang-format on
-
-using Bstr = Owned<BSTR, FreeBstr>;
-using TaskText = Owned<WCHAR*, FreeTaskText>;
-using GlobalBlock = Owned<HGLOBAL, FreeGlobal>;
-using KernelHandle = Owned<HANDLE, CloseKernelHandle>;
+using Bstr = Owned<BSTR, SysFreeString>;
+using TaskText = Owned<WCHAR*, CoTaskMemFree>;
+using GlobalBlock = Owned<HGLOBAL, GlobalFree>;
+using KernelHandle = Owned<HANDLE, CloseHandle>;
 
 // One counted reference to a COM object.
 template <class Interface>
@@ -71,8 +67,14 @@ class ComPtr {
       object_->AddRef();
     }
   }
+  // Takes over the caller's reference.
+  static ComPtr Adopt(Interface* object) {
+    ComPtr adopted;
+    adopted.object_ = object;
+    return adopted;
+  }
   ComPtr(const ComPtr& other) : ComPtr(other.object_) {}
-  ComPtr(ComPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  ComPtr(ComPtr&& other) noexcept : object_(other.Detach()) {}
   ComPtr& operator=(ComPtr other) noexcept {
     std::swap(object_, other.object_);
     return *this;
@@ -87,6 +89,9 @@ class ComPtr {
   Interface* operator->() const {
     return object_;
   }
+  Interface& operator*() const {
+    return *object_;
+  }
   explicit operator bool() const {
     return object_ != nullptr;
   }
@@ -96,18 +101,24 @@ class ComPtr {
     Reset();
     return &object_;
   }
+  Interface* Detach() {
+    return std::exchange(object_, nullptr);
+  }
+
+ private:
   void Reset() {
-    if (Interface* object = std::exchange(object_, nullptr)) {
+    if (Interface* object = Detach()) {
       object->Release();
     }
   }
 
- private:
   Interface* object_ = nullptr;
 };
 
 using ElementPtr = ComPtr<IUIAutomationElement>;
+using ElementArrayPtr = ComPtr<IUIAutomationElementArray>;
 using ConditionPtr = ComPtr<IUIAutomationCondition>;
+using WalkerPtr = ComPtr<IUIAutomationTreeWalker>;
 
 // A VARIANT that is initialised from the start and cleared at the end.
 class Variant {
@@ -154,10 +165,10 @@ class Variant {
   VARIANT value_;
 };
 
-// A global memory block's bytes, for as long as it is locked.
+// A global memory block's bytes, for as long as it is locked; none of no block.
 class GlobalView {
  public:
-  explicit GlobalView(HGLOBAL block) : block_(block), bytes_(GlobalLock(block)) {}
+  explicit GlobalView(HGLOBAL block) : block_(block), bytes_(block != nullptr ? GlobalLock(block) : nullptr) {}
   ~GlobalView() {
     if (bytes_ != nullptr) {
       GlobalUnlock(block_);
@@ -174,3 +185,5 @@ class GlobalView {
   HGLOBAL block_;
   void* bytes_;
 };
+
+}  // namespace korvane

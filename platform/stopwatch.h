@@ -3,6 +3,8 @@
 
 #include "platform/platform.h"
 
+namespace korvane {
+
 class Stopwatch {
  public:
   Stopwatch() : start_(Count()) {}
@@ -22,3 +24,5 @@ class Stopwatch {
 
   LONGLONG start_;
 };
+
+}  // namespace korvane

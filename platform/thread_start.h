@@ -7,16 +7,24 @@
 
 #include "platform/platform.h"
 
+namespace korvane {
+
 using ThreadBody = HANDLE (*)() noexcept;
+
+}  // namespace korvane
 
 extern "C" {
 
 DWORD WINAPI StartThreadBody(LPVOID parameter);
-extern std::atomic<ThreadBody> g_threadBody;
+extern std::atomic<korvane::ThreadBody> g_threadBody;
 }
+
+namespace korvane {
 
 // What to give CreateThread for a thread that runs `body`, which is the same for all threads of the library.
 inline LPTHREAD_START_ROUTINE ThreadStart(ThreadBody body) noexcept {
   g_threadBody = body;
   return StartThreadBody;
 }
+
+}  // namespace korvane

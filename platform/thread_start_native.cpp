@@ -1,6 +1,6 @@
 #include "platform/thread_start.h"
 
-std::atomic<ThreadBody> g_threadBody{nullptr};
+std::atomic<korvane::ThreadBody> g_threadBody{nullptr};
 
 // Nothing is unloaded here, so that the order of the last instructions does not matter.
 DWORD WINAPI StartThreadBody(LPVOID /*parameter*/) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace korvane {
+
 WideView ViewOf(const WCHAR* text) {
   return text == nullptr ? WideView() : WideView(text);
 }
@@ -15,3 +17,5 @@ void CopyCut(WCHAR* field, std::size_t size, WideView text) {
   std::copy_n(text.data(), length, field);
   field[length] = 0;
 }
+
+}  // namespace korvane

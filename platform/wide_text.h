@@ -7,6 +7,8 @@
 
 #include "platform/platform.h"
 
+namespace korvane {
+
 using WideText = std::basic_string<WCHAR>;
 using WideView = std::basic_string_view<WCHAR>;
 
@@ -28,3 +30,5 @@ template <std::size_t Size>
 void CopyCut(WCHAR (&field)[Size], WideView text) {
   CopyCut(field, Size, text);
 }
+
+}  // namespace korvane

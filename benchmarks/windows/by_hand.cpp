@@ -7,12 +7,12 @@
 
 namespace bench {
 
+using namespace korvane;
+
 namespace {
 
 constexpr int kMostLevels = 20;
 constexpr DWORD kLongestWait = 1000;
-
-using ConditionPtr = ComPtr<IUIAutomationCondition>;
 
 std::wstring TextOf(const wchar_t* units) {
   return units == nullptr ? std::wstring() : units;

@@ -1,7 +1,10 @@
-// The UI Automation context of the process and the host's default window.
+// The UI Automation context of the process.
 #pragma once
 
+#include "log/outcome.h"
 #include "platform/owners.h"
+
+namespace korvane {
 
 using AutomationPtr = ComPtr<IUIAutomation>;
 
@@ -9,17 +12,18 @@ using AutomationPtr = ComPtr<IUIAutomation>;
 // it works, so that a cleanup on another thread cannot take the object away.
 AutomationPtr CurrentAutomation();
 
-// Makes sure that the automation object exists: 0, or -3 with the reason reported.
-int InitializeAutomation() noexcept;
+// Makes sure that the automation object exists. A failure is KORVANE_FAILED, reported already.
+Outcome InitializeAutomation() noexcept;
 
-enum class LibraryEnd {
-  Cleanup,  // asked for by the host
-  Unload,   // the library is being freed, under the loader's lock
+// What an automation context consists of, for whoever ends it.
+struct AutomationContext {
+  AutomationPtr automation;
+  // Whether making it initialised the object model, and on which thread.
+  bool comInitialized = false;
+  DWORD comThread = 0;
 };
 
-// Stops the monitor, releases the automation object, closes the log, balances the object model's initialisation and
-// clears the target window.
-void ShutdownLibrary(LibraryEnd end) noexcept;
+// Takes the context away from the process; it is empty when there was none.
+AutomationContext TakeAutomationContext() noexcept;
 
-// `window`, or the target window of the host when it is null; null when neither is set.
-HWND ChooseWindow(HWND window) noexcept;
+}  // namespace korvane

@@ -5,6 +5,8 @@
 #include "log/console_trace.h"
 #include "log/export_guard.h"
 
+namespace korvane {
+
 static_assert(sizeof(TargetRecord) == 3256 && alignof(TargetRecord) == 8);
 static_assert(offsetof(TargetRecord, automationId) == 0 && offsetof(TargetRecord, hwnd) == 512 &&
               offsetof(TargetRecord, x) == 520 && offsetof(TargetRecord, y) == 524 &&
@@ -13,6 +15,9 @@ static_assert(offsetof(TargetRecord, automationId) == 0 && offsetof(TargetRecord
               offsetof(TargetRecord, childIndices) == 3176);
 
 namespace {
+
+constexpr auto kName = "captureTargetAtPoint";
+constexpr TaggedLog LogCaptureLine("[captureTargetAtPoint] ");
 
 // True when the element has one.
 bool CaptureAutomationId(IUIAutomationElement* element, TargetRecord& target) {
@@ -23,53 +28,51 @@ bool CaptureAutomationId(IUIAutomationElement* element, TargetRecord& target) {
   return target.automationId[0] != 0;
 }
 
-HWND FindLoggedWindow(IUIAutomationElement* element, int x, int y) {
-  if (const HWND own = NativeWindowOf(element)) {
-    return own;
-  }
-  LogLine("[captureTargetAtPoint] Element has no HWND, trying WindowFromPoint fallback");
-  if (const HWND atPoint = GetWindowFromCoordinates(x, y)) {
-    LogLine("[captureTargetAtPoint] WindowFromPoint fallback succeeded - HWND: 0x", Hex(atPoint));
-    return atPoint;
-  }
-  LogLine("[captureTargetAtPoint] WindowFromPoint failed, trying tree walk fallback");
-  const HWND nearest = GetNearestWindowHandle(element);
-  if (nearest != nullptr) {
-    LogLine("[captureTargetAtPoint] Tree walk fallback succeeded - HWND: 0x", Hex(nearest));
-  } else {
-    LogLine("[captureTargetAtPoint] All HWND fallback methods failed - element may not be automatable");
-  }
-  return nearest;
+HWND FindLoggedWindow(IUIAutomationElement* element, POINT point) {
+  return FindWindowOf(element, point, [](WindowSearch step, HWND window) {
+    switch (step) {
+      case WindowSearch::NoOwnWindow:
+        return LogCaptureLine("Element has no HWND, trying WindowFromPoint fallback");
+      case WindowSearch::AtPoint:
+        return LogCaptureLine("WindowFromPoint fallback succeeded - HWND: 0x", Hex(window));
+      case WindowSearch::NotAtPoint:
+        return LogCaptureLine("WindowFromPoint failed, trying tree walk fallback");
+      case WindowSearch::AtAncestor:
+        return LogCaptureLine("Tree walk fallback succeeded - HWND: 0x", Hex(window));
+      case WindowSearch::Nowhere:
+        return LogCaptureLine("All HWND fallback methods failed - element may not be automatable");
+    }
+  });
 }
 
 HWND FindTracedWindow(IUIAutomationElement* element, POINT point) {
-  if (const HWND own = NativeWindowOf(element)) {
-    return own;
-  }
-  ConsoleTrace("Element has no HWND, trying WindowFromPoint fallback");
-  if (const HWND atPoint = GetWindowFromCoordinates(point.x, point.y)) {
-    ConsoleTrace("WindowFromPoint fallback succeeded");
-    return atPoint;
-  }
-  ConsoleTrace("WindowFromPoint failed, trying tree walk fallback");
-  const HWND nearest = GetNearestWindowHandle(element);
-  if (nearest != nullptr) {
-    ConsoleTrace("Tree walk fallback succeeded");
-  }
-  return nearest;
+  return FindWindowOf(element, point, [](WindowSearch step, HWND /*window*/) {
+    switch (step) {
+      case WindowSearch::NoOwnWindow:
+        return ConsoleTrace("Element has no HWND, trying WindowFromPoint fallback");
+      case WindowSearch::AtPoint:
+        return ConsoleTrace("WindowFromPoint fallback succeeded");
+      case WindowSearch::NotAtPoint:
+        return ConsoleTrace("WindowFromPoint failed, trying tree walk fallback");
+      case WindowSearch::AtAncestor:
+        return ConsoleTrace("Tree walk fallback succeeded");
+      case WindowSearch::Nowhere:
+        return ConsoleTrace("All HWND fallback methods failed - element may not be automatable");
+    }
+  });
 }
 
 // A path that cannot be built does not spoil the capture: the other identifications stand without it.
 void CaptureLoggedTreePath(IUIAutomationElement* element, TargetRecord& target) {
-  LogLine("[captureTargetAtPoint] Building tree path...");
+  LogCaptureLine("Building tree path...");
   try {
     if (BuildTreePath(element, &target) && target.pathLength > 0) {
-      LogLine("[captureTargetAtPoint] Successfully built tree path with ", target.pathLength, " levels");
+      LogCaptureLine("Successfully built tree path with ", target.pathLength, " levels");
     } else {
-      LogLine("[captureTargetAtPoint] WARNING: Tree path building resulted in 0 levels");
+      LogCaptureLine("WARNING: Tree path building resulted in 0 levels");
     }
   } catch (...) {
-    LogLine("[captureTargetAtPoint] ERROR: Exception occurred during tree path building");
+    LogCaptureLine("ERROR: Exception occurred during tree path building");
     ClearTreePath(target);
   }
 }
@@ -83,45 +86,44 @@ bool BuildTracedTreePath(IUIAutomationElement* element, TargetRecord& target) {
   }
 }
 
-int CaptureAtPoint(TargetRecord* target, int x, int y) {
-  constexpr auto kName = "captureTargetAtPoint";
-  LogLine("[captureTargetAtPoint] Called with coordinates (", x, ", ", y, ")");
+Outcome CaptureAtPoint(TargetRecord* target, int x, int y) {
+  LogCaptureLine("Called with coordinates (", x, ", ", y, ")");
   if (target == nullptr) {
-    LogLine("[captureTargetAtPoint] ERROR: target parameter is null");
-    return ReportError(KORVANE_INVALID_ARGUMENT, kName, "target parameter is null");
+    LogCaptureLine("ERROR: target parameter is null");
+    return {KORVANE_INVALID_ARGUMENT, "target parameter is null"};
   }
-  if (const int code = InitializeAutomation(); code != KORVANE_OK) {
-    LogLine("[captureTargetAtPoint] ERROR: Failed to initialize automation");
-    return code;
+  if (const Outcome initialized = InitializeAutomation(); !initialized.IsOk()) {
+    LogCaptureLine("ERROR: Failed to initialize automation");
+    return initialized;
   }
   *target = {};
   target->x = x;
   target->y = y;
-  LogLine("[captureTargetAtPoint] Set coordinates: (", x, ", ", y, ")");
+  LogCaptureLine("Set coordinates: (", x, ", ", y, ")");
   target->identificationMethod = KORVANE_METHOD_UNDECIDED;
   const ElementPtr element = GetElementAtPoint({x, y});
   if (!element) {
-    LogLine("[captureTargetAtPoint] ERROR: No element found at specified point");
-    return ReportError(KORVANE_NOT_FOUND, kName, "No element found at point");
+    LogCaptureLine("ERROR: No element found at specified point");
+    return {KORVANE_NOT_FOUND, "No element found at point"};
   }
-  LogLine("[captureTargetAtPoint] Successfully found element at point");
+  LogCaptureLine("Successfully found element at point");
   if (CaptureAutomationId(element.Get(), *target)) {
-    LogLine("[captureTargetAtPoint] Captured AutomationId: '", ViewWithin(target->automationId), "'");
+    LogCaptureLine("Captured AutomationId: '", ViewWithin(target->automationId), "'");
   } else {
-    LogLine("[captureTargetAtPoint] No AutomationId available");
+    LogCaptureLine("No AutomationId available");
   }
-  target->hwnd = FindLoggedWindow(element.Get(), x, y);
+  target->hwnd = FindLoggedWindow(element.Get(), {x, y});
   if (target->hwnd != nullptr) {
-    LogLine("[captureTargetAtPoint] Captured HWND: 0x", Hex(target->hwnd));
+    LogCaptureLine("Captured HWND: 0x", Hex(target->hwnd));
   } else {
-    LogLine("[captureTargetAtPoint] WARNING: No HWND captured for element (HWND=0)");
+    LogCaptureLine("WARNING: No HWND captured for element (HWND=0)");
   }
   CaptureLoggedTreePath(element.Get(), *target);
-  LogLine("[captureTargetAtPoint] Set identificationMethod to -1 (user selection required)");
+  LogCaptureLine("Set identificationMethod to -1 (user selection required)");
   return KORVANE_OK;
 }
 
-int CaptureAtCursor(TargetRecord* target) {
+Outcome CaptureAtCursor(TargetRecord* target) {
   ConsoleTrace("=== CAPTURE START ===");
   ConsoleTrace("targetWindow: 0x", PointerDigits(GetForegroundWindow()));
   if (target == nullptr) {
@@ -159,31 +161,31 @@ int CaptureAtCursor(TargetRecord* target) {
   if (target->hwnd != nullptr) {
     ConsoleTrace("Captured HWND: 0x", PointerDigits(target->hwnd));
   } else {
-    ConsoleTrace("All HWND fallback methods failed - element may not be automatable");
     ConsoleTrace("WARNING: No HWND captured for element (HWND=0)");
   }
   return KORVANE_OK;
 }
 
 }  // namespace
+}  // namespace korvane
 
 int captureTargetAtPoint(TargetRecord* target, int x, int y) noexcept {
-  return GuardExport("captureTargetAtPoint", int{KORVANE_FAILED}, [&] {
-    const int code = CaptureAtPoint(target, x, y);
+  return korvane::AnswerExport(korvane::kName, KORVANE_FAILED, [&] {
+    const korvane::Outcome captured = korvane::CaptureAtPoint(target, x, y);
     // The element is released before the capture is called complete.
-    if (code == KORVANE_OK) {
-      LogLine("[captureTargetAtPoint] SUCCESS: Captured all identification methods");
+    if (captured.IsOk()) {
+      korvane::LogCaptureLine("SUCCESS: Captured all identification methods");
     }
-    return code;
+    return captured;
   });
 }
 
 int captureTargetAtCursor(TargetRecord* target) noexcept {
-  return GuardExport("captureTargetAtCursor", int{KORVANE_NOT_FOUND}, [&] {
-    const int code = CaptureAtCursor(target);
-    if (code == KORVANE_OK) {
-      ConsoleTrace("=== CAPTURE END ===");
+  return korvane::AnswerExport("captureTargetAtCursor", KORVANE_NOT_FOUND, [&] {
+    const korvane::Outcome captured = korvane::CaptureAtCursor(target);
+    if (captured.IsOk()) {
+      korvane::ConsoleTrace("=== CAPTURE END ===");
     }
-    return code;
+    return captured;
   });
 }

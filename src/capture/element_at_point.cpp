@@ -4,54 +4,62 @@
 #include "log/console_trace.h"
 #include "log/diagnostic_log.h"
 
+namespace korvane {
 namespace {
+
+constexpr TaggedLog LogElementAtPointLine("[GetElementAtPoint] ");
+constexpr TaggedClockLog LogWindowFromCoordinatesLine("[GetWindowFromCoordinates] ");
+constexpr TaggedClockLog LogNearestWindowLine("[GetNearestWindowHandle] ");
+
+void LogName(IUIAutomationElement* element) {
+  Bstr name;
+  if (FAILED(element->get_CurrentName(name.Receive())) || !name) {
+    LogElementAtPointLine("Found element but couldn't get name");
+  } else {
+    LogElementAtPointLine("Found element with name: '", ViewOf(name.Get()), "'");
+  }
+}
 
 // What the log shows of a found element. Its answers change nothing else.
 void LogFoundElement(IUIAutomationElement* element) {
-  Bstr name;
-  if (FAILED(element->get_CurrentName(name.Receive())) || !name) {
-    LogLine("[GetElementAtPoint] Found element but couldn't get name");
-  } else {
-    LogLine("[GetElementAtPoint] Found element with name: '", ViewOf(name.Get()), "'");
-  }
-  name.Reset();
+  LogName(element);
   CONTROLTYPEID controlType = 0;
   if (SUCCEEDED(element->get_CurrentControlType(&controlType))) {
-    LogLine("[GetElementAtPoint] Element control type: 0x", Hex(static_cast<std::uint32_t>(controlType)));
+    LogElementAtPointLine("Element control type: 0x", Hex(static_cast<std::uint32_t>(controlType)));
   }
   UIA_HWND window = nullptr;
   if (SUCCEEDED(element->get_CurrentNativeWindowHandle(&window))) {
-    LogLine("[GetElementAtPoint] Element HWND: ", HandleNumber(window));
+    LogElementAtPointLine("Element HWND: ", HandleNumber(window));
   }
 }
 
 }  // namespace
 
 ElementPtr GetElementAtPoint(POINT point) {
-  LogLine("[GetElementAtPoint] Called with point (", point.x, ", ", point.y, ")");
+  LogElementAtPointLine("Called with point (", point.x, ", ", point.y, ")");
   AutomationPtr automation = CurrentAutomation();
   if (!automation) {
-    LogLine("[GetElementAtPoint] g_pAutomation is null, initializing...");
-    if (InitializeAutomation() == 0) {
+    LogElementAtPointLine("g_pAutomation is null, initializing...");
+    if (InitializeAutomation().IsOk()) {
       automation = CurrentAutomation();
     }
     if (!automation) {
-      LogLine("[GetElementAtPoint] ERROR: Failed to initialize automation");
+      LogElementAtPointLine("ERROR: Failed to initialize automation");
       return {};
     }
-    LogLine("[GetElementAtPoint] Automation initialized successfully");
+    LogElementAtPointLine("Automation initialized successfully");
   }
   ElementPtr element;
   if (const HRESULT result = automation->ElementFromPoint(point, element.Receive()); FAILED(result)) {
-    LogLine("[GetElementAtPoint] ERROR: ElementFromPoint failed with HRESULT: 0x", Hex(result));
+    LogElementAtPointLine("ERROR: ElementFromPoint failed with HRESULT: 0x", Hex(result));
     return {};
   }
   if (!element) {
-    LogLine("[GetElementAtPoint] ElementFromPoint returned null element");
+    LogElementAtPointLine("ElementFromPoint returned null element");
     return {};
   }
   LogFoundElement(element.Get());
-  LogLine("[GetElementAtPoint] SUCCESS: Returning element");
+  LogElementAtPointLine("SUCCESS: Returning element");
   return element;
 }
 
@@ -63,10 +71,10 @@ ElementAtCursor GetElementAtCursor() {
     return found;
   }
   ConsoleTrace("Cursor position: (", found.cursor.x, ", ", found.cursor.y, ")");
-  const int initialized = InitializeAutomation();
+  const Outcome initialized = InitializeAutomation();
   const AutomationPtr automation = CurrentAutomation();
-  if (initialized != 0 || !automation) {
-    ConsoleTrace("ERROR: InitializeAutomation failed, result: ", initialized);
+  if (!initialized.IsOk() || !automation) {
+    ConsoleTrace("ERROR: InitializeAutomation failed, result: ", initialized.code);
     return found;
   }
   ElementPtr element;
@@ -85,43 +93,43 @@ ElementAtCursor GetElementAtCursor() {
 
 HWND GetWindowFromCoordinates(int x, int y) {
   const HWND window = WindowFromPoint({x, y});
-  LogClockLine("[GetWindowFromCoordinates] Point (", x, ", ", y, ") -> HWND: 0x", Hex(window));
+  LogWindowFromCoordinatesLine("Point (", x, ", ", y, ") -> HWND: 0x", Hex(window));
   return window;
 }
 
 HWND GetNearestWindowHandle(IUIAutomationElement* element) {
   constexpr int kMaxDepth = 20;
   if (element == nullptr) {
-    LogClockLine("[GetNearestWindowHandle] Element is null");
+    LogNearestWindowLine("Element is null");
     return nullptr;
   }
   if (const HWND own = NativeWindowOf(element)) {
-    LogClockLine("[GetNearestWindowHandle] Element has HWND: 0x", Hex(own));
+    LogNearestWindowLine("Element has HWND: 0x", Hex(own));
     return own;
   }
-  LogClockLine("[GetNearestWindowHandle] Element has no HWND, starting tree walk");
+  LogNearestWindowLine("Element has no HWND, starting tree walk");
   const AutomationPtr automation = CurrentAutomation();
-  ComPtr<IUIAutomationTreeWalker> walker;
+  WalkerPtr walker;
   const HRESULT result = automation ? automation->get_ControlViewWalker(walker.Receive()) : E_POINTER;
   if (FAILED(result) || !walker) {
-    LogClockLine("[GetNearestWindowHandle] ERROR: Failed to get tree walker, HRESULT: 0x", Hex(result));
+    LogNearestWindowLine("ERROR: Failed to get tree walker, HRESULT: 0x", Hex(result));
     return nullptr;
   }
   ElementPtr current(element);
   for (int depth = 0; depth < kMaxDepth;) {
     ElementPtr parent;
     if (FAILED(walker->GetParentElement(current.Get(), parent.Receive())) || !parent) {
-      LogClockLine("[GetNearestWindowHandle] Reached tree root or error at depth ", depth);
+      LogNearestWindowLine("Reached tree root or error at depth ", depth);
       break;
     }
     ++depth;
     if (const HWND window = NativeWindowOf(parent.Get())) {
-      LogClockLine("[GetNearestWindowHandle] Found HWND at depth ", depth, ": 0x", Hex(window));
+      LogNearestWindowLine("Found HWND at depth ", depth, ": 0x", Hex(window));
       return window;
     }
     current = std::move(parent);
   }
-  LogClockLine("[GetNearestWindowHandle] No HWND found after walking up 20 levels");
+  LogNearestWindowLine("No HWND found after walking up 20 levels");
   return nullptr;
 }
 
@@ -129,3 +137,5 @@ HWND NativeWindowOf(IUIAutomationElement* element) {
   UIA_HWND window = nullptr;
   return SUCCEEDED(element->get_CurrentNativeWindowHandle(&window)) ? static_cast<HWND>(window) : nullptr;
 }
+
+}  // namespace korvane

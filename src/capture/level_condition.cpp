@@ -1,24 +1,31 @@
 #include "capture/level_condition.h"
 
-LevelCondition CreateLevelCondition(IUIAutomation& automation, LONG controlType, const WCHAR* className) {
+namespace korvane {
+
+Outcome CreateLevelCondition(IUIAutomation& automation, LONG controlType, const WCHAR* className,
+                             ConditionPtr& condition) {
   ConditionPtr ofType;
   if (FAILED(automation.CreatePropertyCondition(UIA_ControlTypePropertyId, Variant(controlType).Get(),
                                                 ofType.Receive())) ||
       !ofType) {
-    return {{}, LevelConditionStep::ControlType};
+    return {KORVANE_FAILED, "Failed to create control type condition"};
   }
   if (className == nullptr || *className == 0) {
-    return {std::move(ofType), LevelConditionStep::Complete};
+    condition = std::move(ofType);
+    return KORVANE_OK;
   }
   ConditionPtr ofClass;
   const Variant name(className);
   if (name.Text() == nullptr ||
       FAILED(automation.CreatePropertyCondition(UIA_ClassNamePropertyId, name.Get(), ofClass.Receive())) || !ofClass) {
-    return {{}, LevelConditionStep::ClassName};
+    return {KORVANE_FAILED, "Failed to create class name condition"};
   }
   ConditionPtr both;
   if (FAILED(automation.CreateAndCondition(ofType.Get(), ofClass.Get(), both.Receive())) || !both) {
-    return {{}, LevelConditionStep::Combination};
+    return {KORVANE_FAILED, "Failed to create combined condition"};
   }
-  return {std::move(both), LevelConditionStep::Complete};
+  condition = std::move(both);
+  return KORVANE_OK;
 }
+
+}  // namespace korvane

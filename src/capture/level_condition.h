@@ -1,14 +1,14 @@
 // The search condition of one tree path level, shared by capturing a path and following it.
 #pragma once
 
+#include "log/outcome.h"
 #include "platform/owners.h"
 
-enum class LevelConditionStep { ControlType, ClassName, Combination, Complete };
+namespace korvane {
 
-struct LevelCondition {
-  ConditionPtr condition;  // none unless complete
-  LevelConditionStep reached;
-};
+// Control type equal to `controlType` and, unless `className` is empty, class name equal to it. The details of a
+// failure name the part that could not be made.
+Outcome CreateLevelCondition(IUIAutomation& automation, LONG controlType, const WCHAR* className,
+                             ConditionPtr& condition);
 
-// Control type equal to `controlType` and, unless `className` is empty, class name equal to it.
-LevelCondition CreateLevelCondition(IUIAutomation& automation, LONG controlType, const WCHAR* className);
+}  // namespace korvane

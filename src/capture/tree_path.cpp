@@ -7,9 +7,11 @@
 #include "capture/level_condition.h"
 #include "log/diagnostic_log.h"
 
+namespace korvane {
 namespace {
 
-using WalkerPtr = ComPtr<IUIAutomationTreeWalker>;
+constexpr TaggedLog LogTreePathLine("[BuildTreePath] ");
+constexpr TaggedLog LogChildIndexLine("[GetChildIndex] ");
 
 constexpr WideView kDesktopClass = TEXT("#32769");
 
@@ -27,27 +29,36 @@ ElementPtr ParentOf(IUIAutomationTreeWalker& walker, IUIAutomationElement* eleme
   return FAILED(walker.GetParentElement(element, parent.Receive())) ? ElementPtr() : parent;
 }
 
+template <std::size_t Size>
+void RecordClassName(IUIAutomationElement* element, WCHAR (&field)[Size]) {
+  Bstr className;
+  if (SUCCEEDED(element->get_CurrentClassName(className.Receive())) && className) {
+    CopyCut(field, ViewOf(className.Get()));
+  }
+}
+
 void RecordLevel(IUIAutomationElement* element, TargetRecord& target) {
   const int level = target.pathLength;
   CONTROLTYPEID controlType = 0;
   if (SUCCEEDED(element->get_CurrentControlType(&controlType))) {
     target.controlTypes[level] = controlType;
   }
-  Bstr className;
-  if (SUCCEEDED(element->get_CurrentClassName(className.Receive())) && className) {
-    CopyCut(target.classNames[level], ViewOf(className.Get()));
-  }
-  className.Reset();
+  RecordClassName(element, target.classNames[level]);
   target.childIndices[level] = GetChildIndex(element, target.controlTypes[level], target.classNames[level]);
   ++target.pathLength;
 }
 
-// From the element upwards: level 0 is the element itself.
-void CollectLevels(IUIAutomationTreeWalker& walker, IUIAutomationElement* element, TargetRecord& target) {
+// From the element upwards: level 0 is the element itself. False when there is no walker.
+bool CollectLevels(IUIAutomationElement* element, TargetRecord& target) {
+  const WalkerPtr walker = ControlViewWalker();
+  if (!walker) {
+    return false;
+  }
   for (ElementPtr current(element); current && target.pathLength < KORVANE_MAX_PATH_LEVELS;) {
     RecordLevel(current.Get(), target);
-    current = ParentOf(walker, current.Get());
+    current = ParentOf(*walker, current.Get());
   }
+  return true;
 }
 
 void ReverseLevels(TargetRecord& target) {
@@ -66,7 +77,7 @@ void RemoveFirst(Value (&levels)[KORVANE_MAX_PATH_LEVELS], int length) {
 }
 
 void RemoveDesktopLevel(TargetRecord& target) {
-  LogLine("[BuildTreePath] Removed Desktop level from path");
+  LogTreePathLine("Removed Desktop level from path");
   RemoveFirst(target.controlTypes, target.pathLength);
   RemoveFirst(target.childIndices, target.pathLength);
   for (int i = 1; i < target.pathLength; ++i) {
@@ -78,11 +89,27 @@ void RemoveDesktopLevel(TargetRecord& target) {
   std::fill(std::begin(target.classNames[last]), std::end(target.classNames[last]), WCHAR{0});
 
   if (target.pathLength < 1) {
-    LogLine("[BuildTreePath] WARNING: Path length is 0 after Desktop removal");
+    LogTreePathLine("WARNING: Path length is 0 after Desktop removal");
   } else if (target.controlTypes[0] != UIA_WindowControlTypeId) {
-    LogLine("[BuildTreePath] WARNING: First level after Desktop removal is not a window (controlType=",
-            target.controlTypes[0], ")");
+    LogTreePathLine("WARNING: First level after Desktop removal is not a window (controlType=", target.controlTypes[0],
+                    ")");
   }
+}
+
+// The parent's children of the control type and, unless it is empty, the class name.
+Outcome FindSiblings(IUIAutomation& automation, IUIAutomationElement& parent, int controlType, const WCHAR* className,
+                     ElementArrayPtr& siblings) {
+  ConditionPtr condition;
+  if (const Outcome created = CreateLevelCondition(automation, controlType, className, condition); !created.IsOk()) {
+    return created;
+  }
+  if (ViewOf(className).empty()) {
+    LogChildIndexLine("Empty/null className, using controlType-only condition");
+  }
+  if (FAILED(parent.FindAll(TreeScope_Children, condition.Get(), siblings.Receive())) || !siblings) {
+    return {KORVANE_FAILED, "Failed to find children with matching control type and class name"};
+  }
+  return KORVANE_OK;
 }
 
 // The 1-based position of `element` in the array, counting only the entries that it hands out; 0 when it is not there.
@@ -119,78 +146,58 @@ bool BuildTreePath(IUIAutomationElement* element, TargetRecord* target) {
     return false;
   }
   ClearTreePath(*target);
-  WalkerPtr walker = ControlViewWalker();
-  if (!walker) {
-    LogLine("[BuildTreePath] FAILED: Unable to get tree walker");
+  if (!CollectLevels(element, *target)) {
+    LogTreePathLine("FAILED: Unable to get tree walker");
     return false;
   }
-  CollectLevels(*walker.Get(), element, *target);
-  walker.Reset();
   ReverseLevels(*target);
   const bool hasDesktop = ViewWithin(target->classNames[0]) == kDesktopClass;
   if (hasDesktop) {
     RemoveDesktopLevel(*target);
   }
-  LogLine("[BuildTreePath] SUCCESS: Built tree path with ", target->pathLength, " levels",
-          hasDesktop ? " (Desktop level removed)" : "");
+  LogTreePathLine("SUCCESS: Built tree path with ", target->pathLength, " levels",
+                  hasDesktop ? " (Desktop level removed)" : "");
   return target->pathLength > 0;
 }
 
 int GetChildIndex(IUIAutomationElement* element, int controlType, const WCHAR* className) {
   const AutomationPtr automation = CurrentAutomation();
   if (element == nullptr || !automation) {
-    LogLine("[GetChildIndex] ERROR: Invalid parameters");
+    LogChildIndexLine("ERROR: Invalid parameters");
     return 0;
   }
   const WideView shownClass = className == nullptr ? TEXT("(null)") : className;
-  LogLine("[GetChildIndex] Finding index for control type: ", controlType, ", className: ", shownClass);
-  WalkerPtr walker = ControlViewWalker();
+  LogChildIndexLine("Finding index for control type: ", controlType, ", className: ", shownClass);
+  const WalkerPtr walker = ControlViewWalker();
   if (!walker) {
-    LogLine("[GetChildIndex] ERROR: Failed to get tree walker");
+    LogChildIndexLine("ERROR: Failed to get tree walker");
     return 0;
   }
-  const ElementPtr parent = ParentOf(*walker.Get(), element);
+  const ElementPtr parent = ParentOf(*walker, element);
   if (!parent) {
-    LogLine("[GetChildIndex] No parent element found, returning index 0");
+    LogChildIndexLine("No parent element found, returning index 0");
     return 0;
   }
-  LevelCondition level = CreateLevelCondition(*automation.Get(), controlType, className);
-  switch (level.reached) {
-    case LevelConditionStep::ControlType:
-      LogLine("[GetChildIndex] ERROR: Failed to create control type condition");
-      return 0;
-    case LevelConditionStep::ClassName:
-      LogLine("[GetChildIndex] ERROR: Failed to create class name condition");
-      return 0;
-    case LevelConditionStep::Combination:
-      LogLine("[GetChildIndex] ERROR: Failed to create combined condition");
-      return 0;
-    case LevelConditionStep::Complete:
-      break;
-  }
-  if (ViewOf(className).empty()) {
-    LogLine("[GetChildIndex] Empty/null className, using controlType-only condition");
-  }
-  ComPtr<IUIAutomationElementArray> siblings;
-  const HRESULT searched = parent->FindAll(TreeScope_Children, level.condition.Get(), siblings.Receive());
-  level.condition.Reset();
-  if (FAILED(searched) || !siblings) {
-    LogLine("[GetChildIndex] ERROR: Failed to find children with matching control type and class name");
+  ElementArrayPtr siblings;
+  if (const Outcome searched = FindSiblings(*automation, *parent, controlType, className, siblings); !searched.IsOk()) {
+    LogChildIndexLine("ERROR: ", searched.details);
     return 0;
   }
   int count = 0;
   if (FAILED(siblings->get_Length(&count))) {
-    LogLine("[GetChildIndex] ERROR: Failed to get filtered children count");
+    LogChildIndexLine("ERROR: Failed to get filtered children count");
     return 0;
   }
-  LogLine("[GetChildIndex] Found ", count, " siblings with controlType=", controlType, " and className=", shownClass);
-  LogLine("[GetChildIndex] Parent has ", count, " children matching control type ", controlType, " and className '",
-          shownClass, "'");
-  const int position = PositionIn(*automation.Get(), *siblings.Get(), count, element);
+  LogChildIndexLine("Found ", count, " siblings with controlType=", controlType, " and className=", shownClass);
+  LogChildIndexLine("Parent has ", count, " children matching control type ", controlType, " and className '",
+                    shownClass, "'");
+  const int position = PositionIn(*automation, *siblings, count, element);
   if (position == 0) {
-    LogLine("[GetChildIndex] Target not found among siblings, returning 0");
+    LogChildIndexLine("Target not found among siblings, returning 0");
     return 0;
   }
-  LogLine("[GetChildIndex] Found target at index: ", position);
+  LogChildIndexLine("Found target at index: ", position);
   return position;
 }
+
+}  // namespace korvane

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+namespace korvane {
+
 ClipboardHold OpenClipboardOnce() {
   return ClipboardHold(OpenClipboard(nullptr) != FALSE);
 }
@@ -18,40 +20,33 @@ ClipboardHold OpenClipboardWithRetry() {
   }
 }
 
+ClipboardText::ClipboardText(ClipboardHold hold)
+    : hold_(std::move(hold)), block_(hold_ ? GetClipboardData(CF_UNICODETEXT) : nullptr) {}
+
+std::optional<WideView> ClipboardText::View() const {
+  if (block_.Bytes() == nullptr) {
+    return std::nullopt;
+  }
+  return ViewOf(static_cast<const WCHAR*>(block_.Bytes()));
+}
+
 TaskText ReadClipboardText() {
-  const ClipboardHold hold = OpenClipboardWithRetry();
-  if (!hold) {
+  const ClipboardText clipboard(OpenClipboardWithRetry());
+  const std::optional<WideView> text = clipboard.View();
+  if (!text) {
     return {};
   }
-  const HANDLE block = GetClipboardData(CF_UNICODETEXT);
-  if (block == nullptr) {
-    return {};
-  }
-  const GlobalView view(block);
-  if (view.Bytes() == nullptr) {
-    return {};
-  }
-  const auto* text = static_cast<const WCHAR*>(view.Bytes());
-  const std::size_t size = (ViewOf(text).size() + 1) * sizeof(WCHAR);
+  const std::size_t size = (text->size() + 1) * sizeof(WCHAR);
   TaskText copy(static_cast<WCHAR*>(CoTaskMemAlloc(size)));
   if (copy) {
-    std::memcpy(copy.Get(), text, size);
+    // With its terminator, which stands behind the view.
+    std::memcpy(copy.Get(), text->data(), size);
   }
   return copy;
 }
 
 bool VerifyClipboardText(const WCHAR* expected) {
-  if (expected == nullptr) {
-    return false;
-  }
-  const ClipboardHold hold = OpenClipboardWithRetry();
-  if (!hold) {
-    return false;
-  }
-  const HANDLE block = GetClipboardData(CF_UNICODETEXT);
-  if (block == nullptr) {
-    return false;
-  }
-  const GlobalView view(block);
-  return view.Bytes() != nullptr && ViewOf(static_cast<const WCHAR*>(view.Bytes())) == ViewOf(expected);
+  return expected != nullptr && ClipboardText(OpenClipboardWithRetry()).View() == ViewOf(expected);
 }
+
+}  // namespace korvane

@@ -1,7 +1,9 @@
 #include "clipboard/html_format.h"
 
+#include <algorithm>
 #include <charconv>
 
+namespace korvane {
 namespace {
 
 constexpr std::string_view kOpening = "<html><body>\r\n<!--StartFragment-->";
@@ -28,14 +30,23 @@ std::string FormatHtmlClipboardHeader(std::uint64_t startHtml, std::uint64_t end
   return header;
 }
 
-std::string BuildHtmlClipboardData(std::string_view fragment) {
+HtmlClipboardData::HtmlClipboardData(std::string_view fragment) : fragment_(fragment) {
   const std::size_t headerSize = FormatHtmlClipboardHeader(0, 0, 0, 0).size();
   const std::size_t startFragment = headerSize + kOpening.size();
   const std::size_t endFragment = startFragment + fragment.size();
   const std::size_t endHtml = endFragment + kClosing.size();
-
-  std::string data = FormatHtmlClipboardHeader(headerSize, endHtml, startFragment, endFragment);
-  data.reserve(endHtml);
-  data.append(kOpening).append(fragment).append(kClosing);
-  return data;
+  beginning_ = FormatHtmlClipboardHeader(headerSize, endHtml, startFragment, endFragment).append(kOpening);
 }
+
+std::size_t HtmlClipboardData::Size() const {
+  return beginning_.size() + fragment_.size() + kClosing.size();
+}
+
+void HtmlClipboardData::WriteTo(void* bytes) const {
+  auto* to = static_cast<char*>(bytes);
+  for (const std::string_view part : {std::string_view(beginning_), fragment_, kClosing}) {
+    to = std::copy(part.begin(), part.end(), to);
+  }
+}
+
+}  // namespace korvane

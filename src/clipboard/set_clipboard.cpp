@@ -5,47 +5,44 @@
 #include "korvane/korvane.h"
 #include "log/export_guard.h"
 
+namespace korvane {
 namespace {
 
-// What a step that went wrong is called in the log; null when all is well. Steps hand back the details instead of
-// reporting, so that the clipboard is closed and every block freed before the line is written.
-using Failure = const char*;
-
 struct BlockFailures {
-  Failure allocation;
-  Failure locking;
+  std::string_view allocation;
+  std::string_view locking;
 };
 
-Failure CopyToGlobalBlock(GlobalBlock& block, const void* bytes, std::size_t size, const BlockFailures& failures) {
+// Makes a block of `size` bytes that `fill` has written.
+template <class Fill>
+Outcome FillGlobalBlock(GlobalBlock& block, std::size_t size, const BlockFailures& failures, Fill&& fill) {
   GlobalBlock filled(GlobalAlloc(GMEM_MOVEABLE, size));
   if (!filled) {
-    return failures.allocation;
+    return {KORVANE_FAILED, failures.allocation};
   }
   const GlobalView view(filled.Get());
   if (view.Bytes() == nullptr) {
-    return failures.locking;
+    return {KORVANE_FAILED, failures.locking};
   }
-  std::memcpy(view.Bytes(), bytes, size);
+  fill(view.Bytes());
   block = std::move(filled);
-  return nullptr;
+  return KORVANE_OK;
 }
 
-Failure CopyTextToGlobalBlock(GlobalBlock& block, const WCHAR* text, const BlockFailures& failures) {
-  return CopyToGlobalBlock(block, text, (ViewOf(text).size() + 1) * sizeof(WCHAR), failures);
+Outcome CopyTextToGlobalBlock(GlobalBlock& block, const WCHAR* text, const BlockFailures& failures) {
+  const std::size_t size = (ViewOf(text).size() + 1) * sizeof(WCHAR);
+  return FillGlobalBlock(block, size, failures, [&](void* bytes) { std::memcpy(bytes, text, size); });
 }
 
-struct EmptiedClipboard {
-  ClipboardHold hold;
-  Failure failure;
-};
-
-EmptiedClipboard OpenEmptiedClipboard() {
-  ClipboardHold hold = OpenClipboardWithRetry();
+Outcome OpenEmptiedClipboard(ClipboardHold& hold) {
+  hold = OpenClipboardWithRetry();
   if (!hold) {
-    return {std::move(hold), "Failed to open clipboard after retries"};
+    return {KORVANE_FAILED, "Failed to open clipboard after retries"};
   }
-  const bool emptied = EmptyClipboard() != FALSE;
-  return {std::move(hold), emptied ? nullptr : "Failed to empty clipboard"};
+  if (!EmptyClipboard()) {
+    return {KORVANE_FAILED, "Failed to empty clipboard"};
+  }
+  return KORVANE_OK;
 }
 
 // Hands the block over: from then on it belongs to the system.
@@ -57,74 +54,81 @@ bool GiveToClipboard(UINT format, GlobalBlock& block) {
   return true;
 }
 
-Failure WriteText(const WCHAR* text) {
+Outcome WriteText(const WCHAR* text) {
   GlobalBlock block;
-  if (const Failure failure =
-          CopyTextToGlobalBlock(block, text, {"Failed to allocate global memory", "Failed to lock global memory"})) {
-    return failure;
+  if (const Outcome copied =
+          CopyTextToGlobalBlock(block, text, {"Failed to allocate global memory", "Failed to lock global memory"});
+      !copied.IsOk()) {
+    return copied;
   }
-  const EmptiedClipboard clipboard = OpenEmptiedClipboard();
-  if (clipboard.failure != nullptr) {
-    return clipboard.failure;
+  ClipboardHold hold;
+  if (const Outcome opened = OpenEmptiedClipboard(hold); !opened.IsOk()) {
+    return opened;
   }
-  return GiveToClipboard(CF_UNICODETEXT, block) ? nullptr : "Failed to set clipboard data";
+  if (!GiveToClipboard(CF_UNICODETEXT, block)) {
+    return {KORVANE_FAILED, "Failed to set clipboard data"};
+  }
+  return KORVANE_OK;
 }
 
-Failure WriteTextAndHtml(const WCHAR* text, const char* fragment) {
+Outcome WriteTextAndHtml(const WCHAR* text, const char* fragment) {
   GlobalBlock textBlock;
-  if (const Failure failure = CopyTextToGlobalBlock(
-          textBlock, text, {"Failed to allocate global memory (text)", "Failed to lock global memory (text)"})) {
-    return failure;
+  if (const Outcome copied = CopyTextToGlobalBlock(
+          textBlock, text, {"Failed to allocate global memory (text)", "Failed to lock global memory (text)"});
+      !copied.IsOk()) {
+    return copied;
   }
-  const std::string html = BuildHtmlClipboardData(fragment);
+  const HtmlClipboardData html(fragment);
   GlobalBlock htmlBlock;
-  if (const Failure failure =
-          CopyToGlobalBlock(htmlBlock, html.c_str(), html.size() + 1,
-                            {"Failed to allocate global memory (html)", "Failed to lock global memory (html)"})) {
-    return failure;
+  if (const Outcome copied =
+          FillGlobalBlock(htmlBlock, html.Size() + 1,
+                          {"Failed to allocate global memory (html)", "Failed to lock global memory (html)"},
+                          [&](void* bytes) {
+                            html.WriteTo(bytes);
+                            static_cast<char*>(bytes)[html.Size()] = 0;
+                          });
+      !copied.IsOk()) {
+    return copied;
   }
-  const EmptiedClipboard clipboard = OpenEmptiedClipboard();
-  if (clipboard.failure != nullptr) {
-    return clipboard.failure;
+  ClipboardHold hold;
+  if (const Outcome opened = OpenEmptiedClipboard(hold); !opened.IsOk()) {
+    return opened;
   }
   if (!GiveToClipboard(CF_UNICODETEXT, textBlock)) {
-    return "Failed to set unicode clipboard data";
+    return {KORVANE_FAILED, "Failed to set unicode clipboard data"};
   }
   // A clipboard with the text alone still serves most programs.
   if (const UINT format = RegisterClipboardFormatW(TEXT("HTML Format")); format != 0) {
     GiveToClipboard(format, htmlBlock);
   }
-  return nullptr;
-}
-
-int ReportWritten(const char* name, Failure failure, const WCHAR* text) {
-  if (failure != nullptr) {
-    return ReportError(KORVANE_FAILED, name, failure);
-  }
-  if (!VerifyClipboardText(text)) {
-    return ReportError(KORVANE_FAILED, name, "Clipboard verification failed");
-  }
   return KORVANE_OK;
 }
 
+// Whether the text that was written is there for others too.
+Outcome VerifyWritten(const Outcome& written, const WCHAR* text) {
+  if (written.IsOk() && !VerifyClipboardText(text)) {
+    return {KORVANE_FAILED, "Clipboard verification failed"};
+  }
+  return written;
+}
+
 }  // namespace
+}  // namespace korvane
 
 int setClipboardText(const KorvaneChar* text) noexcept {
-  constexpr auto kName = "setClipboardText";
-  return GuardExport(kName, int{KORVANE_FAILED}, [&] {
+  return korvane::AnswerExport("setClipboardText", KORVANE_FAILED, [&]() -> korvane::Outcome {
     if (text == nullptr) {
-      return ReportError(KORVANE_INVALID_ARGUMENT, kName, "Invalid text parameter");
+      return {KORVANE_INVALID_ARGUMENT, "Invalid text parameter"};
     }
-    return ReportWritten(kName, WriteText(text), text);
+    return korvane::VerifyWritten(korvane::WriteText(text), text);
   });
 }
 
 int setClipboardTextAndHtml(const KorvaneChar* text, const char* html) noexcept {
-  constexpr auto kName = "setClipboardTextAndHtml";
-  return GuardExport(kName, int{KORVANE_FAILED}, [&] {
+  return korvane::AnswerExport("setClipboardTextAndHtml", KORVANE_FAILED, [&]() -> korvane::Outcome {
     if (text == nullptr || html == nullptr) {
-      return ReportError(KORVANE_INVALID_ARGUMENT, kName, "Invalid parameter");
+      return {KORVANE_INVALID_ARGUMENT, "Invalid parameter"};
     }
-    return ReportWritten(kName, WriteTextAndHtml(text, html), text);
+    return korvane::VerifyWritten(korvane::WriteTextAndHtml(text, html), text);
   });
 }

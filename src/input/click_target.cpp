@@ -1,4 +1,5 @@
 #include "automation/automation_context.h"
+#include "automation/target_window.h"
 #include "input/send_input.h"
 #include "korvane/korvane.h"
 #include "log/export_guard.h"
@@ -6,9 +7,8 @@
 #include "resolve/find_target.h"
 #include "util/cancel_monitor.h"
 
+namespace korvane {
 namespace {
-
-constexpr auto kName = "clickTarget";
 
 // Clicks a point that was found before; the window must still answer. False when there is none.
 bool ClickCachedPoint(const CacheKey& key, HWND window) {
@@ -43,6 +43,20 @@ std::optional<POINT> PointToClick(IUIAutomationElement& element) {
   return POINT{Middle(rect.left, rect.right), Middle(rect.top, rect.bottom)};
 }
 
+// The target's element is given back before anything is done with its point.
+Outcome FindPointToClick(const TargetRecord& target, HWND window, POINT& point) {
+  const ElementPtr element = FindTargetElement(&target, window);
+  if (!element) {
+    return {KORVANE_NOT_FOUND, "Target element not found"};
+  }
+  const std::optional<POINT> found = PointToClick(*element);
+  if (!found) {
+    return {KORVANE_FAILED, "Failed to get clickable point"};
+  }
+  point = *found;
+  return KORVANE_OK;
+}
+
 int ClickPoint(POINT point) {
   SetCursorPos(point.x, point.y);
   INPUT records[] = {MouseButton(MOUSEEVENTF_LEFTDOWN | MOUSEEVENTF_ABSOLUTE, point),
@@ -50,46 +64,42 @@ int ClickPoint(POINT point) {
   return SendAll(records) == std::size(records) ? KORVANE_OK : KORVANE_FAILED;
 }
 
-int ClickTarget(const TargetRecord* target, HWND givenWindow) {
-  if (IsCancelled()) {
+Outcome Click(const TargetRecord* target, HWND givenWindow) {
+  if (CancelRequested()) {
     return KORVANE_CANCELLED;
   }
   if (target == nullptr) {
-    return ReportError(KORVANE_INVALID_ARGUMENT, kName, "Invalid target parameter");
+    return {KORVANE_INVALID_ARGUMENT, "Invalid target parameter"};
   }
-  if (const int code = InitializeAutomation(); code != KORVANE_OK) {
-    return code;
+  if (const Outcome initialized = InitializeAutomation(); !initialized.IsOk()) {
+    return initialized;
   }
   const HWND window = ChooseWindow(givenWindow);
   if (window == nullptr) {
-    return ReportError(KORVANE_INVALID_ARGUMENT, kName, "No target window specified");
+    return {KORVANE_INVALID_ARGUMENT, "No target window specified"};
   }
   if (!IsWindow(window)) {
-    return ReportError(KORVANE_NOT_FOUND, kName, "Target window not found");
+    return {KORVANE_NOT_FOUND, "Target window not found"};
   }
   const CacheKey key(window, *target);
   if (ClickCachedPoint(key, window)) {
     return KORVANE_OK;
   }
   CountCacheMiss();
-  ElementPtr element = FindTargetElement(target, window);
-  if (!element) {
-    return ReportError(KORVANE_NOT_FOUND, kName, "Target element not found");
-  }
-  const std::optional<POINT> point = PointToClick(*element.Get());
-  element.Reset();
-  if (!point) {
-    return ReportError(KORVANE_FAILED, kName, "Failed to get clickable point");
+  POINT point{};
+  if (const Outcome found = FindPointToClick(*target, window, point); !found.IsOk()) {
+    return found;
   }
   if (target->automationId[0] != 0) {
-    StoreCachedPoint(key, *point);
+    StoreCachedPoint(key, point);
   }
   ensureWindowFocus(window);
-  return ClickPoint(*point);
+  return ClickPoint(point);
 }
 
 }  // namespace
+}  // namespace korvane
 
 int clickTarget(const TargetRecord* target, HWND window) noexcept {
-  return GuardExport(kName, int{KORVANE_FAILED}, [&] { return ClickTarget(target, window); });
+  return korvane::AnswerExport("clickTarget", KORVANE_FAILED, [&] { return korvane::Click(target, window); });
 }

@@ -1,15 +1,14 @@
 #include "input/send_input.h"
 #include "korvane/korvane.h"
-#include "log/export_guard.h"
 #include "platform/wide_text.h"
 
 static_assert(sizeof(INPUT) == 40);
 
 // ---- Fixed shortcuts: modifiers in the order of the name, then the key ----
 
-#define SHORTCUT(name, ...)                                           \
-  int name(void) noexcept {                                           \
-    return SendShortcut({__VA_ARGS__}) ? KORVANE_OK : KORVANE_FAILED; \
+#define SHORTCUT(name, ...)                                                    \
+  int name(void) noexcept {                                                    \
+    return korvane::SendShortcut({__VA_ARGS__}) ? KORVANE_OK : KORVANE_FAILED; \
   }
 
 // clang-format off
@@ -37,6 +36,7 @@ SHORTCUT(sendShiftInsert, VK_SHIFT,   VK_INSERT)
 
 // ---- Single keys and texts ----
 
+namespace korvane {
 namespace {
 
 // The modifiers that VkKeyScanW asks for, in its high byte.
@@ -46,25 +46,40 @@ constexpr unsigned kNeedsAlt = 4;
 
 // Types the key with its modifiers, pressed in the order Ctrl, Alt, Shift and released in reverse.
 bool TypeKey(WORD virtualKey, unsigned modifiers) {
-  INPUT records[8];
+  WORD keys[4];
   std::size_t count = 0;
-  const auto add = [&](bool wanted, const INPUT& record) {
-    if (wanted) {
-      records[count++] = record;
+  if ((modifiers & kNeedsControl) != 0) {
+    keys[count++] = VK_CONTROL;
+  }
+  if ((modifiers & kNeedsAlt) != 0) {
+    keys[count++] = VK_MENU;
+  }
+  if ((modifiers & kNeedsShift) != 0) {
+    keys[count++] = VK_SHIFT;
+  }
+  keys[count++] = virtualKey;
+  return SendKeys({keys, count}) == count * 2;
+}
+
+int TypeText(WideView text, DWORD pauseMs) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const SHORT key = VkKeyScanW(text[i]);
+    if (key == -1) {
+      continue;
     }
-  };
-  add((modifiers & kNeedsControl) != 0, KeyPress(VK_CONTROL));
-  add((modifiers & kNeedsAlt) != 0, KeyPress(VK_MENU));
-  add((modifiers & kNeedsShift) != 0, KeyPress(VK_SHIFT));
-  add(true, KeyPress(virtualKey));
-  add(true, KeyRelease(virtualKey));
-  add((modifiers & kNeedsShift) != 0, KeyRelease(VK_SHIFT));
-  add((modifiers & kNeedsAlt) != 0, KeyRelease(VK_MENU));
-  add((modifiers & kNeedsControl) != 0, KeyRelease(VK_CONTROL));
-  return SendAll({records, count}) == count;
+    const auto bits = static_cast<WORD>(key);
+    if (!TypeKey(bits & 0xFF, bits >> 8)) {
+      return KORVANE_FAILED;
+    }
+    if (i + 1 < text.size()) {
+      Sleep(pauseMs);
+    }
+  }
+  return KORVANE_OK;
 }
 
 }  // namespace
+}  // namespace korvane
 
 int sendKey(int virtualKey) noexcept {
   if (virtualKey < 1) {
@@ -73,27 +88,13 @@ int sendKey(int virtualKey) noexcept {
   if (virtualKey == KORVANE_KEY_CTRL_A) {
     return sendCtrlA();
   }
-  return SendShortcut({static_cast<WORD>(virtualKey)}) ? KORVANE_OK : KORVANE_FAILED;
+  return korvane::SendShortcut({static_cast<WORD>(virtualKey)}) ? KORVANE_OK : KORVANE_FAILED;
 }
 
 int sendKeySequence(const KorvaneChar* text, int pauseMs) noexcept {
-  const WideView characters = ViewOf(text);
+  const korvane::WideView characters = korvane::ViewOf(text);
   if (characters.empty()) {
     return KORVANE_INVALID_ARGUMENT;
   }
-  const DWORD pause = pauseMs < 1 ? 1 : static_cast<DWORD>(pauseMs);
-  for (std::size_t i = 0; i < characters.size(); ++i) {
-    const SHORT key = VkKeyScanW(characters[i]);
-    if (key == -1) {
-      continue;
-    }
-    const auto bits = static_cast<WORD>(key);
-    if (!TypeKey(bits & 0xFF, bits >> 8)) {
-      return KORVANE_FAILED;
-    }
-    if (i + 1 < characters.size()) {
-      Sleep(pause);
-    }
-  }
-  return KORVANE_OK;
+  return korvane::TypeText(characters, pauseMs < 1 ? 1 : static_cast<DWORD>(pauseMs));
 }

@@ -1,34 +1,36 @@
-#include "automation/automation_context.h"
+#include <optional>
+
+#include "automation/target_window.h"
 #include "capture/element_at_point.h"
 #include "korvane/korvane.h"
 #include "log/export_guard.h"
 #include "resolve/find_target.h"
 
+namespace korvane {
 namespace {
 
-constexpr auto kName = "pasteToTargetDirect";
 constexpr int kInsertAtCaret = 1;
+constexpr TaggedLog LogDirectPasteLine("[pasteToTargetDirect] ");
 
-// The target's own control, or null with the code and the reason logged.
-struct Control {
-  HWND window;
-  int code;
-};
+// Null when the target is found and has no window of its own; nothing when it is not found.
+std::optional<HWND> FindOwnWindow(const TargetRecord& target, HWND window) {
+  const ElementPtr element = FindTargetElement(&target, window);
+  return element ? std::optional(NativeWindowOf(element.Get())) : std::nullopt;
+}
 
-Control FindControl(const TargetRecord& target, HWND window) {
-  ElementPtr element = FindTargetElement(&target, window);
-  if (!element) {
+// The target's own control, or null with the reason logged.
+HWND FindControl(const TargetRecord& target, HWND window) {
+  const std::optional<HWND> control = FindOwnWindow(target, window);
+  if (!control) {
     LogDirectPasteLine("ERROR: Could not find target element");
-    return {nullptr, KORVANE_NOT_FOUND};
+    return nullptr;
   }
-  const HWND control = NativeWindowOf(element.Get());
-  element.Reset();
-  if (control == nullptr) {
+  if (*control == nullptr) {
     LogDirectPasteLine("ERROR: Could not get native window handle from element");
-    return {nullptr, KORVANE_NOT_FOUND};
+    return nullptr;
   }
-  LogDirectPasteLine("Found control HWND: ", HandleNumber(control));
-  return {control, KORVANE_OK};
+  LogDirectPasteLine("Found control HWND: ", HandleNumber(*control));
+  return *control;
 }
 
 void BringForward(HWND control) {
@@ -50,13 +52,13 @@ LRESULT SendText(HWND control, const KorvaneChar* text, int mode) {
   return SendMessageW(control, WM_SETTEXT, 0, lParam);
 }
 
-int PasteDirect(const TargetRecord* target, HWND givenWindow, const KorvaneChar* text, int mode) {
+Outcome PasteDirect(const TargetRecord* target, HWND givenWindow, const KorvaneChar* text, int mode) {
   LogDirectPasteLine("Function entered");
   if (target == nullptr) {
-    return ReportError(KORVANE_INVALID_ARGUMENT, kName, "Invalid target parameter");
+    return {KORVANE_INVALID_ARGUMENT, "Invalid target parameter"};
   }
   if (text == nullptr) {
-    return ReportError(KORVANE_INVALID_ARGUMENT, kName, "Invalid text parameter");
+    return {KORVANE_INVALID_ARGUMENT, "Invalid text parameter"};
   }
   const HWND window = ChooseWindow(givenWindow);
   if (window == nullptr) {
@@ -66,17 +68,19 @@ int PasteDirect(const TargetRecord* target, HWND givenWindow, const KorvaneChar*
   LogDirectPasteLine("Target window: ", HandleNumber(window));
   LogDirectPasteLine("AutomationId: ", ViewWithin(target->automationId));
   LogDirectPasteLine("Mode: ", mode);
-  const Control control = FindControl(*target, window);
-  if (control.window == nullptr) {
-    return control.code;
+  const HWND control = FindControl(*target, window);
+  if (control == nullptr) {
+    return KORVANE_NOT_FOUND;
   }
-  BringForward(control.window);
-  LogDirectPasteLine("SendMessage result: ", SendText(control.window, text, mode));
+  BringForward(control);
+  LogDirectPasteLine("SendMessage result: ", SendText(control, text, mode));
   return KORVANE_OK;
 }
 
 }  // namespace
+}  // namespace korvane
 
 int pasteToTargetDirect(const TargetRecord* target, HWND window, const KorvaneChar* text, int mode) noexcept {
-  return GuardExport(kName, int{KORVANE_FAILED}, [&] { return PasteDirect(target, window, text, mode); });
+  return korvane::AnswerExport("pasteToTargetDirect", KORVANE_FAILED,
+                               [&] { return korvane::PasteDirect(target, window, text, mode); });
 }

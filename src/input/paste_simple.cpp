@@ -1,13 +1,15 @@
-#include "automation/automation_context.h"
+#include "automation/target_window.h"
 #include "korvane/korvane.h"
-#include "log/diagnostic_log.h"
+#include "log/export_guard.h"
 
 int pasteToTargetSimple(const TargetRecord* target, HWND window) noexcept {
-  if (target == nullptr) {
-    return ReportError(KORVANE_INVALID_ARGUMENT, "pasteToTargetSimple", "Invalid target parameter");
-  }
-  if (ChooseWindow(window) == nullptr) {
-    return KORVANE_INVALID_ARGUMENT;
-  }
-  return sendCtrlV();
+  return korvane::AnswerExport("pasteToTargetSimple", KORVANE_FAILED, [&]() -> korvane::Outcome {
+    if (target == nullptr) {
+      return {KORVANE_INVALID_ARGUMENT, "Invalid target parameter"};
+    }
+    if (korvane::ChooseWindow(window) == nullptr) {
+      return KORVANE_INVALID_ARGUMENT;
+    }
+    return sendCtrlV();
+  });
 }

@@ -1,4 +1,4 @@
-#include "automation/automation_context.h"
+#include "automation/target_window.h"
 #include "clipboard/clipboard.h"
 #include "input/send_input.h"
 #include "korvane/korvane.h"
@@ -7,8 +7,10 @@
 #include "util/cancel_monitor.h"
 #include "util/text_search.h"
 
+namespace korvane {
 namespace {
 
+constexpr TaggedLog LogVerifyPasteLine("[pasteToTargetWithVerifyEx] ");
 constexpr int kDefaultTimeoutMs = 150;
 
 // The clipboard's text, with one more try: a program that has just written it may still be at it.
@@ -56,7 +58,7 @@ int WaitForText(IUIAutomationElement& element, WideView expected, DWORD timeoutM
 
   int polls = 0;
   while (GetTickCount() - start < timeoutMs) {
-    if (IsCancelled()) {
+    if (CancelRequested()) {
       return KORVANE_CANCELLED;
     }
     ++polls;
@@ -74,10 +76,10 @@ int WaitForText(IUIAutomationElement& element, WideView expected, DWORD timeoutM
   return KORVANE_FAILED;
 }
 
-int PasteWithVerify(const TargetRecord* target, HWND givenWindow, int timeoutMs) {
+Outcome PasteWithVerify(const TargetRecord* target, HWND givenWindow, int timeoutMs) {
   LogVerifyPasteLine("Function entered");
   if (target == nullptr) {
-    return ReportError(KORVANE_INVALID_ARGUMENT, "pasteToTargetWithVerifyEx", "Invalid target parameter");
+    return {KORVANE_INVALID_ARGUMENT, "Invalid target parameter"};
   }
   if (const int code = clickTarget(target, givenWindow); code != KORVANE_OK) {
     LogVerifyPasteLine("clickTarget failed with code: ", code);
@@ -95,7 +97,8 @@ int PasteWithVerify(const TargetRecord* target, HWND givenWindow, int timeoutMs)
     return KORVANE_FAILED;
   }
   LogExpectedText(ViewOf(expected.Get()));
-  if (const std::size_t inserted = SendKeys({VK_CONTROL, 'V'}); inserted != 4) {
+  constexpr WORD kCtrlV[] = {VK_CONTROL, 'V'};
+  if (const std::size_t inserted = SendKeys(kCtrlV); inserted != 4) {
     LogVerifyPasteLine("SendInput failed - expected 4, got: ", inserted);
     return KORVANE_FAILED;
   }
@@ -107,16 +110,17 @@ int PasteWithVerify(const TargetRecord* target, HWND givenWindow, int timeoutMs)
     LogVerifyPasteLine("ERROR: Could not find target element for verification");
     return KORVANE_NOT_FOUND;
   }
-  return WaitForText(*element.Get(), ViewOf(expected.Get()), static_cast<DWORD>(effectiveMs));
+  return WaitForText(*element, ViewOf(expected.Get()), static_cast<DWORD>(effectiveMs));
 }
 
 }  // namespace
+}  // namespace korvane
 
 int pasteToTargetWithVerifyEx(const TargetRecord* target, HWND window, int timeoutMs) noexcept {
-  return GuardExport("pasteToTargetWithVerifyEx", int{KORVANE_FAILED},
-                     [&] { return PasteWithVerify(target, window, timeoutMs); });
+  return korvane::AnswerExport("pasteToTargetWithVerifyEx", KORVANE_FAILED,
+                               [&] { return korvane::PasteWithVerify(target, window, timeoutMs); });
 }
 
 int pasteToTargetWithVerify(const TargetRecord* target, HWND window) noexcept {
-  return pasteToTargetWithVerifyEx(target, window, kDefaultTimeoutMs);
+  return pasteToTargetWithVerifyEx(target, window, korvane::kDefaultTimeoutMs);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+namespace korvane {
 namespace {
 
 // The most records that one call of ours sends: three modifiers and a key, pressed and released.
@@ -16,53 +17,19 @@ INPUT Key(WORD virtualKey, DWORD flags) {
   return record;
 }
 
-// The release that belongs to a press; for a release, itself.
-INPUT ReleaseOf(INPUT record) {
-  if (record.type == INPUT_KEYBOARD) {
-    record.ki.dwFlags |= KEYEVENTF_KEYUP;
-  } else if ((record.mi.dwFlags & MOUSEEVENTF_LEFTDOWN) != 0) {
-    record.mi.dwFlags ^= MOUSEEVENTF_LEFTDOWN | MOUSEEVENTF_LEFTUP;
-  }
-  return record;
-}
-
-bool IsSame(const INPUT& a, const INPUT& b) {
-  return a.type == b.type && (a.type == INPUT_KEYBOARD ? a.ki.wVk == b.ki.wVk && a.ki.dwFlags == b.ki.dwFlags
-                                                       : a.mi.dwFlags == b.mi.dwFlags);
-}
-
-// Records follow the pattern "all presses, then all releases", so a press among the inserted ones is open exactly when
-// its release is not among them.
-void ReleaseWhatIsDown(std::span<const INPUT> inserted) {
-  std::array<INPUT, kMaxRecords> releases;
-  std::size_t count = 0;
-  for (auto press = inserted.rbegin(); press != inserted.rend(); ++press) {
-    const INPUT release = ReleaseOf(*press);
-    const bool isReleased =
-        std::any_of(inserted.begin(), inserted.end(), [&](const INPUT& other) { return IsSame(other, release); });
-    if (!isReleased && count < releases.size()) {
-      releases[count++] = release;
-    }
-  }
+// Of the records, the first `inserted` came through: what is down is released by as many of the last ones.
+void ReleaseWhatIsDown(std::span<INPUT> records, std::size_t inserted) {
+  std::span<INPUT> releases = records.last(std::min(inserted, records.size() - inserted));
   // A key that stays down spoils everything the user types next, so a refusal is not taken at once.
   constexpr int kRefusals = 3;
-  std::size_t released = 0;
-  for (int refused = 0; released < count && refused < kRefusals;) {
-    const UINT accepted = SendInput(static_cast<UINT>(count - released), &releases[released], sizeof(INPUT));
-    released += accepted;
+  for (int refused = 0; !releases.empty() && refused < kRefusals;) {
+    const UINT accepted = SendInput(static_cast<UINT>(releases.size()), releases.data(), sizeof(INPUT));
+    releases = releases.subspan(std::min<std::size_t>(accepted, releases.size()));
     refused += accepted == 0 ? 1 : 0;
   }
 }
 
 }  // namespace
-
-INPUT KeyPress(WORD virtualKey) {
-  return Key(virtualKey, 0);
-}
-
-INPUT KeyRelease(WORD virtualKey) {
-  return Key(virtualKey, KEYEVENTF_KEYUP);
-}
 
 INPUT MouseButton(DWORD flags, POINT point) {
   INPUT record{};
@@ -76,23 +43,25 @@ INPUT MouseButton(DWORD flags, POINT point) {
 std::size_t SendAll(std::span<INPUT> records) {
   const std::size_t inserted = SendInput(static_cast<UINT>(records.size()), records.data(), sizeof(INPUT));
   if (inserted > 0 && inserted < records.size()) {
-    ReleaseWhatIsDown(records.first(inserted));
+    ReleaseWhatIsDown(records, inserted);
   }
   return inserted;
 }
 
-std::size_t SendKeys(std::initializer_list<WORD> keys) {
+std::size_t SendKeys(std::span<const WORD> keys) {
   std::array<INPUT, kMaxRecords> records;
   std::size_t count = 0;
   for (const WORD key : keys) {
-    records[count++] = KeyPress(key);
+    records[count++] = Key(key, 0);
   }
-  for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
-    records[count++] = KeyRelease(*key);
+  for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
+    records[count++] = Key(*key, KEYEVENTF_KEYUP);
   }
   return SendAll({records.data(), count});
 }
 
 bool SendShortcut(std::initializer_list<WORD> keys) {
-  return SendKeys(keys) == keys.size() * 2;
+  return SendKeys({keys.begin(), keys.size()}) == keys.size() * 2;
 }
+
+}  // namespace korvane

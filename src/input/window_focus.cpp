@@ -1,10 +1,9 @@
 #include "korvane/korvane.h"
-#include "log/diagnostic_log.h"
+#include "log/export_guard.h"
 #include "platform/platform.h"
 
+namespace korvane {
 namespace {
-
-constexpr auto kName = "ensureWindowFocus";
 
 // Lets this thread act for the window's one for a moment: the system grants the foreground to whoever has the input.
 void TakeForegroundFrom(HWND window, DWORD ownThread, DWORD windowThread) {
@@ -18,14 +17,12 @@ void TakeForegroundFrom(HWND window, DWORD ownThread, DWORD windowThread) {
   }
 }
 
-}  // namespace
-
-int ensureWindowFocus(HWND window) noexcept {
+Outcome BringToFront(HWND window) {
   if (window == nullptr) {
-    return ReportError(KORVANE_INVALID_ARGUMENT, kName, "Invalid window handle");
+    return {KORVANE_INVALID_ARGUMENT, "Invalid window handle"};
   }
   if (!IsWindow(window)) {
-    return ReportError(KORVANE_NOT_FOUND, kName, "Window not found");
+    return {KORVANE_NOT_FOUND, "Window not found"};
   }
   if (IsIconic(window)) {
     ShowWindow(window, SW_RESTORE);
@@ -34,12 +31,19 @@ int ensureWindowFocus(HWND window) noexcept {
     const DWORD ownThread = GetCurrentThreadId();
     const DWORD windowThread = GetWindowThreadProcessId(window, nullptr);
     if (ownThread == windowThread) {
-      return ReportError(KORVANE_FAILED, kName, "Failed to set foreground window");
+      return {KORVANE_FAILED, "Failed to set foreground window"};
     }
     TakeForegroundFrom(window, ownThread, windowThread);
   }
   if (GetForegroundWindow() != window) {
-    return ReportError(KORVANE_FAILED, kName, "Window not in foreground after focus attempt");
+    return {KORVANE_FAILED, "Window not in foreground after focus attempt"};
   }
   return KORVANE_OK;
+}
+
+}  // namespace
+}  // namespace korvane
+
+int ensureWindowFocus(HWND window) noexcept {
+  return korvane::AnswerExport("ensureWindowFocus", KORVANE_FAILED, [&] { return korvane::BringToFront(window); });
 }

@@ -3,6 +3,8 @@
 
 #include "log/line.h"
 
+namespace korvane {
+
 // Prints and flushes, so that the trace stands in order beside the host's own output.
 void PrintTrace(std::string_view text) noexcept;
 
@@ -12,3 +14,5 @@ void ConsoleTrace(const Pieces&... pieces) noexcept {
   line.Append(pieces..., "\n");
   PrintTrace(line.Bytes());
 }
+
+}  // namespace korvane

@@ -2,23 +2,24 @@
 
 #include <atomic>
 #include <mutex>
+#include <utility>
 
 #include "platform/mutex.h"
+#include "platform/owners.h"
 
+namespace korvane {
 namespace {
 
 // Guards the file against a close or an open beside a write. Lines are composed outside it.
 Mutex g_logMutex;
+// Owned by whoever takes it to close it: loading and unloading have nothing to do for a plain handle.
 HANDLE g_logFile = nullptr;
 // Answers a writer's first question without the lock.
 std::atomic<bool> g_logIsOpen{false};
 
 void CloseLogLocked() noexcept {
   g_logIsOpen = false;
-  if (g_logFile != nullptr) {
-    CloseHandle(g_logFile);
-    g_logFile = nullptr;
-  }
+  const KernelHandle closed(std::exchange(g_logFile, nullptr));
 }
 
 Padded Two(WORD number) noexcept {
@@ -128,3 +129,5 @@ int ReportError(int code, std::string_view tag, std::string_view details) noexce
   WriteLine(line);
   return code;
 }
+
+}  // namespace korvane

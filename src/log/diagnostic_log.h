@@ -6,7 +6,10 @@
 #include <string_view>
 
 #include "log/line.h"
+#include "log/outcome.h"
 #include "platform/platform.h"
+
+namespace korvane {
 
 // ---- The file ----
 
@@ -71,15 +74,41 @@ void LogStampedLine(const Pieces&... message) noexcept {
   }
 }
 
-template <class... Pieces>
-void LogDirectPasteLine(const Pieces&... message) noexcept {
-  LogLine("[pasteToTargetDirect] ", message...);
-}
+// The writer of one function's lines: `constexpr TaggedLog LogVerifyTargetLine("[verifyTarget] ");`, called as LogLine
+// is.
+class TaggedLog {
+ public:
+  explicit constexpr TaggedLog(std::string_view tag) noexcept : tag_(tag) {}
+  template <class... Pieces>
+  void operator()(const Pieces&... message) const noexcept {
+    LogLine(tag_, message...);
+  }
 
-template <class... Pieces>
-void LogVerifyPasteLine(const Pieces&... message) noexcept {
-  LogLine("[pasteToTargetWithVerifyEx] ", message...);
-}
+ private:
+  std::string_view tag_;
+};
+
+// The same with the stamp of LogClockLine.
+class TaggedClockLog {
+ public:
+  explicit constexpr TaggedClockLog(std::string_view tag) noexcept : tag_(tag) {}
+  template <class... Pieces>
+  void operator()(const Pieces&... message) const noexcept {
+    LogClockLine(tag_, message...);
+  }
+
+ private:
+  std::string_view tag_;
+};
+
+// ---- Failures ----
 
 // Writes "… ERROR tag Code:code Details:details", without the details when there are none, and returns the code.
 int ReportError(int code, std::string_view tag, std::string_view details = {}) noexcept;
+
+// Reports the outcome's details, if it has any, and returns its code.
+inline int Report(std::string_view tag, const Outcome& outcome) noexcept {
+  return outcome.details.empty() ? outcome.code : ReportError(outcome.code, tag, outcome.details);
+}
+
+}  // namespace korvane

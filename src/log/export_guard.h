@@ -1,22 +1,20 @@
-// The edge of the library: no exception crosses it.
+// The edge of the library: every export that can fail answers through it, and no exception crosses it.
 #pragma once
 
-#include <type_traits>
-
-#include "korvane/korvane.h"
 #include "log/diagnostic_log.h"
+#include "log/outcome.h"
 
-// Runs the body of an export. Our own code throws only when memory is out; the export then answers `failure`.
-template <class Result, class Body>
-Result GuardExport(const char* name, Result failure, Body&& body) noexcept {
+namespace korvane {
+
+// Runs the body of an export, reports the outcome under the export's name and returns its code. Our own code throws
+// only when memory is out; the export then answers `outOfMemory`.
+template <class Body>
+int AnswerExport(std::string_view name, int outOfMemory, Body&& body) noexcept {
   try {
-    return body();
+    return Report(name, body());
   } catch (...) {
-    int code = KORVANE_FAILED;
-    if constexpr (std::is_same_v<Result, int>) {
-      code = failure;
-    }
-    ReportError(code, name, "Out of memory");
-    return failure;
+    return ReportError(outOfMemory, name, "Out of memory");
   }
 }
+
+}  // namespace korvane

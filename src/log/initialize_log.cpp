@@ -3,33 +3,47 @@
 #include "log/export_guard.h"
 #include "platform/owners.h"
 
+namespace korvane {
 namespace {
+
+// The folder of the user's own application data; empty when it is not known.
+WideText LocalAppDataFolder() {
+  TaskText folder;
+  if (FAILED(SHGetKnownFolderPath(FOLDERID_LocalAppData, 0, nullptr, folder.Receive()))) {
+    return {};
+  }
+  return WideText(ViewOf(folder.Get()));
+}
 
 // The default log file, its folder made when missing; empty when the user's folder is not known.
 WideText DefaultLogPath() {
-  TaskText localAppData;
-  if (FAILED(SHGetKnownFolderPath(FOLDERID_LocalAppData, 0, nullptr, localAppData.Receive()))) {
+  const WideText localAppData = LocalAppDataFolder();
+  if (localAppData.empty()) {
     return {};
   }
-  const WideText folder = WideText(ViewOf(localAppData.Get())) + TEXT("\\Tavrin");
-  localAppData.Reset();
+  const WideText folder = localAppData + TEXT("\\Tavrin");
   // Usually there already; opening the file decides.
   CreateDirectoryW(folder.c_str(), nullptr);
   return folder + TEXT("\\automation_execution.log");
 }
 
+void StartLog(const WCHAR* path) {
+  CloseLog();
+  if (!ViewOf(path).empty()) {
+    OpenLog(path);
+    return;
+  }
+  if (const WideText defaultPath = DefaultLogPath(); !defaultPath.empty()) {
+    OpenLog(defaultPath.c_str());
+  }
+}
+
 }  // namespace
+}  // namespace korvane
 
 void initializeLog(const KorvaneChar* logPath) noexcept {
-  GuardExport("initializeLog", 0, [&] {
-    CloseLog();
-    if (!ViewOf(logPath).empty()) {
-      OpenLog(logPath);
-      return 0;
-    }
-    if (const WideText path = DefaultLogPath(); !path.empty()) {
-      OpenLog(path.c_str());
-    }
-    return 0;
+  korvane::AnswerExport("initializeLog", KORVANE_FAILED, [&] {
+    korvane::StartLog(logPath);
+    return KORVANE_OK;
   });
 }

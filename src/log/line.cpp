@@ -6,6 +6,7 @@
 #include <iterator>
 #include <new>
 
+namespace korvane {
 namespace {
 
 constexpr char kDigits[] = "0123456789abcdef";
@@ -90,3 +91,5 @@ void Line::Grow(std::size_t more) noexcept {
     capacity_ = grown;
   }
 }
+
+}  // namespace korvane

@@ -12,6 +12,8 @@
 
 #include "platform/wide_text.h"
 
+namespace korvane {
+
 // A number in lower-case hexadecimal without leading zeros, as it stands behind "0x".
 struct Hex {
   explicit Hex(std::uint32_t number) : value(number) {}
@@ -129,3 +131,5 @@ class Line {
   std::size_t size_ = 0;
   std::size_t capacity_ = sizeof inPlace_;
 };
+
+}  // namespace korvane

@@ -11,6 +11,7 @@
 #include "platform/mutex.h"
 #include "platform/wide_text.h"
 
+namespace korvane {
 namespace {
 
 // Finds a text without making a string of it, so that a remembered click allocates nothing.
@@ -86,7 +87,7 @@ void CountCacheMiss() noexcept {
   ++g_cacheMisses;
 }
 
-void clearElementCache() noexcept {
+void ClearCachedPoints() noexcept {
   const std::int64_t hits = g_cacheHits;
   const std::int64_t misses = g_cacheMisses;
   if (hits > 0 || misses > 0) {
@@ -103,4 +104,10 @@ void clearElementCache() noexcept {
   g_cacheHits = 0;
   g_cacheMisses = 0;
   LogLine("[CACHE] Cleared coordinate cache");
+}
+
+}  // namespace korvane
+
+void clearElementCache() noexcept {
+  korvane::ClearCachedPoints();
 }

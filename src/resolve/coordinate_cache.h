@@ -8,6 +8,8 @@
 #include "korvane/korvane.h"
 #include "platform/platform.h"
 
+namespace korvane {
+
 // The text under which the point of a record in a window is remembered: the window handle as the platform prints a
 // pointer, a colon, and the AutomationId in UTF-8, cut to 255 bytes in all.
 class CacheKey {
@@ -32,3 +34,5 @@ bool StoreCachedPoint(const CacheKey& key, POINT point) noexcept;
 // Counters of `clickTarget`.
 void CountCacheHit() noexcept;
 void CountCacheMiss() noexcept;
+
+}  // namespace korvane

@@ -6,10 +6,13 @@
 #include "platform/stopwatch.h"
 #include "resolve/tree_path_navigation.h"
 
+namespace korvane {
 namespace {
 
-// Direct children first: most targets are there, and the search is then shallow.
-ElementPtr SearchByAutomationId(IUIAutomation& automation, IUIAutomationElement& root, const WCHAR* automationId) {
+constexpr TaggedLog LogFindTargetLine("[FindTargetElement] ");
+
+// Below the root, which it gives back. Direct children first: most targets are there, and the search is then shallow.
+ElementPtr SearchByAutomationId(IUIAutomation& automation, ElementPtr root, const WCHAR* automationId) {
   const Variant value(automationId);
   ConditionPtr condition;
   if (value.Text() == nullptr ||
@@ -18,9 +21,9 @@ ElementPtr SearchByAutomationId(IUIAutomation& automation, IUIAutomationElement&
     return {};
   }
   ElementPtr found;
-  HRESULT result = root.FindFirst(TreeScope_Children, condition.Get(), found.Receive());
+  HRESULT result = root->FindFirst(TreeScope_Children, condition.Get(), found.Receive());
   if (SUCCEEDED(result) && !found) {
-    result = root.FindFirst(TreeScope_Descendants, condition.Get(), found.Receive());
+    result = root->FindFirst(TreeScope_Descendants, condition.Get(), found.Receive());
   }
   return SUCCEEDED(result) ? found : ElementPtr();
 }
@@ -36,8 +39,7 @@ ElementPtr FindElementByAutomationId(HWND window, const WCHAR* automationId) {
   if (FAILED(automation->ElementFromHandle(window, root.Receive())) || !root) {
     return {};
   }
-  ElementPtr found = SearchByAutomationId(*automation.Get(), *root.Get(), automationId);
-  root.Reset();
+  ElementPtr found = SearchByAutomationId(*automation, std::move(root), automationId);
   LogLine("AutomationId search completed in ", watch.Milliseconds(), "ms");
   return found;
 }
@@ -54,24 +56,30 @@ ElementPtr FindElementByCoordinates(int x, int y) {
 }
 
 // The window that an element found by its point belongs to.
-HWND FindWindowOfElement(IUIAutomationElement* element, int x, int y) {
-  if (const HWND own = NativeWindowOf(element)) {
-    return own;
-  }
-  LogLine("[FindTargetElement] No HWND for element, trying WindowFromPoint fallback");
-  const DWORD start = GetTickCount();
-  if (const HWND atPoint = GetWindowFromCoordinates(x, y)) {
-    LogLine("[FindTargetElement] Using WindowFromPoint fallback - HWND obtained (", GetTickCount() - start, "ms)");
-    return atPoint;
-  }
-  LogLine("[FindTargetElement] WindowFromPoint failed, trying tree walk fallback");
-  const DWORD walkStart = GetTickCount();
-  if (const HWND nearest = GetNearestWindowHandle(element)) {
-    LogLine("[FindTargetElement] Using tree walk fallback - HWND obtained (", GetTickCount() - walkStart, "ms)");
-    return nearest;
-  }
-  LogLine("[FindTargetElement] All HWND fallback methods failed (total fallback time: ", GetTickCount() - start, "ms)");
-  return nullptr;
+HWND FindLoggedWindow(IUIAutomationElement* element, POINT point) {
+  DWORD start = 0;
+  DWORD walkStart = 0;
+  return FindWindowOf(element, point, [&](WindowSearch step, HWND /*window*/) {
+    switch (step) {
+      case WindowSearch::NoOwnWindow:
+        LogFindTargetLine("No HWND for element, trying WindowFromPoint fallback");
+        start = GetTickCount();
+        break;
+      case WindowSearch::AtPoint:
+        LogFindTargetLine("Using WindowFromPoint fallback - HWND obtained (", GetTickCount() - start, "ms)");
+        break;
+      case WindowSearch::NotAtPoint:
+        LogFindTargetLine("WindowFromPoint failed, trying tree walk fallback");
+        walkStart = GetTickCount();
+        break;
+      case WindowSearch::AtAncestor:
+        LogFindTargetLine("Using tree walk fallback - HWND obtained (", GetTickCount() - walkStart, "ms)");
+        break;
+      case WindowSearch::Nowhere:
+        LogFindTargetLine("All HWND fallback methods failed (total fallback time: ", GetTickCount() - start, "ms)");
+        break;
+    }
+  });
 }
 
 bool IsWithin(HWND window, HWND target) {
@@ -85,16 +93,16 @@ bool IsWithin(HWND window, HWND target) {
 
 // An element at the point counts only when it belongs to the target window: something else may cover it now.
 ElementPtr FindInWindowByCoordinates(const TargetRecord& target, HWND window) {
-  LogLine("[FindTargetElement] Trying Method 2: Coordinates (fallback)");
+  LogFindTargetLine("Trying Method 2: Coordinates (fallback)");
   ElementPtr element = FindElementByCoordinates(target.x, target.y);
   if (!element) {
     return {};
   }
-  if (IsWithin(FindWindowOfElement(element.Get(), target.x, target.y), window)) {
-    LogLine("[FindTargetElement] SUCCESS with Method 2: Coordinates (verified window)");
+  if (IsWithin(FindLoggedWindow(element.Get(), {target.x, target.y}), window)) {
+    LogFindTargetLine("SUCCESS with Method 2: Coordinates (verified window)");
     return element;
   }
-  LogLine("[FindTargetElement] Method 2: Element not in target window, releasing");
+  LogFindTargetLine("Method 2: Element not in target window, releasing");
   return {};
 }
 
@@ -102,36 +110,38 @@ ElementPtr FindInWindowByCoordinates(const TargetRecord& target, HWND window) {
 
 ElementPtr FindTargetElement(const TargetRecord* target, HWND window) {
   if (target == nullptr || window == nullptr) {
-    LogLine("[FindTargetElement] ERROR: Invalid parameters");
+    LogFindTargetLine("ERROR: Invalid parameters");
     return {};
   }
   const int method = target->identificationMethod;
-  LogLine("[FindTargetElement] Starting with identification method: ", method);
+  LogFindTargetLine("Starting with identification method: ", method);
   const bool byAutomationId = method == KORVANE_METHOD_AUTOMATION_ID || method == KORVANE_METHOD_COORDINATES;
   if (byAutomationId && target->automationId[0] != 0) {
-    LogLine("[FindTargetElement] Trying Method 0: AutomationId");
+    LogFindTargetLine("Trying Method 0: AutomationId");
     WCHAR automationId[KORVANE_AUTOMATION_ID_SIZE];
     CopyCut(automationId, ViewWithin(target->automationId));
     if (ElementPtr element = FindElementByAutomationId(window, automationId)) {
-      LogLine("[FindTargetElement] SUCCESS with Method 0: AutomationId");
+      LogFindTargetLine("SUCCESS with Method 0: AutomationId");
       return element;
     }
-    LogLine("[FindTargetElement] Method 0 failed, continuing...");
+    LogFindTargetLine("Method 0 failed, continuing...");
   }
   if (method == KORVANE_METHOD_TREE_PATH && target->pathLength >= 1) {
-    LogLine("[FindTargetElement] Trying Method 3: Tree Path");
+    LogFindTargetLine("Trying Method 3: Tree Path");
     if (ElementPtr element = FindElementByTreePath(window, target)) {
-      LogLine("[FindTargetElement] SUCCESS with Method 3: Tree Path");
+      LogFindTargetLine("SUCCESS with Method 3: Tree Path");
       return element;
     }
-    LogLine("[FindTargetElement] Method 3 failed, falling back to coordinates...");
+    LogFindTargetLine("Method 3 failed, falling back to coordinates...");
   }
   if (target->x != 0 || target->y != 0) {
     if (ElementPtr element = FindInWindowByCoordinates(*target, window)) {
       return element;
     }
-    LogLine("[FindTargetElement] Method 2 failed");
+    LogFindTargetLine("Method 2 failed");
   }
-  LogLine("[FindTargetElement] FAILED: All identification methods failed");
+  LogFindTargetLine("FAILED: All identification methods failed");
   return {};
 }
+
+}  // namespace korvane

@@ -6,10 +6,13 @@
 #include "platform/stopwatch.h"
 #include "util/cancel_monitor.h"
 
+namespace korvane {
 namespace {
 
+constexpr TaggedLog LogNavigationLine("[FindElementByTreePath] ");
+constexpr TaggedLog LogValidationLine("[ValidateTreePathData] ");
+
 using CacheRequestPtr = ComPtr<IUIAutomationCacheRequest>;
-using ElementArrayPtr = ComPtr<IUIAutomationElementArray>;
 
 // What one level asks for.
 struct Level {
@@ -23,7 +26,7 @@ struct Level {
 CacheRequestPtr CreateStaticPropertiesRequest(IUIAutomation& automation) {
   CacheRequestPtr request;
   if (FAILED(automation.CreateCacheRequest(request.Receive())) || !request) {
-    LogLine("[FindElementByTreePath] WARNING: Failed to create cache request, using normal property access");
+    LogNavigationLine("WARNING: Failed to create cache request, using normal property access");
     return {};
   }
   request->AddProperty(UIA_ClassNamePropertyId);
@@ -32,30 +35,30 @@ CacheRequestPtr CreateStaticPropertiesRequest(IUIAutomation& automation) {
   if (SUCCEEDED(automation.get_ControlViewCondition(controlView.Receive())) && controlView) {
     request->put_TreeFilter(controlView.Get());
   }
-  LogLine("[FindElementByTreePath] Created cache request for static properties");
+  LogNavigationLine("Created cache request for static properties");
   return request;
 }
 
 // 1 when level 0 is the window itself, else 0.
 int FindStartLevel(IUIAutomationElement& root, const TargetRecord& target) {
   if (target.controlTypes[0] != UIA_WindowControlTypeId) {
-    LogLine("[FindElementByTreePath] Starting from level 0 - pathLength: ", target.pathLength,
-            ", first controlType: ", target.controlTypes[0]);
+    LogNavigationLine("Starting from level 0 - pathLength: ", target.pathLength,
+                      ", first controlType: ", target.controlTypes[0]);
     return 0;
   }
   Bstr className;
   if (FAILED(root.get_CurrentClassName(className.Receive())) || !className) {
-    LogLine("[FindElementByTreePath] WARNING: Failed to get root element className");
+    LogNavigationLine("WARNING: Failed to get root element className");
     return 0;
   }
   const WideView rootClass = ViewOf(className.Get());
   const WideView firstClass = ViewWithin(target.classNames[0]);
   if (rootClass == firstClass) {
-    LogLine("[FindElementByTreePath] Skipping root window level - className matches: ", rootClass);
+    LogNavigationLine("Skipping root window level - className matches: ", rootClass);
     return 1;
   }
-  LogLine("[FindElementByTreePath] Root window className '", rootClass, "' != target[0] className '", firstClass,
-          "' - starting from level 0");
+  LogNavigationLine("Root window className '", rootClass, "' != target[0] className '", firstClass,
+                    "' - starting from level 0");
   return 0;
 }
 
@@ -64,19 +67,18 @@ ConditionPtr CreateCondition(IUIAutomation& automation, const Level& level) {
     ConditionPtr any;
     const HRESULT result = automation.CreateTrueCondition(any.Receive());
     if (FAILED(result) || !any) {
-      LogLine("[FindElementByTreePath] ERROR: Level ", level.number, " - Failed to create true condition, HRESULT: 0x",
-              Hex(result));
+      LogNavigationLine("ERROR: Level ", level.number, " - Failed to create true condition, HRESULT: 0x", Hex(result));
       return {};
     }
     return any;
   }
-  LevelCondition created = CreateLevelCondition(automation, level.controlType, level.className);
-  if (created.reached != LevelConditionStep::Complete) {
-    LogLine("[FindElementByTreePath] ERROR: Level ", level.number,
-            " - Failed to create combined condition for ControlType: ", level.controlType,
-            ", ClassName: ", level.className);
+  ConditionPtr condition;
+  if (!CreateLevelCondition(automation, level.controlType, level.className, condition).IsOk()) {
+    LogNavigationLine("ERROR: Level ", level.number,
+                      " - Failed to create combined condition for ControlType: ", level.controlType,
+                      ", ClassName: ", level.className);
   }
-  return std::move(created.condition);
+  return condition;
 }
 
 // The children that the level selects, in the platform's order, by one search.
@@ -91,8 +93,8 @@ ElementArrayPtr FindCandidates(IUIAutomation& automation, IUIAutomationElement& 
       request != nullptr ? parent.FindAllBuildCache(TreeScope_Children, condition.Get(), request, candidates.Receive())
                          : parent.FindAll(TreeScope_Children, condition.Get(), candidates.Receive());
   if (FAILED(result) || !candidates) {
-    LogLine("[FindElementByTreePath] ERROR: Level ", level.number, " - FindAll failed, HRESULT: 0x", Hex(result),
-            ", children array is ", candidates ? "valid" : "null");
+    LogNavigationLine("ERROR: Level ", level.number, " - FindAll failed, HRESULT: 0x", Hex(result),
+                      ", children array is ", candidates ? "valid" : "null");
     return {};
   }
   return candidates;
@@ -126,7 +128,7 @@ ElementPtr ScanCandidates(IUIAutomationElementArray& candidates, int count, cons
     if (level.index != 0 && level.index != position) {
       continue;
     }
-    const bool fits = *level.className == 0 || HasClassName(*candidate.Get(), level.className);
+    const bool fits = *level.className == 0 || HasClassName(*candidate, level.className);
     if (fits) {
       return candidate;
     }
@@ -146,32 +148,31 @@ ElementPtr FindLevel(IUIAutomation& automation, IUIAutomationElement& parent, IU
   }
   int count = 0;
   if (const HRESULT result = candidates->get_Length(&count); FAILED(result)) {
-    LogLine("[FindElementByTreePath] ERROR: Level ", level.number, " - Failed to get children count, HRESULT: 0x",
-            Hex(result));
+    LogNavigationLine("ERROR: Level ", level.number, " - Failed to get children count, HRESULT: 0x", Hex(result));
     return {};
   }
   if (count == 0) {
-    LogLine("[FindElementByTreePath] ERROR: Level ", level.number,
-            " - No children found matching combined condition: ControlType=", level.controlType,
-            " AND ClassName=", level.className);
+    LogNavigationLine("ERROR: Level ", level.number,
+                      " - No children found matching combined condition: ControlType=", level.controlType,
+                      " AND ClassName=", level.className);
     return {};
   }
   const auto logFailure = [&](const auto&... reason) {
-    LogLine("[FindElementByTreePath] Tree path FAILED at level ", level.number + 1, ": ", reason...,
-            ", time: ", watch.Milliseconds(), "ms");
+    LogNavigationLine("Tree path FAILED at level ", level.number + 1, ": ", reason..., ", time: ", watch.Milliseconds(),
+                      "ms");
   };
   if (*level.className == 0 && level.index >= 1) {
     if (level.index > count) {
       logFailure("index ", level.index, " exceeds child count ", count);
       return {};
     }
-    ElementPtr picked = ElementAt(*candidates.Get(), level.index - 1);
+    ElementPtr picked = ElementAt(*candidates, level.index - 1);
     if (!picked) {
       logFailure("failed to get element at index ", level.index);
     }
     return picked;
   }
-  ElementPtr found = ScanCandidates(*candidates.Get(), count, level);
+  ElementPtr found = ScanCandidates(*candidates, count, level);
   if (!found) {
     logFailure("no element found with index ", level.index);
   }
@@ -183,73 +184,73 @@ ElementPtr FindLevel(IUIAutomation& automation, IUIAutomationElement& parent, IU
 bool ValidateTreePathData(const TargetRecord* target) {
   const Stopwatch watch;
   if (target == nullptr) {
-    LogLine("[ValidateTreePathData] ERROR: target is null");
+    LogValidationLine("ERROR: target is null");
     return false;
   }
   if (target->pathLength < 1 || target->pathLength > KORVANE_MAX_PATH_LEVELS) {
-    LogLine("[ValidateTreePathData] ERROR: pathLength out of range: ", target->pathLength, " (valid range: 1-20)");
+    LogValidationLine("ERROR: pathLength out of range: ", target->pathLength, " (valid range: 1-20)");
     return false;
   }
   for (int i = 0; i < target->pathLength; ++i) {
     if (target->controlTypes[i] < 0) {
-      LogLine("[ValidateTreePathData] ERROR: Invalid control type at level ", i + 1, ": ", target->controlTypes[i],
-              " (must be >= 0)");
+      LogValidationLine("ERROR: Invalid control type at level ", i + 1, ": ", target->controlTypes[i],
+                        " (must be >= 0)");
       return false;
     }
     if (ViewWithin(target->classNames[i]).size() == KORVANE_CLASS_NAME_SIZE) {
-      LogLine("[ValidateTreePathData] ERROR: Class name too long at level ", i + 1, " (must be < 64 characters)");
+      LogValidationLine("ERROR: Class name too long at level ", i + 1, " (must be < 64 characters)");
       return false;
     }
     if (target->childIndices[i] < 0) {
-      LogLine("[ValidateTreePathData] ERROR: Invalid child index at level ", i + 1, ": ", target->childIndices[i],
-              " (must be >= 0)");
+      LogValidationLine("ERROR: Invalid child index at level ", i + 1, ": ", target->childIndices[i],
+                        " (must be >= 0)");
       return false;
     }
   }
-  LogLine("[ValidateTreePathData] SUCCESS: All ", target->pathLength, " levels validated in ", watch.Milliseconds(),
-          "ms");
+  LogValidationLine("SUCCESS: All ", target->pathLength, " levels validated in ", watch.Milliseconds(), "ms");
   return true;
 }
 
 ElementPtr FindElementByTreePath(HWND window, const TargetRecord* target) {
   const Stopwatch watch;
-  LogLine("[FindElementByTreePath] Starting tree path navigation - pathLength: ",
-          target != nullptr ? target->pathLength : -1, ", window: 0x", Hex(window));
+  LogNavigationLine("Starting tree path navigation - pathLength: ", target != nullptr ? target->pathLength : -1,
+                    ", window: 0x", Hex(window));
   const AutomationPtr automation = CurrentAutomation();
   if (!automation) {
-    LogLine("[FindElementByTreePath] ERROR: g_pAutomation is null");
+    LogNavigationLine("ERROR: g_pAutomation is null");
     return {};
   }
   if (window == nullptr) {
-    LogLine("[FindElementByTreePath] ERROR: window handle is null");
+    LogNavigationLine("ERROR: window handle is null");
     return {};
   }
   if (target == nullptr) {
-    LogLine("[FindElementByTreePath] ERROR: target is null");
+    LogNavigationLine("ERROR: target is null");
     return {};
   }
   if (!ValidateTreePathData(target)) {
-    LogLine("[FindElementByTreePath] ERROR: ValidateTreePathData failed");
+    LogNavigationLine("ERROR: ValidateTreePathData failed");
     return {};
   }
-  const CacheRequestPtr request = CreateStaticPropertiesRequest(*automation.Get());
+  const CacheRequestPtr request = CreateStaticPropertiesRequest(*automation);
   ElementPtr current;
   if (const HRESULT result = automation->ElementFromHandle(window, current.Receive()); FAILED(result) || !current) {
-    LogLine("[FindElementByTreePath] ERROR: Failed to get root element, HRESULT: 0x", Hex(result));
+    LogNavigationLine("ERROR: Failed to get root element, HRESULT: 0x", Hex(result));
     return {};
   }
-  const int start = FindStartLevel(*current.Get(), *target);
+  const int start = FindStartLevel(*current, *target);
   for (int i = start; i < target->pathLength; ++i) {
-    if (IsCancelled()) {
+    if (CancelRequested()) {
       return {};
     }
     const Level level{i, target->controlTypes[i], target->classNames[i], target->childIndices[i]};
-    current = FindLevel(*automation.Get(), *current.Get(), request.Get(), level, watch);
+    current = FindLevel(*automation, *current, request.Get(), level, watch);
     if (!current) {
       return {};
     }
   }
-  LogLine("[FindElementByTreePath] Tree path SUCCESS (levels: ", target->pathLength - start,
-          ", time: ", watch.Milliseconds(), "ms)");
+  LogNavigationLine("Tree path SUCCESS (levels: ", target->pathLength - start, ", time: ", watch.Milliseconds(), "ms)");
   return current;
 }
+
+}  // namespace korvane

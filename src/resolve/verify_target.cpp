@@ -4,7 +4,10 @@
 #include "resolve/coordinate_cache.h"
 #include "resolve/find_target.h"
 
+namespace korvane {
 namespace {
+
+constexpr TaggedLog LogVerifyTargetLine("[verifyTarget] ");
 
 // Halves the extent, not the sum: on a screen left of the primary one the two round differently. In 64 bits, so that a
 // hostile rectangle cannot overflow.
@@ -16,23 +19,22 @@ POINT CentreOf(const RECT& rect) {
   return {Centre(rect.left, rect.right), Centre(rect.top, rect.bottom)};
 }
 
-int VerifyTarget(const TargetRecord* target, HWND window) {
-  constexpr auto kName = "verifyTarget";
-  LogLine("[verifyTarget] Called");
+Outcome Verify(const TargetRecord* target, HWND window) {
+  LogVerifyTargetLine("Called");
   if (target == nullptr || window == nullptr) {
-    LogLine("[verifyTarget] ERROR: Invalid parameters");
-    return ReportError(KORVANE_INVALID_ARGUMENT, kName, "Invalid parameters");
+    LogVerifyTargetLine("ERROR: Invalid parameters");
+    return {KORVANE_INVALID_ARGUMENT, "Invalid parameters"};
   }
-  if (const int code = InitializeAutomation(); code != KORVANE_OK) {
-    LogLine("[verifyTarget] ERROR: Failed to initialize automation");
-    return code;
+  if (const Outcome initialized = InitializeAutomation(); !initialized.IsOk()) {
+    LogVerifyTargetLine("ERROR: Failed to initialize automation");
+    return initialized;
   }
   const ElementPtr element = FindTargetElement(target, window);
   if (!element) {
-    LogLine("[verifyTarget] Target element not found");
-    return ReportError(KORVANE_NOT_FOUND, kName, "Target element not found");
+    LogVerifyTargetLine("Target element not found");
+    return {KORVANE_NOT_FOUND, "Target element not found"};
   }
-  LogLine("[verifyTarget] SUCCESS: Target element found and verified");
+  LogVerifyTargetLine("SUCCESS: Target element found and verified");
   RECT rect{};
   if (SUCCEEDED(element->get_CurrentBoundingRectangle(&rect)) &&
       StoreCachedPoint(CacheKey(window, *target), CentreOf(rect))) {
@@ -42,7 +44,8 @@ int VerifyTarget(const TargetRecord* target, HWND window) {
 }
 
 }  // namespace
+}  // namespace korvane
 
 int verifyTarget(const TargetRecord* target, HWND window) noexcept {
-  return GuardExport("verifyTarget", int{KORVANE_FAILED}, [&] { return VerifyTarget(target, window); });
+  return korvane::AnswerExport("verifyTarget", KORVANE_FAILED, [&] { return korvane::Verify(target, window); });
 }

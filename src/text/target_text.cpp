@@ -1,11 +1,12 @@
 #include "text/target_text.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
 #include "log/export_guard.h"
 #include "resolve/find_target.h"
 
+namespace korvane {
 namespace {
 
 struct TextProperty {
@@ -28,6 +29,17 @@ void LogFoundText(std::string_view property, WideView text) {
           text.size() > kShown ? "..." : "");
 }
 
+// Null when memory is out.
+KorvaneChar* AllocateCopy(WideView text) {
+  auto* copy = static_cast<KorvaneChar*>(std::malloc((text.size() + 1) * sizeof(KorvaneChar)));
+  if (copy == nullptr) {
+    LogLine("getTargetText: ERROR - Failed to allocate memory");
+    return nullptr;
+  }
+  *std::copy(text.begin(), text.end(), copy) = 0;
+  return copy;
+}
+
 }  // namespace
 
 Variant ReadTargetText(const TargetRecord* target, HWND window) {
@@ -47,26 +59,23 @@ Variant ReadTargetText(const TargetRecord* target, HWND window) {
       return value;
     }
   }
-  element.Reset();
+  // The last line of a failed read is written when nothing is held any more.
+  element = {};
   LogLine("getTargetText: FAILED - No text found in any property");
   return {};
 }
 
+}  // namespace korvane
+
 KorvaneChar* getTargetText(const TargetRecord* target, HWND window) noexcept {
-  return GuardExport("getTargetText", static_cast<KorvaneChar*>(nullptr), [&]() -> KorvaneChar* {
-    const Variant value = ReadTargetText(target, window);
-    if (value.Text() == nullptr) {
-      return nullptr;
+  KorvaneChar* text = nullptr;
+  korvane::AnswerExport("getTargetText", KORVANE_FAILED, [&] {
+    if (const korvane::Variant value = korvane::ReadTargetText(target, window); value.Text() != nullptr) {
+      text = korvane::AllocateCopy(korvane::ViewOf(value.Text()));
     }
-    const std::size_t size = (ViewOf(value.Text()).size() + 1) * sizeof(KorvaneChar);
-    auto* text = static_cast<KorvaneChar*>(std::malloc(size));
-    if (text == nullptr) {
-      LogLine("getTargetText: ERROR - Failed to allocate memory");
-      return nullptr;
-    }
-    std::memcpy(text, value.Text(), size);
-    return text;
+    return KORVANE_OK;
   });
+  return text;
 }
 
 void freeTextResult(KorvaneChar* text) noexcept {

@@ -2,16 +2,15 @@
 #include <cwctype>
 #include <optional>
 
-#include "automation/automation_context.h"
+#include "automation/target_window.h"
 #include "clipboard/clipboard.h"
 #include "input/send_input.h"
 #include "korvane/korvane.h"
 #include "log/export_guard.h"
 #include "util/text_search.h"
 
+namespace korvane {
 namespace {
-
-constexpr auto kName = "verifySimple";
 
 bool IsKept(WCHAR unit) {
   constexpr WideView kMarks = TEXT("!,-.:?");
@@ -19,15 +18,38 @@ bool IsKept(WCHAR unit) {
          (unit >= 0xC0 && unit <= 0xFF) || kMarks.find(unit) != WideView::npos;
 }
 
-// Lower-cased, and without what applications change on their own: blanks, line ends, typographic signs.
-WideText Normalize(WideView text) {
-  WideText normalized;
-  normalized.reserve(text.size());
-  for (const WCHAR unit : text) {
-    if (const auto lower = static_cast<WCHAR>(std::towlower(unit)); IsKept(lower)) {
-      normalized.push_back(lower);
+// What a unit is compared as: lower-cased, or 0 when it is not compared. Asked of the runtime once for each of the
+// units that nearly all texts are made of: a field can hold millions.
+class ComparedUnits {
+ public:
+  ComparedUnits() {
+    for (std::size_t unit = 0; unit < std::size(common_); ++unit) {
+      common_[unit] = Ask(static_cast<WCHAR>(unit));
     }
   }
+  WCHAR operator()(WCHAR unit) const {
+    return unit < std::size(common_) ? common_[unit] : Ask(unit);
+  }
+
+ private:
+  static WCHAR Ask(WCHAR unit) {
+    const auto lower = static_cast<WCHAR>(std::towlower(unit));
+    return IsKept(lower) ? lower : WCHAR{0};
+  }
+
+  WCHAR common_[256];
+};
+
+// Lower-cased, and without what applications change on their own: blanks, line ends, typographic signs.
+WideText Normalize(WideView text) {
+  const ComparedUnits compared;
+  WideText normalized(text.size(), 0);
+  WCHAR* end = normalized.data();
+  for (const WCHAR unit : text) {
+    *end = compared(unit);
+    end += *end != 0 ? 1 : 0;
+  }
+  normalized.resize(static_cast<std::size_t>(end - normalized.data()));
   return normalized;
 }
 
@@ -101,19 +123,9 @@ bool ClearClipboard() {
 }
 
 std::optional<WideText> ReadCopiedText() {
-  const ClipboardHold hold = OpenClipboardOnce();
-  if (!hold) {
-    return std::nullopt;
-  }
-  const HANDLE block = GetClipboardData(CF_UNICODETEXT);
-  if (block == nullptr) {
-    return std::nullopt;
-  }
-  const GlobalView view(block);
-  if (view.Bytes() == nullptr) {
-    return std::nullopt;
-  }
-  return WideText(ViewOf(static_cast<const WCHAR*>(view.Bytes())));
+  const ClipboardText clipboard(OpenClipboardOnce());
+  const std::optional<WideView> text = clipboard.View();
+  return text ? std::optional(WideText(*text)) : std::nullopt;
 }
 
 // The focused field's whole text, by way of the clipboard.
@@ -132,9 +144,10 @@ std::optional<WideText> CopyFocusedField() {
   return ReadCopiedText();
 }
 
-int VerifySimple(const KorvaneChar* expectedText, HWND window) {
+// Whether the focused field shows the text.
+Outcome CompareFocusedField(const WCHAR* expectedText, HWND window) {
   if (expectedText == nullptr) {
-    return ReportError(KORVANE_INVALID_ARGUMENT, kName, "Invalid expectedText parameter");
+    return {KORVANE_INVALID_ARGUMENT, "Invalid expectedText parameter"};
   }
   if (ChooseWindow(window) == nullptr) {
     return KORVANE_INVALID_ARGUMENT;
@@ -152,7 +165,9 @@ int VerifySimple(const KorvaneChar* expectedText, HWND window) {
 }
 
 }  // namespace
+}  // namespace korvane
 
 int verifySimple(const KorvaneChar* expectedText, HWND window) noexcept {
-  return GuardExport(kName, int{KORVANE_FAILED}, [&] { return VerifySimple(expectedText, window); });
+  return korvane::AnswerExport("verifySimple", KORVANE_FAILED,
+                               [&] { return korvane::CompareFocusedField(expectedText, window); });
 }

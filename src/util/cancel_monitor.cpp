@@ -11,6 +11,7 @@
 #include "platform/owners.h"
 #include "platform/thread_start.h"
 
+namespace korvane {
 namespace {
 
 constexpr DWORD kStopWaitMilliseconds = 300;
@@ -189,11 +190,11 @@ bool StartIfNoneRuns() noexcept {
 
 }  // namespace
 
-bool IsCancelled() noexcept {
+bool CancelRequested() noexcept {
   return g_cancelled;
 }
 
-void StopCancelMonitor() noexcept {
+void EndCancelMonitor() noexcept {
   if (!MonitorIsKnown()) {
     return;
   }
@@ -202,11 +203,11 @@ void StopCancelMonitor() noexcept {
     // It will end by itself, but until then our code must stay where it is: the library is not unloaded any more.
     HMODULE self = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                       reinterpret_cast<const WCHAR*>(&IsCancelled), &self);
+                       reinterpret_cast<const WCHAR*>(&CancelRequested), &self);
   }
 }
 
-void StopCancelMonitorAtUnload() noexcept {
+void EndCancelMonitorAtUnload() noexcept {
   if (!MonitorIsKnown()) {
     return;
   }
@@ -218,16 +219,22 @@ void StopCancelMonitorAtUnload() noexcept {
   }
 }
 
-void startCancelMonitor() noexcept {
+void BeginCancelMonitor() noexcept {
   do {
-    StopCancelMonitor();
+    EndCancelMonitor();
   } while (!StartIfNoneRuns());
 }
 
+}  // namespace korvane
+
+void startCancelMonitor() noexcept {
+  korvane::BeginCancelMonitor();
+}
+
 void stopCancelMonitor() noexcept {
-  StopCancelMonitor();
+  korvane::EndCancelMonitor();
 }
 
 int isCancelled() noexcept {
-  return IsCancelled() ? 1 : 0;
+  return korvane::CancelRequested() ? 1 : 0;
 }

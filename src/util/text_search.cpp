@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+namespace korvane {
 namespace {
 
 // Where the lexicographically largest suffix of a pattern starts, and that suffix's period.
@@ -79,3 +80,5 @@ bool Contains(WideView text, WideView part) {
   }
   return false;
 }
+
+}  // namespace korvane

@@ -3,6 +3,7 @@
 #include "platform/owners.h"
 #include "platform/wide_text.h"
 
+namespace korvane {
 namespace {
 
 constexpr const WCHAR* kUnknown = TEXT("Unknown");
@@ -25,20 +26,22 @@ void DescribeProcess(HWND window, WCHAR (&name)[Size]) {
   CopyCut(name, whole.substr(whole.rfind(TEXT('\\')) + 1));
 }
 
+Outcome DescribeWindow(HWND window, WindowInfo* info) {
+  if (info == nullptr || window == nullptr) {
+    return {KORVANE_INVALID_ARGUMENT, "Invalid parameters"};
+  }
+  *info = {};
+  info->window = window;
+  if (GetWindowTextW(window, info->title, KORVANE_WINDOW_TEXT_SIZE) == 0) {
+    info->title[0] = 0;
+  }
+  DescribeProcess(window, info->processName);
+  return KORVANE_OK;
+}
+
 }  // namespace
+}  // namespace korvane
 
 int getWindowInfo(HWND window, WindowInfo* info) noexcept {
-  constexpr auto kName = "getWindowInfo";
-  return GuardExport(kName, int{KORVANE_FAILED}, [&] {
-    if (info == nullptr || window == nullptr) {
-      return ReportError(KORVANE_INVALID_ARGUMENT, kName, "Invalid parameters");
-    }
-    *info = {};
-    info->window = window;
-    if (GetWindowTextW(window, info->title, KORVANE_WINDOW_TEXT_SIZE) == 0) {
-      info->title[0] = 0;
-    }
-    DescribeProcess(window, info->processName);
-    return int{KORVANE_OK};
-  });
+  return korvane::AnswerExport("getWindowInfo", KORVANE_FAILED, [&] { return korvane::DescribeWindow(window, info); });
 }

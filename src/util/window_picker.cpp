@@ -3,6 +3,7 @@
 #include "korvane/korvane.h"
 #include "platform/platform.h"
 
+namespace korvane {
 namespace {
 
 constexpr const WCHAR* kHookProperty = TEXT("MouseHook");
@@ -98,9 +99,7 @@ void WaitForClick() {
   }
 }
 
-}  // namespace
-
-HWND findWindowByClick() noexcept {
+HWND PickWindow() {
   const CrossCursor cross;
   g_pickedWindow = nullptr;
   g_clicked = false;
@@ -110,4 +109,11 @@ HWND findWindowByClick() noexcept {
   }
   WaitForClick();
   return g_pickedWindow;
+}
+
+}  // namespace
+}  // namespace korvane
+
+HWND findWindowByClick() noexcept {
+  return korvane::PickWindow();
 }

@@ -1,6 +1,7 @@
 // The automation context: creating it, what is shared between threading models, and the order in which it ends.
 #include "automation/automation_context.h"
 
+#include "automation/target_window.h"
 #include "log/diagnostic_log.h"
 #include "tests/native/fixture.h"
 

@@ -22,6 +22,7 @@
 
 namespace tests {
 
+using namespace korvane;
 using standin::TheDesktop;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;

@@ -6,8 +6,17 @@
 namespace tests {
 namespace {
 
+using namespace korvane;
+
+std::string DataOf(std::string_view fragment) {
+  const HtmlClipboardData data(fragment);
+  std::string bytes(data.Size(), 0);
+  data.WriteTo(bytes.data());
+  return bytes;
+}
+
 TEST(HtmlFormatTest, WholeData) {
-  EXPECT_EQ(BuildHtmlClipboardData("<b>9</b>!"),
+  EXPECT_EQ(DataOf("<b>9</b>!"),
             "Version:0.9\r\n"
             "StartHTML:0000000105\r\n"
             "EndHTML:0000000182\r\n"
@@ -25,7 +34,7 @@ TEST(HtmlFormatTest, OffsetsCountBytesAndTheFragmentIsUnchanged) {
       "", "\xC3\xA9", "line\r\nline\n", "<!--EndFragment-->", "&\"<\xFF\x01\t", std::string(70000, 'x')};
   for (const std::string& fragment : fragments) {
     SCOPED_TRACE(fragment.substr(0, 40));
-    const std::string data = BuildHtmlClipboardData(fragment);
+    const std::string data = DataOf(fragment);
     EXPECT_EQ(data.size(), 173 + fragment.size());
     EXPECT_EQ(Offset(data, "StartHTML"), data.find("<html>"));
     EXPECT_EQ(Offset(data, "EndHTML"), data.size());

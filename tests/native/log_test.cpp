@@ -29,8 +29,8 @@ class LogTest : public DesktopTest {
     LogLine("getTargetText: FAILED - No element found");
     LogClockLine("clock");
     LogStampedLine("stamped");
-    LogDirectPasteLine("direct");
-    LogVerifyPasteLine("verify");
+    TaggedLog("[function] ")("tagged");
+    TaggedClockLog("[function] ")("clock");
     EXPECT_EQ(ReportError(-3, "InitializeAutomation", "COM initialization failed"), -3);
     EXPECT_EQ(ReportError(-2, "clickTarget"), -2);
     logAction(u"clickTarget", 0, 312);
@@ -44,8 +44,8 @@ TEST_F(LogTest, EveryWriterStampsItsLineInItsOwnForm) {
             "11-18 09:05:07.045 getTargetText: FAILED - No element found\r\n"
             "[09:05:07.045] clock\r\n"
             "[2026-11-18 09:05:07] stamped\r\n"
-            "11-18 09:05:07.045 [pasteToTargetDirect] direct\r\n"
-            "11-18 09:05:07.045 [pasteToTargetWithVerifyEx] verify\r\n"
+            "11-18 09:05:07.045 [function] tagged\r\n"
+            "[09:05:07.045] [function] clock\r\n"
             "2026-11-18 09:05:07.045 ERROR InitializeAutomation Code:-3 Details:COM initialization failed\r\n"
             "2026-11-18 09:05:07.045 ERROR clickTarget Code:-2\r\n"
             "2026-11-18 09:05:07.045 - clickTarget | Result: 0 | Duration: 312ms\r\n"
@@ -272,14 +272,12 @@ TEST_F(LogTest, LongLinesAreWholeAndWithoutMemoryCutButEnded) {
   }
 }
 
-TEST_F(LogTest, AnExportOutOfMemoryAnswersItsFailureCodeAndSaysSo) {
-  const int code = GuardExport("someExport", -1, []() -> int { throw std::bad_alloc(); });
-  KorvaneChar* none =
-      GuardExport("textExport", static_cast<KorvaneChar*>(nullptr), []() -> KorvaneChar* { throw std::bad_alloc(); });
-  EXPECT_EQ(code, -1);
-  EXPECT_EQ(none, nullptr);
-  EXPECT_EQ(Log(), (Lines{"ERROR someExport Code:-1 Details:Out of memory",
-                          "ERROR textExport Code:-3 Details:Out of memory"}));
+TEST_F(LogTest, AnExportReportsUnderItsNameWhatItsBodyTells) {
+  EXPECT_EQ(AnswerExport("noMemory", -1, []() -> Outcome { throw std::bad_alloc(); }), -1);
+  EXPECT_EQ(AnswerExport("told", -1, []() -> Outcome { return {-3, "Details"}; }), -3);
+  EXPECT_EQ(AnswerExport("reportedBefore", -1, []() -> Outcome { return -2; }), -2);
+  EXPECT_EQ(AnswerExport("held", -1, []() -> Outcome { return 1; }), 1);
+  EXPECT_EQ(Log(), (Lines{"ERROR noMemory Code:-1 Details:Out of memory", "ERROR told Code:-3 Details:Details"}));
 }
 
 TEST_F(LogTest, LinesOfSeveralThreadsNeverMix) {

@@ -8,6 +8,8 @@
 namespace tests {
 namespace {
 
+using namespace korvane;
+
 bool ContainsPlainly(WideView text, WideView part) {
   for (std::size_t at = 0; at + part.size() <= text.size(); ++at) {
     if (text.substr(at, part.size()) == part) {

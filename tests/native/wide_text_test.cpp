@@ -6,6 +6,8 @@
 namespace tests {
 namespace {
 
+using namespace korvane;
+
 TEST(WideTextTest, FieldsAreReadAndFilledWithinTheirBounds) {
   EXPECT_EQ(ViewOf(nullptr), u"");
   WCHAR field[4] = {'a', 'b', 'c', 'd'};
