@@ -54,8 +54,8 @@ std::size_t SendKeys(std::span<const WORD> keys) {
   for (const WORD key : keys) {
     records[count++] = Key(key, 0);
   }
-  for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
-    records[count++] = Key(*key, KEYEVENTF_KEYUP);
+  for (std::size_t i = keys.size(); i > 0; --i) {
+    records[count++] = Key(keys[i - 1], KEYEVENTF_KEYUP);
   }
   return SendAll({records.data(), count});
 }

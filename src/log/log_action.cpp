@@ -14,6 +14,19 @@ void WriteActionLine(const SYSTEMTIME& time, const KorvaneChar* action, int resu
   WriteLine(line);
 }
 
+// An instant as the calendar has it. One that it does not reach is worth a line too: its stamp is all zeros, which no
+// real instant has, instead of a wrong date.
+SYSTEMTIME TimeOf(std::int64_t timestampMs) noexcept {
+  // Unsigned, so that an instant beyond the range wraps instead of being undefined.
+  const auto units = (static_cast<std::uint64_t>(timestampMs) + kMillisecondsFrom1601To1970) *
+                     static_cast<std::uint64_t>(kFileTimeUnitsPerMillisecond);
+  const FILETIME fileTime{static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
+  SYSTEMTIME time{};
+  const bool inRange = timestampMs >= -kMillisecondsFrom1601To1970 &&
+                       timestampMs <= INT64_MAX / kFileTimeUnitsPerMillisecond - kMillisecondsFrom1601To1970;
+  return inRange && FileTimeToSystemTime(&fileTime, &time) ? time : SYSTEMTIME{};
+}
+
 }  // namespace
 }  // namespace korvane
 
@@ -30,18 +43,5 @@ void logActionWithTimestamp(const KorvaneChar* action, int result, int durationM
   if (action == nullptr || !korvane::LogIsOpen()) {
     return;
   }
-  // Unsigned, so that an instant beyond the range wraps instead of being undefined.
-  const auto units = (static_cast<std::uint64_t>(timestampMs) + korvane::kMillisecondsFrom1601To1970) *
-                     static_cast<std::uint64_t>(korvane::kFileTimeUnitsPerMillisecond);
-  const FILETIME fileTime{static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
-  SYSTEMTIME time{};
-  // An instant that the calendar does not reach is worth a line too: its stamp is then all zeros, which no real instant
-  // has, instead of a wrong date.
-  const bool inRange =
-      timestampMs >= -korvane::kMillisecondsFrom1601To1970 &&
-      timestampMs <= INT64_MAX / korvane::kFileTimeUnitsPerMillisecond - korvane::kMillisecondsFrom1601To1970;
-  if (!inRange || !FileTimeToSystemTime(&fileTime, &time)) {
-    time = {};
-  }
-  korvane::WriteActionLine(time, action, result, durationMs);
+  korvane::WriteActionLine(korvane::TimeOf(timestampMs), action, result, durationMs);
 }

@@ -11,8 +11,8 @@ namespace {
 
 constexpr TaggedLog LogFindTargetLine("[FindTargetElement] ");
 
-// Below the root, which it gives back. Direct children first: most targets are there, and the search is then shallow.
-ElementPtr SearchByAutomationId(IUIAutomation& automation, ElementPtr root, const WCHAR* automationId) {
+// Direct children first: most targets are there, and the search is then shallow.
+ElementPtr SearchByAutomationId(IUIAutomation& automation, IUIAutomationElement& root, const WCHAR* automationId) {
   const Variant value(automationId);
   ConditionPtr condition;
   if (value.Text() == nullptr ||
@@ -21,11 +21,21 @@ ElementPtr SearchByAutomationId(IUIAutomation& automation, ElementPtr root, cons
     return {};
   }
   ElementPtr found;
-  HRESULT result = root->FindFirst(TreeScope_Children, condition.Get(), found.Receive());
+  HRESULT result = root.FindFirst(TreeScope_Children, condition.Get(), found.Receive());
   if (SUCCEEDED(result) && !found) {
-    result = root->FindFirst(TreeScope_Descendants, condition.Get(), found.Receive());
+    result = root.FindFirst(TreeScope_Descendants, condition.Get(), found.Receive());
   }
   return SUCCEEDED(result) ? found : ElementPtr();
+}
+
+// False when the window has no element to search below.
+bool SearchWindow(IUIAutomation& automation, HWND window, const WCHAR* automationId, ElementPtr& found) {
+  ElementPtr root;
+  if (FAILED(automation.ElementFromHandle(window, root.Receive())) || !root) {
+    return false;
+  }
+  found = SearchByAutomationId(automation, *root, automationId);
+  return true;
 }
 
 ElementPtr FindElementByAutomationId(HWND window, const WCHAR* automationId) {
@@ -35,11 +45,10 @@ ElementPtr FindElementByAutomationId(HWND window, const WCHAR* automationId) {
   if (!automation || window == nullptr || ViewOf(automationId).empty()) {
     return {};
   }
-  ElementPtr root;
-  if (FAILED(automation->ElementFromHandle(window, root.Receive())) || !root) {
+  ElementPtr found;
+  if (!SearchWindow(*automation, window, automationId, found)) {
     return {};
   }
-  ElementPtr found = SearchByAutomationId(*automation, std::move(root), automationId);
   LogLine("AutomationId search completed in ", watch.Milliseconds(), "ms");
   return found;
 }
