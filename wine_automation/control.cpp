@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "wine_automation/ask.h"
 #include "wine_automation/control_class.h"
-#include "wine_automation/other_process.h"
 
 namespace wine_automation {
 namespace {
@@ -24,6 +24,22 @@ BOOL CALLBACK AddChild(HWND window, LPARAM parameter) noexcept try {
   auto& children = *reinterpret_cast<Children*>(parameter);
   if (ParentOf(window) == children.parent && IsWindowVisible(window)) {
     children.windows.push_back(window);
+  }
+  return TRUE;
+} catch (...) {
+  return FALSE;
+}
+
+struct WindowsAt {
+  POINT point;
+  std::vector<HWND> windows;
+};
+
+BOOL CALLBACK AddWindowAt(HWND window, LPARAM parameter) noexcept try {
+  auto& found = *reinterpret_cast<WindowsAt*>(parameter);
+  RECT rect{};
+  if (GetWindowRect(window, &rect) && PtInRect(&rect, found.point)) {
+    found.windows.push_back(window);
   }
   return TRUE;
 } catch (...) {
@@ -112,6 +128,12 @@ std::vector<HWND> ChildrenOf(HWND window) {
     EnumChildWindows(window, AddChild, parameter);
   }
   return std::move(children.windows);
+}
+
+std::vector<HWND> DescendantsAt(HWND window, POINT point) {
+  WindowsAt found{point, {}};
+  EnumChildWindows(window, AddWindowAt, reinterpret_cast<LPARAM>(&found));
+  return std::move(found.windows);
 }
 
 std::optional<RECT> VisibleRect(HWND window) {

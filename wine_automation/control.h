@@ -25,6 +25,8 @@ std::optional<uia::Text> TextOf(HWND window);
 
 // Direct children that are visible, in tab order; of the desktop topmost first.
 std::vector<HWND> ChildrenOf(HWND window);
+// All windows below one whose rectangle holds the point, in tab order.
+std::vector<HWND> DescendantsAt(HWND window, POINT point);
 // The window's part that can be seen inside its parents and the screen; nothing when it is hidden.
 std::optional<RECT> VisibleRect(HWND window);
 

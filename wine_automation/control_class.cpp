@@ -61,6 +61,10 @@ PropertyValue ControlClass::State(HWND, PROPERTYID) const {
   return {};
 }
 
+bool ControlClass::MayHaveParts(HWND) const {
+  return false;
+}
+
 bool ControlClass::HasPart(HWND, Part) const {
   return false;
 }

@@ -60,7 +60,8 @@ class ControlClass {
   // Any other property than type, name, AutomationId and class name.
   virtual uia::PropertyValue State(HWND control, PROPERTYID property) const;
 
-  // A control whose parts cannot be seen has none.
+  // Whether the members below know more than that there are no parts. They are called in the control's own thread.
+  virtual bool MayHaveParts(HWND control) const;
   virtual bool HasPart(HWND control, Part part) const;
   virtual Part ParentOf(HWND control, Part part) const;
   virtual std::vector<Part> PartsOf(HWND control, Part parent) const;

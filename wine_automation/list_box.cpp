@@ -1,9 +1,9 @@
-// List boxes, whose rows are asked for by messages that the system itself carries between processes.
+// List boxes, and the lists that combo boxes drop.
 #include <algorithm>
 
+#include "wine_automation/ask.h"
 #include "wine_automation/control.h"
 #include "wine_automation/control_class.h"
-#include "wine_automation/other_process.h"
 
 namespace wine_automation {
 namespace {
@@ -46,6 +46,10 @@ class ListBox final : public ControlClass {
 
   PropertyValue Name(HWND control) const override {
     return LabelBefore(control);
+  }
+
+  bool MayHaveParts(HWND) const override {
+    return true;
   }
 
   bool HasPart(HWND control, Part part) const override {

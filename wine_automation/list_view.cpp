@@ -2,9 +2,9 @@
 // with that of the cell, from 1, in its lowest bits.
 #include <algorithm>
 
+#include "wine_automation/ask.h"
 #include "wine_automation/common_controls.h"
 #include "wine_automation/control_class.h"
-#include "wine_automation/other_process.h"
 
 namespace wine_automation {
 namespace {
@@ -52,15 +52,7 @@ LONG_PTR RowCount(HWND list) {
 std::optional<uia::Text> TextAt(HWND list, Part part) {
   LVITEMW item{};
   item.iSubItem = std::max(0, CellOf(part) - 1);
-  constexpr std::size_t kLongest = 1024;
-  OtherMemory memory(list, sizeof item + kLongest * sizeof(WCHAR));
-  item.pszText = static_cast<WCHAR*>(memory.At(sizeof item));
-  item.cchTextMax = kLongest;
-  if (!memory.Write(&item, sizeof item) || !memory.Ask(LVM_GETITEMTEXTW, static_cast<WPARAM>(RowOf(part))) ||
-      !memory.Read(&item, sizeof item)) {
-    return std::nullopt;
-  }
-  return item.pszText == nullptr ? uia::Text() : memory.ReadText(item.pszText, kLongest);
+  return AskItemText(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(RowOf(part)), item);
 }
 
 std::optional<RECT> RectOf(HWND list, Part part, LONG which) {
@@ -96,6 +88,10 @@ class ListView final : public ControlClass {
 
   PropertyValue Name(HWND control) const override {
     return LabelBefore(control);
+  }
+
+  bool MayHaveParts(HWND) const override {
+    return true;
   }
 
   bool HasPart(HWND control, Part part) const override {

@@ -1,8 +1,8 @@
 // Controls that are one window without parts.
+#include "wine_automation/ask.h"
 #include "wine_automation/common_controls.h"
 #include "wine_automation/control.h"
 #include "wine_automation/control_class.h"
-#include "wine_automation/other_process.h"
 
 namespace wine_automation {
 namespace {

@@ -1,7 +1,7 @@
 // Status bars. One that shows a single text over its parts has none.
+#include "wine_automation/ask.h"
 #include "wine_automation/common_controls.h"
 #include "wine_automation/control_class.h"
-#include "wine_automation/other_process.h"
 
 namespace wine_automation {
 namespace {
@@ -17,16 +17,21 @@ std::optional<uia::Text> TextOfPart(HWND bar, Part part) {
   if (!length) {
     return std::nullopt;
   }
-  // A text that grows in between would overrun the block: leave it room.
-  const std::size_t room = LOWORD(*length) + std::size_t{256};
-  OtherMemory memory(bar, room * sizeof(WCHAR));
-  return memory.Ask(SB_GETTEXTW, part - 1) ? memory.ReadText(memory.At(0), room) : std::nullopt;
+  uia::Text text(LOWORD(*length), L'\0');
+  if (!Ask(bar, SB_GETTEXTW, part - 1, reinterpret_cast<LPARAM>(text.data()))) {
+    return std::nullopt;
+  }
+  return text;
 }
 
 class StatusBar final : public ControlClass {
  public:
   CONTROLTYPEID Type(HWND) const override {
     return kStatusBarType;
+  }
+
+  bool MayHaveParts(HWND) const override {
+    return true;
   }
 
   bool HasPart(HWND control, Part part) const override {

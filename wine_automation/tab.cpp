@@ -1,7 +1,7 @@
 // Tab controls. A tab's page is a window beside the control or in it.
+#include "wine_automation/ask.h"
 #include "wine_automation/common_controls.h"
 #include "wine_automation/control_class.h"
-#include "wine_automation/other_process.h"
 
 namespace wine_automation {
 namespace {
@@ -12,6 +12,10 @@ class Tab final : public ControlClass {
  public:
   CONTROLTYPEID Type(HWND) const override {
     return kTabType;
+  }
+
+  bool MayHaveParts(HWND) const override {
+    return true;
   }
 
   bool HasPart(HWND control, Part part) const override {

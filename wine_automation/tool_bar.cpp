@@ -1,7 +1,7 @@
 // Tool bars. A button keeps its command's number from run to run, which makes it an AutomationId.
+#include "wine_automation/ask.h"
 #include "wine_automation/common_controls.h"
 #include "wine_automation/control_class.h"
-#include "wine_automation/other_process.h"
 
 namespace wine_automation {
 namespace {
@@ -24,11 +24,11 @@ std::optional<uia::Text> TextOfButton(HWND bar, int command) {
   if (*length <= 0) {
     return uia::Text();
   }
-  // A text that grows in between would overrun the block: leave it room.
-  const auto room = static_cast<std::size_t>(*length) + 256;
-  OtherMemory memory(bar, room * sizeof(WCHAR));
-  const std::optional<LONG_PTR> copied = memory.Ask(TB_GETBUTTONTEXTW, id);
-  return copied && *copied >= 0 ? memory.ReadText(memory.At(0), room) : std::nullopt;
+  uia::Text text(static_cast<std::size_t>(*length), L'\0');
+  if (!Ask(bar, TB_GETBUTTONTEXTW, id, reinterpret_cast<LPARAM>(text.data()))) {
+    return std::nullopt;
+  }
+  return text;
 }
 
 CONTROLTYPEID TypeOf(const TBBUTTON& button) {
@@ -42,6 +42,10 @@ class ToolBar final : public ControlClass {
  public:
   CONTROLTYPEID Type(HWND) const override {
     return kToolBarType;
+  }
+
+  bool MayHaveParts(HWND) const override {
+    return true;
   }
 
   bool HasPart(HWND control, Part part) const override {

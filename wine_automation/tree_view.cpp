@@ -1,30 +1,16 @@
-// Tree views. Their items are addresses in the other process, which are numbered as they are seen.
+// Tree views. Their items are addresses, which are numbered as they are seen.
 #include <map>
 #include <utility>
 
+#include "wine_automation/ask.h"
 #include "wine_automation/common_controls.h"
 #include "wine_automation/control_class.h"
-#include "wine_automation/other_process.h"
+#include "wine_automation/locked.h"
 
 namespace wine_automation {
 namespace {
 
 using uia::PropertyValue;
-
-class Locked {
- public:
-  explicit Locked(SRWLOCK& lock) : lock_(lock) {
-    AcquireSRWLockExclusive(&lock_);
-  }
-  ~Locked() {
-    ReleaseSRWLockExclusive(&lock_);
-  }
-  Locked(const Locked&) = delete;
-  Locked& operator=(const Locked&) = delete;
-
- private:
-  SRWLOCK& lock_;
-};
 
 // Numbers are never given twice. Those of trees that have gone are forgotten now and then.
 class ItemNumbers {
@@ -100,6 +86,10 @@ class TreeView final : public ControlClass {
 
   PropertyValue Name(HWND control) const override {
     return LabelBefore(control);
+  }
+
+  bool MayHaveParts(HWND) const override {
+    return true;
   }
 
   bool HasPart(HWND control, Part part) const override {

@@ -2,6 +2,9 @@
 
 #include "wine_automation/control.h"
 #include "wine_automation/control_class.h"
+#include "wine_automation/locked.h"
+#include "wine_automation/parts.h"
+#include "wine_automation/visit.h"
 
 namespace wine_automation {
 namespace {
@@ -25,7 +28,7 @@ Part PartOf(Node node) {
 
 // A top-level window is a window whatever its class; only the list that a combo box drops has parts there.
 bool MayHaveParts(HWND window) {
-  return !IsTopLevel(window) || ClassNameOf(window) == L"ComboLBox";
+  return (!IsTopLevel(window) || ClassNameOf(window) == L"ComboLBox") && ControlClassOf(window).MayHaveParts(window);
 }
 
 PropertyValue WindowProperty(HWND window, PROPERTYID property) {
@@ -43,19 +46,6 @@ PropertyValue WindowProperty(HWND window, PROPERTYID property) {
   }
 }
 
-PropertyValue PartProperty(HWND window, Part part, PROPERTYID property) {
-  const PropertyValue value = property == UIA_ClassNamePropertyId
-                                  ? PropertyValue()
-                                  : ControlClassOf(window).PartProperty(window, part, property);
-  const bool isText = property == UIA_ClassNamePropertyId || property == UIA_AutomationIdPropertyId;
-  return isText && SUCCEEDED(value.result) && value.type == VT_EMPTY ? TextValue({}) : value;
-}
-
-bool IsVisibleAt(HWND window, POINT point) {
-  RECT rect{};
-  return IsWindowVisible(window) && GetWindowRect(window, &rect) && PtInRect(&rect, point);
-}
-
 LONGLONG AreaOf(HWND window) {
   RECT rect{};
   GetWindowRect(window, &rect);
@@ -64,10 +54,10 @@ LONGLONG AreaOf(HWND window) {
 
 // The child under the point, disabled controls included, which the system's own search passes over. Group boxes, labels
 // and pictures give way to what lies in the same place; of several the smallest is meant.
-HWND ChildAt(HWND window, POINT point) {
+HWND ChildAt(HWND window, const std::vector<HWND>& underPoint) {
   HWND background = nullptr;
-  for (const HWND child : ChildrenOf(window)) {
-    if (!IsVisibleAt(child, point)) {
+  for (const HWND child : underPoint) {
+    if (ParentOf(child) != window || !IsWindowVisible(child)) {
       continue;
     }
     const CONTROLTYPEID type = ControlTypeOf(child);
@@ -89,13 +79,12 @@ Node WindowTree::Root() {
 
 bool WindowTree::Exists(Node node) {
   const HWND window = HandleOf(node);
-  return IsWindow(window) && (PartOf(node) == kControlItself || ControlClassOf(window).HasPart(window, PartOf(node)));
+  return IsWindow(window) && (PartOf(node) == kControlItself || HasPart(window, PartOf(node)));
 }
 
 Node WindowTree::Parent(Node node) {
   const HWND window = HandleOf(node);
-  return PartOf(node) == kControlItself ? NodeOf(ParentOf(window))
-                                        : NodeOf(window, ControlClassOf(window).ParentOf(window, PartOf(node)));
+  return PartOf(node) == kControlItself ? NodeOf(ParentOf(window)) : NodeOf(window, ParentOfPart(window, PartOf(node)));
 }
 
 std::vector<Node> WindowTree::Children(Node node) {
@@ -106,9 +95,12 @@ std::vector<Node> WindowTree::Children(Node node) {
       children.push_back(NodeOf(child));
     }
   }
-  if (MayHaveParts(window)) {
-    for (const Part part : ControlClassOf(window).PartsOf(window, PartOf(node))) {
-      children.push_back(NodeOf(window, part));
+  if (const auto parts = MayHaveParts(window) ? PartsOf(window, PartOf(node)) : std::nullopt) {
+    const Locked locked(lock_);
+    for (const PartFacts& facts : *parts) {
+      const Node part = NodeOf(window, facts.part);
+      facts_[part] = {GetCurrentThreadId(), facts.type, facts.automationId};
+      children.push_back(part);
     }
   }
   return children;
@@ -121,10 +113,11 @@ Node WindowTree::At(POINT point) {
     return Root();
   }
   HWND found = root;
-  while (const HWND child = ChildAt(found, point)) {
+  const std::vector<HWND> underPoint = DescendantsAt(root, point);
+  while (const HWND child = ChildAt(found, underPoint)) {
     found = child;
   }
-  return NodeOf(found, MayHaveParts(found) ? ControlClassOf(found).PartAt(found, point) : kControlItself);
+  return NodeOf(found, MayHaveParts(found) ? PartAt(found, point) : kControlItself);
 }
 
 Node WindowTree::OfWindow(HWND window) {
@@ -136,9 +129,44 @@ HWND WindowTree::WindowOf(Node node) {
 }
 
 PropertyValue WindowTree::Property(Node node, PROPERTYID property) {
+  // Questions of the client objects themselves, which nothing here answers otherwise than by default.
+  if (property == uia::kHandedOutByArrays || property == uia::kReadableFromCache ||
+      property == uia::kNativeWindowHandle) {
+    return {};
+  }
   const HWND window = HandleOf(node);
-  const Part part = PartOf(node);
-  return part == kControlItself ? WindowProperty(window, property) : PartProperty(window, part, property);
+  if (PartOf(node) == kControlItself) {
+    return WindowProperty(window, property);
+  }
+  if (property == UIA_ClassNamePropertyId) {
+    return TextValue({});
+  }
+  if (std::optional<PropertyValue> remembered = Remembered(node, property)) {
+    return *std::move(remembered);
+  }
+  const PropertyValue value = PropertyOfPart(window, PartOf(node), property);
+  const bool hasNoId = property == UIA_AutomationIdPropertyId && SUCCEEDED(value.result) && value.type == VT_EMPTY;
+  return hasNoId ? TextValue({}) : value;
+}
+
+std::optional<PropertyValue> WindowTree::Remembered(Node node, PROPERTYID property) {
+  if (property != UIA_ControlTypePropertyId && property != UIA_AutomationIdPropertyId) {
+    return std::nullopt;
+  }
+  const Locked locked(lock_);
+  const auto found = facts_.find(node);
+  if (found == facts_.end()) {
+    return std::nullopt;
+  }
+  return property == UIA_ControlTypePropertyId ? NumberValue(found->second.type)
+                                               : TextValue(found->second.automationId);
+}
+
+void WindowTree::Leave() {
+  const Locked locked(lock_);
+  if (!facts_.empty()) {
+    std::erase_if(facts_, [](const auto& entry) { return entry.second.thread == GetCurrentThreadId(); });
+  }
 }
 
 HRESULT WindowTree::Rectangle(Node node, RECT* rect) {
@@ -146,17 +174,21 @@ HRESULT WindowTree::Rectangle(Node node, RECT* rect) {
   if (PartOf(node) == kControlItself) {
     return GetWindowRect(window, rect) ? S_OK : uia::kElementNotAvailable;
   }
-  const std::optional<RECT> part = ControlClassOf(window).PartRect(window, PartOf(node));
+  const std::optional<RECT> part = RectOfPart(window, PartOf(node));
   // A part that is folded away or scrolled out has none.
   *rect = part.value_or(RECT{});
   return S_OK;
 }
 
 HRESULT WindowTree::ClickablePoint(Node node, POINT* point, BOOL* gotClickable) {
-  std::optional<RECT> visible = VisibleRect(HandleOf(node));
+  const HWND window = HandleOf(node);
+  std::optional<RECT> visible = VisibleRect(window);
+  if (visible && PartOf(node) == kControlItself && MayHaveParts(window) && !CanBeAsked(window)) {
+    // What lies in its middle is not known.
+    visible.reset();
+  }
   if (visible && PartOf(node) != kControlItself) {
-    const HWND window = HandleOf(node);
-    const std::optional<RECT> part = ControlClassOf(window).PartClickRect(window, PartOf(node));
+    const std::optional<RECT> part = ClickRectOfPart(window, PartOf(node));
     if (!part || !IntersectRect(&*visible, &*visible, &*part)) {
       visible.reset();
     }
@@ -174,7 +206,9 @@ void WindowTree::Made(const void*, const char*) {
 }
 
 void WindowTree::Destroyed(const void*) {
-  --objects_;
+  if (--objects_ == 0) {
+    FreeVisits();
+  }
 }
 
 long WindowTree::Objects() const {

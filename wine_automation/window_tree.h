@@ -3,6 +3,8 @@
 #pragma once
 
 #include <atomic>
+#include <optional>
+#include <unordered_map>
 
 #include "standin/uia/tree.h"
 
@@ -22,6 +24,7 @@ class WindowTree final : public uia::Tree {
   uia::PropertyValue Property(uia::Node node, PROPERTYID property) override;
   HRESULT Rectangle(uia::Node node, RECT* rect) override;
   HRESULT ClickablePoint(uia::Node node, POINT* point, BOOL* gotClickable) override;
+  void Leave() override;
   void Made(const void* object, const char* interfaceName) override;
   void Destroyed(const void* object) override;
 
@@ -29,7 +32,19 @@ class WindowTree final : public uia::Tree {
   long Objects() const;
 
  private:
+  struct Facts {
+    DWORD thread;
+    CONTROLTYPEID type;
+    uia::Text automationId;
+  };
+
+  std::optional<uia::PropertyValue> Remembered(uia::Node node, PROPERTYID property);
+
   std::atomic<long> objects_{0};
+  // What came with the lists of parts that a client's call asked for, until that call ends: a search then asks the
+  // control once for a list, not once for each part.
+  SRWLOCK lock_ = SRWLOCK_INIT;
+  std::unordered_map<uia::Node, Facts> facts_;
 };
 
 }  // namespace wine_automation

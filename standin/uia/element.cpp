@@ -31,11 +31,10 @@ class ElementArray final : public Object<IUIAutomationElementArray> {
         return E_INVALIDARG;
       }
       const Found& wanted = found_[static_cast<std::size_t>(index)];
-      if (tree_.Exists(wanted.node)) {
-        const HRESULT handedOut = tree_.Property(wanted.node, kHandedOutByArrays).result;
-        if (FAILED(handedOut)) {
-          return handedOut;
-        }
+      // One that has gone since is handed out all the same.
+      const HRESULT handedOut = tree_.Property(wanted.node, kHandedOutByArrays).result;
+      if (FAILED(handedOut) && handedOut != kElementNotAvailable) {
+        return handedOut;
       }
       *element = new Element(tree_, wanted.node, wanted.cache);
       return S_OK;
