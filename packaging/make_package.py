@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Puts what was built into build/package: a folder, the zip of it and the NuGet package, the same bytes every time.
+"""Puts what was built into build/package: the zip and the NuGet package, the same bytes every time.
 
 make_package.py BUILD_FOLDER OUTPUT_FOLDER
 """
@@ -9,6 +9,7 @@ import re
 import shutil
 import subprocess
 import sys
+import tempfile
 import zipfile
 from pathlib import Path
 
@@ -21,16 +22,18 @@ NO_DATE = (1980, 1, 1, 0, 0, 0)
 # Where each file goes, and what it is there; folders with all that is in them.
 SOURCES = {
     "CHANGELOG.md": "CHANGELOG.md",
+    "LICENSE.txt": "LICENSE.txt",
+    "NOTICES.txt": "NOTICES.txt",
     "README.md": "packaging/README.md",
     "include/korvane/korvane.h": "include/korvane/korvane.h",
     "include/korvane/korvane.hpp": "bindings/cpp/korvane/korvane.hpp",
     "lib/cmake/korvane/korvaneConfig.cmake": "packaging/korvaneConfig.cmake",
-    "nuget/build/native/korvane.targets": "packaging/korvane.targets",
     "bindings/python": "bindings/python",
     "bindings/node": "bindings/node",
     "bindings/csharp": "bindings/csharp",
     "examples": "examples",
     "examples/stage/stage.h": "samples/stage/stage.h",
+    "examples/session/order.steps.json": "samples/session/order.steps.json",
     "scripts/pointer_shield.py": "scripts/pointer_shield.py",
     "scripts/run_under_wine.sh": "scripts/run_under_wine.sh",
     "scripts/wine_env.sh": "scripts/wine_env.sh",
@@ -49,12 +52,13 @@ GENERATED = {
     "include/korvane/version.h": "version.h.in",
     "lib/cmake/korvane/korvaneConfigVersion.cmake": "korvaneConfigVersion.cmake.in",
     "lib/pkgconfig/korvane.pc": "korvane.pc.in",
-    "nuget/korvane.nuspec": "korvane.nuspec.in",
 }
 # For the linkers of MSVC and mingw alike.
 IMPORT_LIBRARIES = {"lib/korvane.lib": "src/korvane.def", "examples/stage/stage.lib": "samples/stage/stage.def"}
-# What the NuGet package holds besides its description and the targets.
+# What the NuGet package takes from the folder that the zip is made of.
 NUGET = {
+    "LICENSE.txt": "LICENSE.txt",
+    "NOTICES.txt": "NOTICES.txt",
     "build/native/include/korvane/korvane.h": "include/korvane/korvane.h",
     "build/native/include/korvane/korvane.hpp": "include/korvane/korvane.hpp",
     "build/native/include/korvane/version.h": "include/korvane/version.h",
@@ -67,8 +71,10 @@ def project():
     """Version and description, from the one place where they are written."""
     text = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
     version, description = re.search(r'project\(korvane VERSION ([\d.]+) DESCRIPTION "([^"]+)"', text).groups()
+    licence = re.match(r"SPDX-License-Identifier: (.+)\n", (ROOT / "LICENSE.txt").read_text(encoding="utf-8"))[1]
     major, minor, patch = version.split(".")
-    return {"VERSION": version, "MAJOR": major, "MINOR": minor, "PATCH": patch, "DESCRIPTION": description}
+    return {"VERSION": version, "MAJOR": major, "MINOR": minor, "PATCH": patch, "DESCRIPTION": description,
+            "LICENCE": licence}
 
 
 def fill(template, values):
@@ -95,8 +101,13 @@ def assemble(folder, build, values):
         (folder / target).write_text(fill(template, values), encoding="utf-8")
     for target, definition in IMPORT_LIBRARIES.items():
         subprocess.run([DLLTOOL, "-m", "i386:x86-64", "-d", ROOT / definition, "-l", folder / target], check=True)
+
+
+def assemble_nuget(folder, package, values):
     for target, source in NUGET.items():
-        put(folder / source, folder / "nuget" / target)
+        put(package / source, folder / target)
+    put(TEMPLATES / "korvane.targets", folder / "build/native/korvane.targets")
+    (folder / "korvane.nuspec").write_text(fill("korvane.nuspec.in", values), encoding="utf-8")
 
 
 def files(folder):
@@ -143,7 +154,9 @@ def main():
     assemble(folder, build, values)
     write_sums(folder)
     write_zip(output / f"{name}.zip", folder, name)
-    write_nuget(output / f"korvane.{values['VERSION']}.nupkg", folder / "nuget")
+    with tempfile.TemporaryDirectory() as nuget:
+        assemble_nuget(Path(nuget), folder, values)
+        write_nuget(output / f"korvane.{values['VERSION']}.nupkg", Path(nuget))
     for path in sorted(output.glob("*.*")):
         if path.is_file():
             print(f"  {path.relative_to(Path.cwd()) if path.is_relative_to(Path.cwd()) else path}"

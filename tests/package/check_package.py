@@ -13,7 +13,7 @@ from repository import OBJDUMP, ROOT, SCRATCH, exported_functions, run, tool
 from unpacked import OUTPUT, archive, unpacked
 
 sys.path.insert(0, str(ROOT / "packaging"))
-from make_package import BUILT  # noqa: E402
+from make_package import BUILT, put  # noqa: E402
 
 
 class Package(unittest.TestCase):
@@ -26,10 +26,11 @@ class Package(unittest.TestCase):
             "bin/korvane.dll", "bin/korvane.dll.debug", "bin/korvane.exe", "lib/korvane.lib", "lib/libkorvane.dll.a",
             "include/korvane/korvane.h", "include/korvane/korvane.hpp", "include/korvane/version.h",
             "lib/cmake/korvane/korvaneConfig.cmake", "lib/cmake/korvane/korvaneConfigVersion.cmake",
-            "lib/pkgconfig/korvane.pc", "nuget/build/native/korvane.targets", "nuget/korvane.nuspec",
-            "nuget/runtimes/win-x64/native/korvane.dll", "README.md", "CHANGELOG.md", "docs/reference.md",
+            "lib/pkgconfig/korvane.pc", "README.md", "CHANGELOG.md", "LICENSE.txt", "NOTICES.txt", "docs/reference.md",
+            "examples/session/order.steps.json",
         }
         self.assertEqual(set(), needed - there)
+        self.assertEqual([], [name for name in there if "nuget" in name])
         listed = dict(reversed(line.split("  ", 1)) for line in (unpacked() / "SHA256SUMS").read_text().splitlines())
         self.assertEqual(there - {"SHA256SUMS"}, set(listed))
         for name, digest in listed.items():
@@ -54,7 +55,6 @@ class Package(unittest.TestCase):
             self.assertIn(f"#define KORVANE_VERSION_{name} {number}\n", header)
         self.assertIn(f"Version: {version()}\n", (unpacked() / "lib/pkgconfig/korvane.pc").read_text())
         self.assertIn(f'"{version()}"', (unpacked() / "lib/cmake/korvane/korvaneConfigVersion.cmake").read_text())
-        self.assertIn(f"<version>{version()}</version>", (unpacked() / "nuget/korvane.nuspec").read_text())
         self.assertIn(f"## {version()} ", (ROOT / "CHANGELOG.md").read_text(encoding="utf-8"))
 
     def test_import_libraries(self):
@@ -90,6 +90,8 @@ class Package(unittest.TestCase):
                 (unpacked() / "bin/korvane.dll").read_bytes(), file.read("runtimes/win-x64/native/korvane.dll")
             )
         self.assertEqual("korvane", description.find(".//{*}id").text)
+        self.assertEqual(version(), description.find(".//{*}version").text)
+        self.assertIn(description.find(".//{*}license").text, names)
         ElementTree.fromstring(targets)
         for name in re.findall(r"\$\(MSBuildThisFileDirectory\)([^;<\"]+)", targets):
             place = ("build/native/" + name.replace("\\", "/")).replace("build/native/../../", "")
@@ -97,25 +99,60 @@ class Package(unittest.TestCase):
         known = {each.get("Extension") for each in types}
         self.assertEqual(set(), {name.rsplit(".", 1)[1] for name in names} - known - {"xml"})
 
+    def test_programs(self):
+        """package: every program and DLL is hardened, without a time stamp, and has the project's version"""
+        programs = sorted(file for file in unpacked().rglob("*") if file.suffix in (".exe", ".dll"))
+        self.assertEqual(5, len(programs))
+        for program in programs:
+            report = run(OBJDUMP, "-x", str(program)).stdout
+            flags = report.split("DllCharacteristics")[1].split("\n\n")[0]
+            for flag in ("DYNAMIC_BASE", "HIGH_ENTROPY_VA", "NX_COMPAT"):
+                self.assertIn(flag, flags, program.name)
+            self.assertRegex(report, r"Time/Date\s+(Thu Jan  1 00:00:00 1970|0+\b)", program.name)
+            image = program.read_bytes()
+            for name, value in (("FileVersion", version()), ("OriginalFilename", program.name)):
+                text = image.split(f"{name}\0".encode("utf-16-le"))[1].lstrip(b"\0")
+                self.assertEqual(value, text[:64].decode("utf-16-le", "replace").split("\0")[0], f"{program.name}: {name}")
+
+    def test_notices(self):
+        """package: the notices name every library that the companion program is built with"""
+        libraries = re.search(r"foreach\(library ([\w ]+)\)", (ROOT / "host/CMakeLists.txt").read_text())[1].split()
+        self.assertGreaterEqual(len(libraries), 3)
+        notices = (unpacked() / "NOTICES.txt").read_text(encoding="utf-8")
+        self.assertEqual([], [name for name in libraries if name not in notices])
+
     def test_reproducible(self):
-        """package: with the DLL built again and everything packed again in another folder, it has the same bytes"""
+        """package: with the DLL compiled again, every program linked again and all packed again elsewhere: the same bytes"""
         elsewhere = SCRATCH / "elsewhere"
         shutil.rmtree(elsewhere, ignore_errors=True)
         shutil.copytree(ROOT, elsewhere, ignore=shutil.ignore_patterns("build", ".git", "__pycache__"))
-        # The programs beside the DLL are compiled in the same way, and take four times as long.
         for step in (("cmake", "--preset", "windows"),
                      ("cmake", "--build", "--preset", "windows", "--target", "korvane", "--", "-j2")):
             made = run(*step, cwd=elsewhere)
             self.assertEqual(0, made.returncode, made.stdout + made.stderr)
-        for built in BUILT.values():
-            if not (elsewhere / "build/windows" / built).exists():
-                shutil.copy(ROOT / "build/windows" / built, elsewhere / "build/windows" / built)
+        self.link_again(elsewhere)
         made = run("python3", "packaging/make_package.py", "build/windows", "build/package", cwd=elsewhere)
         self.assertEqual(0, made.returncode, made.stdout + made.stderr)
-        for file in sorted(OUTPUT.glob("*.zip")) + sorted(OUTPUT.glob("*.nupkg")):
+        for file in sorted(each for each in OUTPUT.iterdir() if each.is_file()):
             again = elsewhere / file.relative_to(ROOT)
             if file.read_bytes() != again.read_bytes():
                 with zipfile.ZipFile(file) as one, zipfile.ZipFile(again) as other:
                     self.assertEqual([], [n for n in one.namelist() if one.read(n) != other.read(n)], file.name)
                 self.fail(f"{file.name} differs")
         shutil.rmtree(elsewhere)
+
+    def link_again(self, elsewhere):
+        """Archives and links what stands beside the DLL: compiling it, in the same way, takes four times as long."""
+        first, second = ROOT / "build/windows", elsewhere / "build/windows"
+        programs = [built for built in BUILT.values() if not (second / built).exists()]
+        self.assertEqual({"bin/korvane.exe", "bin/stage.dll", "bin/order_form.exe", "bin/wine_automation.dll"}, set(programs))
+        commands = [
+            command for command in run(tool("ninja"), "-C", str(second), "-t", "commands", *programs).stdout.splitlines()
+            if " -c " not in command and " -o bin/korvane.dll " not in command
+        ]
+        for compiled in re.findall(r"\S+\.obj\b", "\n".join(commands)):
+            put(first / compiled, second / compiled)
+        for command in commands:
+            made = run("bash", "-c", command, cwd=second)
+            self.assertEqual(0, made.returncode, made.stdout + made.stderr)
+        self.assertEqual([], [program for program in programs if not (second / program).exists()])
