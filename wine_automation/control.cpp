@@ -71,11 +71,11 @@ bool IsTopLevel(HWND window) {
 }
 
 CONTROLTYPEID ControlTypeOf(HWND window) {
-  return IsTopLevel(window) ? UIA_WindowControlTypeId : ControlClassOf(window).Type(window);
+  return ControlClassOf(window).Type(window);
 }
 
 uia::PropertyValue NameOf(HWND window) {
-  return IsTopLevel(window) ? TextValue(TitleOf(window)) : ControlClassOf(window).Name(window);
+  return ControlClassOf(window).Name(window);
 }
 
 uia::Text ClassNameOf(HWND window) {

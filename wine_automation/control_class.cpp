@@ -23,7 +23,7 @@ const Known kKnown[] = {
     {L"ComboBoxEx32", ComboBoxClass},
     {L"Edit", EditClass},
     {L"ListBox", ListBoxClass},
-    {L"ComboLBox", ListBoxClass},
+    {L"ComboLBox", DroppedListClass},
     {L"RichEdit", RichEditClass},
     {L"RichEdit20A", RichEditClass},
     {L"RichEdit20W", RichEditClass},
@@ -45,6 +45,12 @@ const Known kKnown[] = {
 
 const ControlClass& ControlClassOf(HWND window) {
   const uia::Text className = ClassNameOf(window);
+  if (className == L"#32768") {
+    return PopupMenuClass();
+  }
+  if (IsTopLevel(window) && className != L"ComboLBox") {
+    return WindowClass();
+  }
   for (const Known& known : kKnown) {
     if (CompareStringOrdinal(className.c_str(), -1, known.className, -1, TRUE) == CSTR_EQUAL) {
       return known.controlClass();
@@ -87,6 +93,14 @@ PropertyValue ControlClass::PartProperty(HWND, Part, PROPERTYID) const {
 
 std::optional<RECT> ControlClass::PartRect(HWND, Part) const {
   return std::nullopt;
+}
+
+HWND ControlClass::WindowBelow(HWND) const {
+  return nullptr;
+}
+
+HWND ControlClass::WindowAbove(HWND) const {
+  return nullptr;
 }
 
 std::optional<RECT> ControlClass::PartClickRect(HWND control, Part part) const {

@@ -19,6 +19,9 @@ inline constexpr CONTROLTYPEID kEditType = 50004;
 inline constexpr CONTROLTYPEID kImageType = 50006;
 inline constexpr CONTROLTYPEID kListItemType = 50007;
 inline constexpr CONTROLTYPEID kListType = 50008;
+inline constexpr CONTROLTYPEID kMenuType = 50009;
+inline constexpr CONTROLTYPEID kMenuBarType = 50010;
+inline constexpr CONTROLTYPEID kMenuItemType = 50011;
 inline constexpr CONTROLTYPEID kProgressBarType = 50012;
 inline constexpr CONTROLTYPEID kRadioButtonType = 50013;
 inline constexpr CONTROLTYPEID kScrollBarType = 50014;
@@ -41,6 +44,7 @@ inline constexpr CONTROLTYPEID kHeaderType = 50034;
 inline constexpr CONTROLTYPEID kHeaderItemType = 50035;
 inline constexpr CONTROLTYPEID kSeparatorType = 50038;
 
+inline constexpr PROPERTYID kIsEnabled = 30010;
 inline constexpr PROPERTYID kRangeValue = 30047;
 inline constexpr PROPERTYID kExpandCollapseState = 30070;
 inline constexpr PROPERTYID kIsSelected = 30079;
@@ -70,6 +74,10 @@ class ControlClass {
   virtual uia::PropertyValue PartProperty(HWND control, Part part, PROPERTYID property) const;
   // In screen pixels.
   virtual std::optional<RECT> PartRect(HWND control, Part part) const;
+  // For the list that a combo box drops, which the system keeps as a window of the desktop: the list, while it shows,
+  // and the combo box. Null for others. Called in the control's own thread.
+  virtual HWND WindowBelow(HWND control) const;
+  virtual HWND WindowAbove(HWND control) const;
   // Where a click acts on the part.
   virtual std::optional<RECT> PartClickRect(HWND control, Part part) const;
 
@@ -77,19 +85,22 @@ class ControlClass {
   bool PartHolds(HWND control, Part part, POINT onScreen) const;
 };
 
-// The class of a child window, by its window class; a pane for one that nobody knows.
+// The class of a window. A child window that nobody knows is a pane.
 const ControlClass& ControlClassOf(HWND window);
 
+const ControlClass& ComboBoxClass();
+const ControlClass& DroppedListClass();
 const ControlClass& HeaderClass();
 const ControlClass& ListBoxClass();
 const ControlClass& ListViewClass();
+const ControlClass& PopupMenuClass();
 const ControlClass& StatusBarClass();
 const ControlClass& TabClass();
 const ControlClass& ToolBarClass();
 const ControlClass& TreeViewClass();
+const ControlClass& WindowClass();
 // Buttons, edits and others without parts.
 const ControlClass& ButtonClass();
-const ControlClass& ComboBoxClass();
 const ControlClass& EditClass();
 const ControlClass& PaneClass();
 const ControlClass& ProgressBarClass();

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "wine_automation/ask.h"
+#include "wine_automation/combo_box.h"
 #include "wine_automation/control.h"
 #include "wine_automation/control_class.h"
 
@@ -38,7 +39,34 @@ std::optional<uia::Text> RowText(HWND list, Part part) {
   return text;
 }
 
-class ListBox final : public ControlClass {
+struct ComboSearch {
+  HWND list;
+  HWND comboBox;
+};
+
+BOOL CALLBACK IsComboWanted(HWND window, LPARAM parameter) noexcept try {
+  auto& search = *reinterpret_cast<ComboSearch*>(parameter);
+  if (ClassNameOf(window) == L"ComboBox" && DroppedListOf(window) == search.list) {
+    search.comboBox = window;
+  }
+  return search.comboBox == nullptr;
+} catch (...) {
+  return FALSE;
+}
+
+BOOL CALLBACK IsComboWantedBelow(HWND window, LPARAM parameter) noexcept {
+  EnumChildWindows(window, IsComboWanted, parameter);
+  return reinterpret_cast<const ComboSearch*>(parameter)->comboBox == nullptr;
+}
+
+// The system keeps nothing that leads from a list to its combo box, which is in the same thread.
+HWND ComboOf(HWND list) {
+  ComboSearch search{list, nullptr};
+  EnumThreadWindows(GetCurrentThreadId(), IsComboWantedBelow, reinterpret_cast<LPARAM>(&search));
+  return search.comboBox;
+}
+
+class ListBox : public ControlClass {
  public:
   CONTROLTYPEID Type(HWND) const override {
     return kListType;
@@ -97,7 +125,23 @@ class ListBox final : public ControlClass {
   }
 };
 
+class DroppedList final : public ListBox {
+ public:
+  PropertyValue Name(HWND) const override {
+    return TextValue({});
+  }
+
+  HWND WindowAbove(HWND control) const override {
+    return IsTopLevel(control) ? ComboOf(control) : nullptr;
+  }
+};
+
 }  // namespace
+
+const ControlClass& DroppedListClass() {
+  static const DroppedList list;
+  return list;
+}
 
 const ControlClass& ListBoxClass() {
   static const ListBox listBox;

@@ -8,7 +8,7 @@
 namespace wine_automation {
 namespace {
 
-enum class Subject : std::uint32_t { Exists, Parent, Parts, At, Property, Rect, ClickRect };
+enum class Subject : std::uint32_t { Exists, Parent, Parts, At, Property, Rect, ClickRect, Below, Above };
 
 // Lies in memory that two processes share, with what has no fixed length behind it: the parts, or the text.
 struct Sheet {
@@ -20,6 +20,7 @@ struct Sheet {
   PROPERTYID property;
   // The answer
   bool exists;
+  std::uint32_t window;
   bool hasRect;
   RECT rect;
   HRESULT result;
@@ -36,8 +37,17 @@ Entry* Behind(Sheet& sheet) {
   return reinterpret_cast<Entry*>(&sheet + 1);
 }
 
+// Of a handle, 32 bits count.
+HWND WindowOf(std::uint32_t number) {
+  return reinterpret_cast<HWND>(static_cast<LONG_PTR>(static_cast<LONG>(number)));
+}
+
+std::uint32_t NumberOf(HWND window) {
+  return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window));
+}
+
 HWND ControlOf(const Sheet& sheet) {
-  return reinterpret_cast<HWND>(static_cast<LONG_PTR>(static_cast<LONG>(sheet.control)));
+  return WindowOf(sheet.control);
 }
 
 void WriteRect(Sheet& sheet, std::optional<RECT> rect) {
@@ -99,13 +109,19 @@ void Answer(void* memory) {
     case Subject::ClickRect:
       WriteRect(sheet, controlClass.PartClickRect(control, sheet.part));
       break;
+    case Subject::Below:
+      sheet.window = NumberOf(controlClass.WindowBelow(control));
+      break;
+    case Subject::Above:
+      sheet.window = NumberOf(controlClass.WindowAbove(control));
+      break;
   }
 }
 
 Sheet About(Subject subject, HWND control, Part part) {
   Sheet sheet{};
   sheet.subject = subject;
-  sheet.control = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(control));
+  sheet.control = NumberOf(control);
   sheet.part = part;
   return sheet;
 }
@@ -139,6 +155,11 @@ class Asked {
 std::optional<RECT> AskedRect(Subject subject, HWND control, Part part) {
   Asked asked(About(subject, control, part));
   return asked && asked->hasRect ? std::optional(asked->rect) : std::nullopt;
+}
+
+HWND AskedWindow(Subject subject, HWND control) {
+  Asked asked(About(subject, control, kControlItself));
+  return asked ? WindowOf(asked->window) : nullptr;
 }
 
 }  // namespace
@@ -190,6 +211,14 @@ std::optional<RECT> RectOfPart(HWND control, Part part) {
 
 std::optional<RECT> ClickRectOfPart(HWND control, Part part) {
   return AskedRect(Subject::ClickRect, control, part);
+}
+
+HWND WindowBelow(HWND control) {
+  return AskedWindow(Subject::Below, control);
+}
+
+HWND WindowAbove(HWND control) {
+  return AskedWindow(Subject::Above, control);
 }
 
 }  // namespace wine_automation

@@ -27,5 +27,8 @@ Part PartAt(HWND control, POINT onScreen);
 uia::PropertyValue PropertyOfPart(HWND control, Part part, PROPERTYID property);
 std::optional<RECT> RectOfPart(HWND control, Part part);
 std::optional<RECT> ClickRectOfPart(HWND control, Part part);
+// As of ControlClass.
+HWND WindowBelow(HWND control);
+HWND WindowAbove(HWND control);
 
 }  // namespace wine_automation

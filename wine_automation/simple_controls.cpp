@@ -94,13 +94,7 @@ class TextField final : public ControlClass {
   }
 
   PropertyValue State(HWND control, PROPERTYID property) const override {
-    if (property == UIA_ValueValuePropertyId) {
-      return Answered(TextOf(control));
-    }
-    if (property == kExpandCollapseState && type_ == kComboBoxType) {
-      return NumberValue(Ask(control, CB_GETDROPPEDSTATE).value_or(0) != 0 ? 1 : 0);
-    }
-    return {};
+    return property == UIA_ValueValuePropertyId ? Answered(TextOf(control)) : PropertyValue();
   }
 
  private:
@@ -157,11 +151,6 @@ const ControlClass& EditClass() {
 const ControlClass& RichEditClass() {
   static const TextField richEdit(kEditType, kDocumentType);
   return richEdit;
-}
-
-const ControlClass& ComboBoxClass() {
-  static const TextField comboBox(kComboBoxType, kComboBoxType);
-  return comboBox;
 }
 
 const ControlClass& SliderClass() {

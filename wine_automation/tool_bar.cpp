@@ -95,6 +95,8 @@ class ToolBar final : public ControlClass {
         const std::optional<uia::Text> text = TextOfButton(control, button->idCommand);
         return Answered(text ? std::optional(WithoutMnemonic(*text)) : std::nullopt);
       }
+      case kIsEnabled:
+        return isSeparator ? PropertyValue() : BoolValue((button->fsState & TBSTATE_ENABLED) != 0);
       case kToggleState:
         return (button->fsStyle & BTNS_CHECK) != 0 ? NumberValue((button->fsState & TBSTATE_CHECKED) != 0 ? 1 : 0)
                                                    : PropertyValue();

@@ -26,9 +26,17 @@ Part PartOf(Node node) {
   return static_cast<Part>(node >> 32);
 }
 
-// A top-level window is a window whatever its class; only the list that a combo box drops has parts there.
 bool MayHaveParts(HWND window) {
-  return (!IsTopLevel(window) || ClassNameOf(window) == L"ComboLBox") && ControlClassOf(window).MayHaveParts(window);
+  return ControlClassOf(window).MayHaveParts(window);
+}
+
+bool IsDroppedList(HWND window) {
+  return IsTopLevel(window) && ClassNameOf(window) == L"ComboLBox";
+}
+
+HWND AboveInTree(HWND window) {
+  const HWND comboBox = IsDroppedList(window) ? WindowAbove(window) : nullptr;
+  return comboBox == nullptr ? ParentOf(window) : comboBox;
 }
 
 PropertyValue WindowProperty(HWND window, PROPERTYID property) {
@@ -41,8 +49,10 @@ PropertyValue WindowProperty(HWND window, PROPERTYID property) {
       return TextValue(AutomationIdOf(window));
     case UIA_ClassNamePropertyId:
       return TextValue(ClassNameOf(window));
+    case kIsEnabled:
+      return BoolValue(IsWindowEnabled(window));
     default:
-      return IsTopLevel(window) ? PropertyValue() : ControlClassOf(window).State(window, property);
+      return ControlClassOf(window).State(window, property);
   }
 }
 
@@ -84,15 +94,23 @@ bool WindowTree::Exists(Node node) {
 
 Node WindowTree::Parent(Node node) {
   const HWND window = HandleOf(node);
-  return PartOf(node) == kControlItself ? NodeOf(ParentOf(window)) : NodeOf(window, ParentOfPart(window, PartOf(node)));
+  return PartOf(node) == kControlItself ? NodeOf(AboveInTree(window))
+                                        : NodeOf(window, ParentOfPart(window, PartOf(node)));
 }
 
 std::vector<Node> WindowTree::Children(Node node) {
   std::vector<Node> children;
   const HWND window = HandleOf(node);
   if (PartOf(node) == kControlItself) {
+    if (ControlTypeOf(window) == kComboBoxType) {
+      if (const HWND list = WindowBelow(window)) {
+        children.push_back(NodeOf(list));
+      }
+    }
     for (const HWND child : ChildrenOf(window)) {
-      children.push_back(NodeOf(child));
+      if (window != GetDesktopWindow() || !IsDroppedList(child) || WindowAbove(child) == nullptr) {
+        children.push_back(NodeOf(child));
+      }
     }
   }
   if (const auto parts = MayHaveParts(window) ? PartsOf(window, PartOf(node)) : std::nullopt) {
@@ -145,6 +163,9 @@ PropertyValue WindowTree::Property(Node node, PROPERTYID property) {
     return *std::move(remembered);
   }
   const PropertyValue value = PropertyOfPart(window, PartOf(node), property);
+  if (property == kIsEnabled && value.type == VT_EMPTY) {
+    return BoolValue(IsWindowEnabled(window));
+  }
   const bool hasNoId = property == UIA_AutomationIdPropertyId && SUCCEEDED(value.result) && value.type == VT_EMPTY;
   return hasNoId ? TextValue({}) : value;
 }

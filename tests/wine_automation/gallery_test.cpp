@@ -113,7 +113,7 @@ class GalleryTest : public ::testing::Test {
   static std::string Text(BSTR text) {
     std::string narrow;
     for (UINT i = 0; i < SysStringLen(text); ++i) {
-      narrow += text[i] < 0x80 ? static_cast<char>(text[i]) : '?';
+      narrow += text[i] == L'\t' ? ' ' : text[i] < 0x80 ? static_cast<char>(text[i]) : '?';
     }
     SysFreeString(text);
     return narrow;
@@ -184,6 +184,32 @@ class GalleryTest : public ::testing::Test {
     return lost;
   }
 
+  static void Click(IUIAutomationElement& element) {
+    POINT point{};
+    BOOL clickable = FALSE;
+    ASSERT_HRESULT_SUCCEEDED(element.GetClickablePoint(&point, &clickable));
+    SetCursorPos(point.x, point.y);
+    mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
+    mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+  }
+
+  static std::wstring TitleOf(HWND window) {
+    wchar_t title[100] = {};
+    GetWindowTextW(window, title, 100);
+    return title;
+  }
+
+  // A window that shows within a while; null when there is none.
+  template <class Find>
+  static HWND Await(Find find) {
+    HWND window = nullptr;
+    for (int i = 0; i < 100 && window == nullptr; ++i) {
+      Sleep(50);
+      window = find();
+    }
+    return window;
+  }
+
   HWND window_ = nullptr;
   PROCESS_INFORMATION process_{};
   Ptr<IUIAutomation> automation_;
@@ -225,8 +251,10 @@ Window 'Gallery'
   List '' #32
     ListItem '' selected=0
   ComboBox '' #33 value='green' expanded=0
+    Button 'Open' #DropDown
   ComboBox '' #34 value='' expanded=0
     Edit '' #1001 value=''
+    Button 'Open' #DropDown
   Tree '' #41
     TreeItem 'row 1' selected=0 expanded=1
       TreeItem 'leaf' selected=0 expanded=3
@@ -251,6 +279,9 @@ Window 'Gallery'
   StatusBar '' #81
     Text 'ready'
     Text 'line 1'
+  MenuBar 'Application' #MenuBar
+    MenuItem 'File'
+    MenuItem 'About' #Item 104
 )",
             Tree(*Of(window_)));
 }
@@ -262,6 +293,56 @@ TEST_F(GalleryTest, EveryPartIsWhereItsPointLeads) {
       Unreachable(*Of(window_)),
       ::testing::ElementsAre("Separator '' is ToolBar '' #71", "Group 'Group' #13 is RadioButton 'Two' #15 selected=-1",
                              "Text 'Wide' is Button 'Under' #16"));
+}
+
+TEST_F(GalleryTest, OpenMenuIsAWindowOfItems) {
+  Start(3);
+  const Element bar = std::move(Children(*Of(window_)).back());
+  Click(*Children(*bar).front());
+  const HWND popup = Await([] { return FindWindowW(L"#32768", nullptr); });
+  ASSERT_NE(popup, nullptr);
+  EXPECT_EQ(1 + R"(
+Menu ''
+  MenuItem 'Open... Ctrl+O' #Item 101
+  MenuItem 'Wrap' #Item 102 toggle=1
+  Separator ''
+  MenuItem 'R&D' #Item 103 disabled
+  MenuItem 'Recent'
+)",
+            Tree(*Of(popup)));
+  EXPECT_THAT(Unreachable(*Of(popup)), ::testing::ElementsAre());
+
+  Click(*Children(*Of(popup)).front());
+  EXPECT_TRUE(Await([&] { return TitleOf(window_) == L"Command 101" ? window_ : nullptr; }));
+  EXPECT_FALSE(IsWindowVisible(popup));
+}
+
+TEST_F(GalleryTest, DroppedListIsBelowItsComboBox) {
+  Start(3);
+  const Element combo = Of(Control(33));
+  Click(*Children(*combo).front());
+  const HWND list = Await([] {
+    const HWND found = FindWindowW(L"ComboLBox", nullptr);
+    return IsWindowVisible(found) ? found : nullptr;
+  });
+  ASSERT_NE(list, nullptr);
+  EXPECT_EQ(1 + R"(
+ComboBox '' #33 value='green' expanded=1
+  List '' #1000
+    ListItem 'red' selected=0
+    ListItem 'green' selected=-1
+    ListItem 'blue' selected=0
+  Button 'Close' #DropDown
+)",
+            Tree(*combo));
+  const auto walker = Got<IUIAutomationTreeWalker>([&](auto out) { return automation_->get_ControlViewWalker(out); });
+  const Element above =
+      Got<IUIAutomationElement>([&](auto out) { return walker->GetParentElement(Of(list).get(), out); });
+  EXPECT_TRUE(IsSame(*above, *combo));
+  EXPECT_THAT(Unreachable(*Of(list)), ::testing::ElementsAre());
+
+  Click(*Children(*Of(list)).back());
+  EXPECT_TRUE(Await([&] { return SendMessageW(Control(33), CB_GETCURSEL, 0, 0) == 2 ? list : nullptr; }));
 }
 
 TEST_F(GalleryTest, ControlThatDoesNotAnswerOffersNoPartAndNoPoint) {

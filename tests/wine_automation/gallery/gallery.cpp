@@ -170,6 +170,9 @@ LRESULT CALLBACK Serve(HWND window, UINT message, WPARAM wParam, LPARAM lParam) 
   if (message == WM_DESTROY) {
     PostQuitMessage(0);
   }
+  if (message == WM_COMMAND && lParam == 0) {
+    SetWindowTextW(window, (L"Command " + std::to_wstring(LOWORD(wParam))).c_str());
+  }
   // A program that hangs.
   if (message == WM_APP) {
     Sleep(static_cast<DWORD>(wParam));
