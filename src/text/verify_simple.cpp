@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cwctype>
 #include <optional>
+#include <utility>
 
 #include "automation/target_window.h"
 #include "clipboard/clipboard.h"
@@ -40,17 +41,17 @@ class ComparedUnits {
   WCHAR common_[256];
 };
 
-// Lower-cased, and without what applications change on their own: blanks, line ends, typographic signs.
-WideText Normalize(WideView text) {
+// Lower-cased, and without what applications change on their own: blanks, line ends, typographic signs. In place: a
+// copy of a large text costs more than this does.
+void Normalize(WideText& text) {
   const ComparedUnits compared;
-  WideText normalized(text.size(), 0);
-  WCHAR* end = normalized.data();
+  WCHAR* end = text.data();
   for (const WCHAR unit : text) {
-    *end = compared(unit);
-    end += *end != 0 ? 1 : 0;
+    const WCHAR kept = compared(unit);
+    *end = kept;
+    end += kept != 0 ? 1 : 0;
   }
-  normalized.resize(static_cast<std::size_t>(end - normalized.data()));
-  return normalized;
+  text.resize(static_cast<std::size_t>(end - text.data()));
 }
 
 // Where two texts part; none when they are the same.
@@ -64,16 +65,20 @@ std::optional<std::size_t> FirstDifference(WideView a, WideView b) {
   return index;
 }
 
-// A text and what is compared of it.
+// What is compared of a text, and what the log shows of it.
 struct ComparedText {
-  explicit ComparedText(WideView text) : raw(text), normalized(Normalize(text)) {}
-  WideView raw;
+  explicit ComparedText(WideText text)
+      : length(text.size()), beginning(text.substr(0, kShown)), normalized(std::move(text)) {
+    Normalize(normalized);
+  }
+  static constexpr std::size_t kShown = 100;
+  std::size_t length;
+  WideText beginning;
   WideText normalized;
 };
 
-void AppendPreview(Line& block, std::string_view label, WideView text) {
-  constexpr std::size_t kShown = 100;
-  block.Append(label, "\"", text.substr(0, kShown), text.size() > kShown ? "..." : "", "\"\r\n");
+void AppendPreview(Line& block, std::string_view label, const ComparedText& text) {
+  block.Append(label, "\"", WideView(text.beginning), text.length > ComparedText::kShown ? "..." : "", "\"\r\n");
 }
 
 void AppendDifference(Line& block, WideView clipboard, WideView expected, std::size_t at) {
@@ -99,9 +104,9 @@ void LogComparison(const ComparedText& clipboard, const ComparedText& expected, 
   Line block;
   AppendLocalDateTime(block);
   block.Append(" VERIFY_SIMPLE_DEBUG:\r\n");
-  AppendPreview(block, "  Clipboard: ", clipboard.raw);
-  AppendPreview(block, "  Expected: ", expected.raw);
-  block.Append("  Lengths: clipboard=", clipboard.raw.size(), ", expected=", expected.raw.size(), "\r\n");
+  AppendPreview(block, "  Clipboard: ", clipboard);
+  AppendPreview(block, "  Expected: ", expected);
+  block.Append("  Lengths: clipboard=", clipboard.length, ", expected=", expected.length, "\r\n");
   block.Append("  Normalized lengths: ", clipboard.normalized.size(), " vs ", expected.normalized.size(), "\r\n");
   if (const auto at = FirstDifference(clipboard.normalized, expected.normalized)) {
     AppendDifference(block, clipboard.normalized, expected.normalized, *at);
@@ -152,12 +157,12 @@ Outcome CompareFocusedField(const WCHAR* expectedText, HWND window) {
   if (ChooseWindow(window) == nullptr) {
     return KORVANE_INVALID_ARGUMENT;
   }
-  const std::optional<WideText> copied = CopyFocusedField();
+  std::optional<WideText> copied = CopyFocusedField();
   if (!copied) {
     return KORVANE_FAILED;
   }
-  const ComparedText clipboard{WideView(*copied)};
-  const ComparedText expected{ViewOf(expectedText)};
+  const ComparedText clipboard(*std::move(copied));
+  const ComparedText expected((WideText(ViewOf(expectedText))));
   const bool matches =
       Contains(clipboard.normalized, expected.normalized) || Contains(expected.normalized, clipboard.normalized);
   LogComparison(clipboard, expected, matches);

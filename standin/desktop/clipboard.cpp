@@ -36,13 +36,16 @@ std::string NameOf(const State& state, UINT format) {
   return format == CF_UNICODETEXT ? "CF_UNICODETEXT" : "";
 }
 
-// Blocks of the clipboard may not be used once it is closed. Closing it moves them to other memory, so that a sanitizer
-// reports a pointer that is still used.
+// Blocks of the clipboard may not be used once it is closed. Closing it moves those whose bytes were handed out to
+// other memory, so that a sanitizer reports a pointer that is still used.
 void MoveBlocks(State& state) {
   for (const ClipboardEntry& entry : state.clipboard) {
     GlobalMemory& memory = state.globals.at(entry.block);
     if (std::exchange(memory.locks, 0) > 0) {
       state.Misuse("closed the clipboard with a locked block of it");
+    }
+    if (!std::exchange(memory.isHandedOut, false)) {
+      continue;
     }
     auto moved = std::make_unique<std::uint8_t[]>(memory.size);
     std::memcpy(moved.get(), memory.bytes.get(), memory.size);

@@ -94,6 +94,7 @@ LPVOID GlobalLock(HGLOBAL block) {
     return nullptr;
   }
   ++memory->second.locks;
+  memory->second.isHandedOut = true;
   return memory->second.bytes.get();
 }
 

@@ -133,6 +133,7 @@ struct GlobalMemory {
   std::size_t size = 0;
   bool isMovable = true;
   int locks = 0;
+  bool isHandedOut = false;  // somebody may know where the bytes are
   bool systemOwned = false;
 };
 
