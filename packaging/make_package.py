@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Puts what was built into build/package: the zip and the NuGet package, the same bytes every time.
+"""Puts what was built into build/package: the zip and the packages for NuGet and npm, the same bytes every time.
 
 make_package.py BUILD_FOLDER OUTPUT_FOLDER
 """
@@ -14,6 +14,9 @@ import zipfile
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[1]
+sys.path.insert(0, str(ROOT / "scripts"))
+from interface import functions  # noqa: E402
+
 TEMPLATES = ROOT / "packaging"
 DLLTOOL = "llvm-dlltool-14"
 # The earliest that a zip can tell.
@@ -52,6 +55,8 @@ GENERATED = {
     "include/korvane/version.h": "version.h.in",
     "lib/cmake/korvane/korvaneConfigVersion.cmake": "korvaneConfigVersion.cmake.in",
     "lib/pkgconfig/korvane.pc": "korvane.pc.in",
+    "bindings/node/index.mjs": "index.mjs.in",
+    "bindings/node/package.json": "package.json.in",
 }
 # For the linkers of MSVC and mingw alike.
 IMPORT_LIBRARIES = {"lib/korvane.lib": "src/korvane.def", "examples/stage/stage.lib": "samples/stage/stage.def"}
@@ -67,6 +72,13 @@ NUGET = {
 }
 
 
+# What the npm package takes from there, besides all of bindings/node.
+NPM = ("LICENSE.txt", "NOTICES.txt", "bin/korvane.dll", "bin/korvane.exe")
+# What index.js exports beside the functions.
+NODE_EXPORTS = ("CancelledError", "Code", "FailedError", "InvalidArgumentError", "KEY_CTRL_A", "KorvaneError", "Method",
+                "NotFoundError", "Session", "Target", "TargetRecord", "Window", "withCancelMonitor", "withSession")
+
+
 def project():
     """Version and description, from the one place where they are written."""
     text = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
@@ -74,7 +86,8 @@ def project():
     licence = re.match(r"SPDX-License-Identifier: (.+)\n", (ROOT / "LICENSE.txt").read_text(encoding="utf-8"))[1]
     major, minor, patch = version.split(".")
     return {"VERSION": version, "MAJOR": major, "MINOR": minor, "PATCH": patch, "DESCRIPTION": description,
-            "LICENCE": licence}
+            "LICENCE": licence, "NPMLICENCE": "UNLICENSED" if licence == "NONE" else licence,
+            "EXPORTED": "\n".join(f"  {name}," for name in sorted([*NODE_EXPORTS, *(each.name for each in functions())]))}
 
 
 def fill(template, values):
@@ -108,6 +121,16 @@ def assemble_nuget(folder, package, values):
         put(package / source, folder / target)
     put(TEMPLATES / "korvane.targets", folder / "build/native/korvane.targets")
     (folder / "korvane.nuspec").write_text(fill("korvane.nuspec.in", values), encoding="utf-8")
+
+
+def write_npm(output, package):
+    """npm itself packs, with its own fixed date."""
+    with tempfile.TemporaryDirectory() as folder:
+        shutil.copytree(package / "bindings/node", folder, dirs_exist_ok=True)
+        for name in NPM:
+            put(package / name, Path(folder) / Path(name).name)
+        subprocess.run(["npm", "pack", "--silent", "--pack-destination", output.resolve()], cwd=folder, check=True,
+                       stdout=subprocess.DEVNULL)
 
 
 def files(folder):
@@ -157,6 +180,7 @@ def main():
     with tempfile.TemporaryDirectory() as nuget:
         assemble_nuget(Path(nuget), folder, values)
         write_nuget(output / f"korvane.{values['VERSION']}.nupkg", Path(nuget))
+    write_npm(output, folder)
     for path in sorted(output.glob("*.*")):
         if path.is_file():
             print(f"  {path.relative_to(Path.cwd()) if path.is_relative_to(Path.cwd()) else path}"

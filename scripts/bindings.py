@@ -21,7 +21,7 @@ FREED_BY = {"C++": "OwnedText", "Python": "get_target_text", "C#": "GetTargetTex
 BINDINGS = {
     "C++": ("bindings/cpp/korvane/korvane.hpp", capital, r"\b{own}\b", r"::{name}\("),
     "Python": ("bindings/python/korvane.py", underscored, r"def {own}\(|\b{name}\b[\w\s\"]*\)\.split", r"\b{name}\b"),
-    "Node.js": ("bindings/node/korvane.js", str, r"'{name}'", r"'{name}'"),
+    "Node.js": ("bindings/node/functions.js", str, r"'{name}'", r"'{name}'"),
     "C#": ("bindings/csharp/Korvane.cs", capital, r"public static \w+ {own}\(", r"Native\.{name}\("),
 }
 

@@ -6,28 +6,13 @@ make_docs.py [--check]      --check writes nothing and fails when a page is not 
 
 import re
 import sys
-from pathlib import Path
 
-from bindings import BINDINGS, ROOT, covered
+from bindings import BINDINGS, covered
+from interface import DECLARATION, HEADER, ROOT, SECTION, plain
 
-HEADER = ROOT / "include/korvane/korvane.h"
 CODES = {"0": "OK", "-1": "NOT_FOUND", "-2": "INVALID_ARGUMENT", "-3": "FAILED", "-4": "CANCELLED"}
 NUMBERS = {name: number for number, name in CODES.items()}
-SECTION = re.compile(r"/\* -{4} (.+?) -+ \*/")
-DECLARATION = re.compile(
-    r"(?:/\*\*?(?P<comment>(?:(?!\*/).)*)\*/\s*)?"
-    r"^(?P<declaration>[A-Za-z][\w ]*[ *]+\w+\([^()]*\)) KORVANE_NOEXCEPT;(?:[ ]*/\*\*< (?P<trailing>.*?) \*/)?",
-    re.M | re.S,
-)
 GENERATED = "<!-- Written by scripts/make_docs.py from {}. -->\n\n"
-
-
-def plain(comment):
-    """A comment's text on one line per paragraph or tag."""
-    lines = [re.sub(r"^\s*\* ?", "", line).strip() for line in comment.strip().splitlines()]
-    text = "\n".join(lines)
-    text = re.sub(r"\s*@(param|return)", r"\n\n@\1", text)
-    return [re.sub(r"\s+", " ", paragraph).strip() for paragraph in re.split(r"\n\s*\n", text) if paragraph.strip()]
 
 
 def results(text):
@@ -110,8 +95,9 @@ def bindings(names):
                 "| mingw, the DLL under Wine; g++ on the stand-in |\n"
                 "| Python 3.8 | [korvane.py](../bindings/python/korvane.py) | "
                 "[order_form.py](../examples/python/order_form.py) | CPython 3.11 on the stand-in; not on Windows |\n"
-                "| Node.js 16 | [korvane.js](../bindings/node/korvane.js) | [order_form.js](../examples/node/order_form.js) "
-                "| Node.js 18 for Windows with the DLL under Wine; Node.js on the stand-in |\n"
+                "| Node.js 18 | npm package, [README](../bindings/node/README.md) | [order_form.js](../examples/node/order_form.js) "
+                "| installed from the packed file: Node.js 18 for Windows with the DLL under Wine; Node.js on the stand-in; "
+                "TypeScript 5.9 |\n"
                 "| C# 7 | [Korvane.cs](../bindings/csharp/Korvane.cs) | "
                 "[OrderForm.cs](../examples/csharp/OrderForm.cs), [Stage.cs](../examples/csharp/Stage.cs) "
                 "| Mono on the stand-in; not on Windows |")

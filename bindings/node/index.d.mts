@@ -1,0 +1,4 @@
+import * as korvane from './index.js';
+
+export * from './index.js';
+export default korvane;
