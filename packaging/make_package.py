@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Puts what was built into build/package: the zip and the packages for NuGet and npm, the same bytes every time.
+"""Puts what was built into build/package: the zip and the packages for NuGet, npm and pip, the same bytes every time.
 
 make_package.py BUILD_FOLDER OUTPUT_FOLDER
 """
 
 import hashlib
+import os
 import re
 import shutil
 import subprocess
@@ -57,6 +58,7 @@ GENERATED = {
     "lib/pkgconfig/korvane.pc": "korvane.pc.in",
     "bindings/node/index.mjs": "index.mjs.in",
     "bindings/node/package.json": "package.json.in",
+    "bindings/python/pyproject.toml": "pyproject.toml.in",
 }
 # For the linkers of MSVC and mingw alike.
 IMPORT_LIBRARIES = {"lib/korvane.lib": "src/korvane.def", "examples/stage/stage.lib": "samples/stage/stage.def"}
@@ -72,8 +74,8 @@ NUGET = {
 }
 
 
-# What the npm package takes from there, besides all of bindings/node.
-NPM = ("LICENSE.txt", "NOTICES.txt", "bin/korvane.dll", "bin/korvane.exe")
+# What the packages for npm and pip take from there, besides all of bindings/node and bindings/python.
+BESIDE_BINDING = ("LICENSE.txt", "NOTICES.txt", "bin/korvane.dll", "bin/korvane.exe")
 # What index.js exports beside the functions.
 NODE_EXPORTS = ("CancelledError", "Code", "FailedError", "InvalidArgumentError", "KEY_CTRL_A", "KorvaneError", "Method",
                 "NotFoundError", "Session", "Target", "TargetRecord", "Window", "withCancelMonitor", "withSession")
@@ -127,10 +129,24 @@ def write_npm(output, package):
     """npm itself packs, with its own fixed date."""
     with tempfile.TemporaryDirectory() as folder:
         shutil.copytree(package / "bindings/node", folder, dirs_exist_ok=True)
-        for name in NPM:
+        for name in BESIDE_BINDING:
             put(package / name, Path(folder) / Path(name).name)
         subprocess.run(["npm", "pack", "--silent", "--pack-destination", output.resolve()], cwd=folder, check=True,
                        stdout=subprocess.DEVNULL)
+
+
+def write_wheel(output, package):
+    """setuptools itself packs; pip is not asked, because it would look for setuptools elsewhere."""
+    with tempfile.TemporaryDirectory() as folder:
+        shutil.copytree(package / "bindings/python", folder, dirs_exist_ok=True)
+        for name in BESIDE_BINDING:
+            place = "korvane" if name.startswith("bin/") else "."
+            put(package / name, Path(folder) / place / Path(name).name)
+        subprocess.run(
+            ["/usr/bin/python3", "-c", "import setuptools; setuptools.setup()", "--quiet", "bdist_wheel", "--python-tag", "py3",
+             "--plat-name", "win_amd64", "--dist-dir", output.resolve()],
+            cwd=folder, check=True, env={**os.environ, "SOURCE_DATE_EPOCH": "315532800", "PYTHONDONTWRITEBYTECODE": "1"},
+        )
 
 
 def files(folder):
@@ -181,6 +197,7 @@ def main():
         assemble_nuget(Path(nuget), folder, values)
         write_nuget(output / f"korvane.{values['VERSION']}.nupkg", Path(nuget))
     write_npm(output, folder)
+    write_wheel(output, folder)
     for path in sorted(output.glob("*.*")):
         if path.is_file():
             print(f"  {path.relative_to(Path.cwd()) if path.is_relative_to(Path.cwd()) else path}"

@@ -20,7 +20,7 @@ FREED_BY = {"C++": "OwnedText", "Python": "get_target_text", "C#": "GetTargetTex
 # Language: its file, the name there, and a pattern of its definition and one of the call.
 BINDINGS = {
     "C++": ("bindings/cpp/korvane/korvane.hpp", capital, r"\b{own}\b", r"::{name}\("),
-    "Python": ("bindings/python/korvane.py", underscored, r"def {own}\(|\b{name}\b[\w\s\"]*\)\.split", r"\b{name}\b"),
+    "Python": ("bindings/python/korvane/functions.py", underscored, r"def {own}\(", r"\b{name}\b"),
     "Node.js": ("bindings/node/functions.js", str, r"'{name}'", r"'{name}'"),
     "C#": ("bindings/csharp/Korvane.cs", capital, r"public static \w+ {own}\(", r"Native\.{name}\("),
 }

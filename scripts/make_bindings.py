@@ -30,6 +30,7 @@ class Words:
 
     def __call__(self, text):
         text = text.replace("owned by the caller, who gives it back to `freeTextResult`; ", "")
+        text = text.replace("the fragment as UTF-8 bytes, NUL-terminated, copied unchanged", "the fragment")
         text = re.sub(r"`(\w+)`", lambda match: f"`{self.own(match[1])}`", text)
         text = CONSTANT.sub(lambda match: (self.method if match[1] == "METHOD_" else self.code).format(match[2]), text)
         text = re.sub(r"\bnull\b", self.null, text)
@@ -45,7 +46,11 @@ def explained(function, words):
     """Paragraphs, parameters with an explanation, what success means, and errors."""
     paragraphs = [words(each) for each in function.summary]
     parameters = [(each.name, sentence(words(each.explained))) for each in function.parameters if each.explained]
-    succeeds = function.succeeds if not function.succeeds.startswith("as `") else ""
+    succeeds = function.succeeds
+    if match := re.match(r"as (`\w+`)", succeeds):
+        paragraphs.append(words(f"it fails as {match[1]} does"))
+        paragraphs[-1] = sentence(paragraphs[-1])
+        succeeds = ""
     succeeds = sentence(words(succeeds)) if succeeds and not (function.returned and "filled" in succeeds) else ""
     gathered = {}
     for error, when in function.errors:
@@ -97,11 +102,12 @@ def typescript():
 
 
 def python():
-    words = Words(underscored, underscored, "None", code="Code.{}")
+    words = Words(underscored, underscored, "None")
     types = {"record": "TargetRecord", "window": "int", "text": "str", "html": "str", "int": "int", "int64": "int",
              "flag": "bool", "owned text": "Optional[str]"}
-    c_types = {"record": "POINTER(TargetRecord)", "window": "WindowArgument", "text": "TextArgument", "html": "HtmlArgument",
-               "int": "c_int", "int64": "c_int64", "flag": "c_int", "owned text": "c_void_p"}
+    c_types = {"int": "c_int", "int64": "c_int64", "flag": "c_int"}  # the others are pointers
+    # ctypes itself would take a text or an array for the address of anything.
+    converted = {"record": "record_of({})", "window": "handle({})", "text": "units({})", "html": "utf8({})"}
     results = {"nothing": ("None", "None"), "code": ("None", "c_int"), "answer": ("bool", "c_int"),
                "match": ("bool", "c_int"), "flag": ("bool", "c_int"), "owned text": ("Optional[str]", "c_void_p"),
                "window": ("Optional[int]", "c_void_p")}
@@ -112,11 +118,10 @@ def python():
              'which would be cut off there, is a ValueError.', '"""', "",
              "# Written by scripts/make_bindings.py from include/korvane/korvane.h.", "",
              "from __future__ import annotations", "",
-             "from ctypes import POINTER, c_int, c_int64, c_void_p",
+             "from ctypes import c_int, c_int64, c_void_p",
              "from typing import Optional", "",
              "from ._library import (",
-             "    HtmlArgument, TextArgument, WindowArgument, answer_of, check, declare, library, open_log, owned_text,",
-             ")", "from .records import TargetRecord, WindowInfo", ""]
+             "    answer_of, check, declare, handle, info_of, library, open_log, owned_text, record_of, units, utf8,", ")", "from .records import TargetRecord, WindowInfo", ""]
     body = []
     every = list(functions())
     lines.append("__all__ = [")
@@ -124,10 +129,11 @@ def python():
                            initial_indent="    ", subsequent_indent="    ")
     lines += ["]", ""]
     for function in every:
-        arguments = [c_types[each.kind] for each in function.parameters]
-        if function.returned:
-            last = f"POINTER({handed[function.returned]})"
-            arguments = [last, *arguments] if function.returned == "record" else [*arguments, last]
+        arguments = [c_types.get(each.kind, "c_void_p") for each in function.parameters]
+        if function.returned == "record":
+            arguments = ["c_void_p", *arguments]
+        elif function.returned == "info":
+            arguments.append("c_void_p")
         lines.append(f'declare("{function.name}", {results[function.result][1]}, [{", ".join(arguments)}])')
         paragraphs, parameters, succeeds, errors = explained(function, words)
         text = list(paragraphs)
@@ -144,7 +150,7 @@ def python():
             kind = f"Optional[{types[each.kind]}]" if optional else types[each.kind]
             default = {"none": " = None", "no": " = False", "1": " = 1"}.get(each.default, "")
             own.append(f"{name}: {kind}{default}")
-            given.append(name)
+            given.append(converted.get(each.kind, "{}").format(name))
         returned = handed.get(function.returned) or results[function.result][0]
         body += ["", "", f"def {underscored(function.name)}({', '.join(own)}) -> {returned}:"]
         text = [each.replace("\\", "\\\\") for each in text]
@@ -163,10 +169,10 @@ def python():
         elif function.name == "cleanupAutomation":
             body += [f"    {call}", "    open_log(False)"]
         elif function.returned == "record":
-            body += ["    target = TargetRecord()", f'    check("{function.name}", library.{function.name}({", ".join(["target", *given])}))',
+            body += ["    target = TargetRecord()", f'    check("{function.name}", library.{function.name}({", ".join(["record_of(target)", *given])}))',
                      "    return target"]
         elif function.returned == "info":
-            body += ["    info = WindowInfo()", f'    check("{function.name}", library.{function.name}({", ".join([*given, "info"])}))', "    return info"]
+            body += ["    info = WindowInfo()", f'    check("{function.name}", library.{function.name}({", ".join([*given, "info_of(info)"])}))', "    return info"]
         elif function.result == "nothing":
             body.append(f"    {call}")
         elif function.result == "code":
@@ -277,7 +283,7 @@ def csharp():
         *public, "    }", "}"]) + "\n"
 
 
-WRITTEN = {"bindings/node/functions.d.ts": typescript}
+WRITTEN = {"bindings/node/functions.d.ts": typescript, "bindings/python/korvane/functions.py": python}
 
 
 def main():

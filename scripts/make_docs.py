@@ -12,6 +12,20 @@ from interface import DECLARATION, HEADER, ROOT, SECTION, plain
 
 CODES = {"0": "OK", "-1": "NOT_FOUND", "-2": "INVALID_ARGUMENT", "-3": "FAILED", "-4": "CANCELLED"}
 NUMBERS = {name: number for number, name in CODES.items()}
+# What the object layers offer, and how it is said in each.
+OBJECTS = [
+    ("a session", "with korvane.Session(log) as session:", "await Session.use({ log }, async (session) => …)"),
+    ("a window by its name", "session.window(title, class_name, process)", "session.window({ title, className, process })"),
+    ("a window that the user clicks", "session.pick_window()", "session.pickWindow()"),
+    ("a target at a point", "window.target_at(x, y)", "window.targetAt(x, y)"),
+    ("under the mouse", "window.target_at_cursor()", "window.targetAtCursor()"),
+    ("of a record that was kept", "window.target(record)", "window.target(record)"),
+    ("of a recording's step", "session.target_of_step(file, step)", "session.targetOfStep(file, step)"),
+    ("act", "target.click(), .paste(text), .type(text)", "target.click(), .paste(text), .type(text)"),
+    ("read, test, wait", "target.text(), .check(text), .wait(text)", "target.text(), .check(text), .wait(text)"),
+    ("errors", "NotFoundError, InvalidArgumentError, FailedError, CancelledError",
+     "NotFoundError, InvalidArgumentError, FailedError, CancelledError"),
+]
 GENERATED = "<!-- Written by scripts/make_docs.py from {}. -->\n\n"
 
 
@@ -93,14 +107,20 @@ def bindings(names):
                 "[load_at_run_time.c](../examples/c/load_at_run_time.c) | mingw, the DLL under Wine |\n"
                 "| C++17 | `korvane.hpp` beside korvane.h in the package | [order_form.cpp](../examples/cpp/order_form.cpp) "
                 "| mingw, the DLL under Wine; g++ on the stand-in |\n"
-                "| Python 3.8 | [korvane.py](../bindings/python/korvane.py) | "
-                "[order_form.py](../examples/python/order_form.py) | CPython 3.11 on the stand-in; not on Windows |\n"
+                "| Python 3.8 | wheel, [README](../bindings/python/README.md) | [order_form.py](../examples/python/order_form.py) "
+                "| the wheel installed by pip: CPython 3.11 on the stand-in; mypy --strict; not on Windows |\n"
                 "| Node.js 18 | npm package, [README](../bindings/node/README.md) | [order_form.js](../examples/node/order_form.js) "
                 "| installed from the packed file: Node.js 18 for Windows with the DLL under Wine; Node.js on the stand-in; "
                 "TypeScript 5.9 |\n"
                 "| C# 7 | [Korvane.cs](../bindings/csharp/Korvane.cs) | "
                 "[OrderForm.cs](../examples/csharp/OrderForm.cs), [Stage.cs](../examples/csharp/Stage.cs) "
                 "| Mono on the stand-in; not on Windows |")
+    page.append("## Sessions, windows and targets")
+    page.append("The same words in each language. Errors carry the code, the exported function and the last lines of the log. What is "
+                "below is a small layer over the functions: it names windows, chooses a record's strongest identification, "
+                "forgets remembered points before each click, and keeps two clicks from becoming a double click.")
+    page.append("| | Python (seconds) | Node.js (milliseconds, promises) |\n|---|---|---|\n" + "\n".join(
+        f"| {what} | {' | '.join(f'`{each}`' for each in how)} |" for what, *how in OBJECTS))
     languages = list(BINDINGS)
     rows, gaps = [], []
     for name in names:

@@ -40,11 +40,18 @@ setup_needs() {
       echo llvm-14 llvm-dlltool-14
       echo nodejs node
       echo npm npm
+      # Modules of Debian's own Python.
+      echo python3 /usr/bin/python3
+      echo python3-setuptools /usr/lib/python3/dist-packages/setuptools/__init__.py
+      echo python3-wheel /usr/lib/python3/dist-packages/wheel/__init__.py
       ;;
     consumers)
       setup_needs package
       setup_needs windows
       echo pkgconf pkg-config
+      echo python3-venv /usr/lib/python3.*/ensurepip/__init__.py
+      echo python3-pip /usr/lib/python3/dist-packages/pip/__init__.py
+      echo mypy mypy
       echo mono-mcs mcs
       echo mono-runtime mono
       echo unzip unzip
@@ -91,7 +98,7 @@ setup_missing() {
   local package shown
   setup_needs "$1" | sort -u | while read -r package shown; do
     if [[ $shown == /* ]]; then
-      [ -e "$shown" ]
+      compgen -G "$shown" >/dev/null
     else
       type -P "$shown" >/dev/null
     fi || echo "$package"

@@ -340,7 +340,9 @@ export function setClipboardText(text: string): void;
 /**
  * Puts a text and an HTML fragment ("HTML Format") on the clipboard and reads the text back. Without the HTML the call
  * still succeeds when only the text could be written.
- * @param html The fragment as UTF-8 bytes, NUL-terminated, copied unchanged.
+ *
+ * It fails as `setClipboardText` does.
+ * @param html The fragment.
  * @throws {InvalidArgumentError} Also when `html` is null.
  */
 export function setClipboardTextAndHtml(text: string, html: string): void;
