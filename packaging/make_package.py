@@ -99,7 +99,7 @@ def fill(template, values):
 def put(source, target):
     target.parent.mkdir(parents=True, exist_ok=True)
     if source.is_dir():
-        shutil.copytree(source, target, ignore=shutil.ignore_patterns("__pycache__", "node_modules"))
+        shutil.copytree(source, target, copy_function=shutil.copyfile, ignore=shutil.ignore_patterns("__pycache__", "node_modules"))
     else:
         shutil.copyfile(source, target)
 
@@ -128,7 +128,7 @@ def assemble_nuget(folder, package, values):
 def write_npm(output, package):
     """npm itself packs, with its own fixed date."""
     with tempfile.TemporaryDirectory() as folder:
-        shutil.copytree(package / "bindings/node", folder, dirs_exist_ok=True)
+        shutil.copytree(package / "bindings/node", folder, copy_function=shutil.copyfile, dirs_exist_ok=True)
         for name in BESIDE_BINDING:
             put(package / name, Path(folder) / Path(name).name)
         subprocess.run(["npm", "pack", "--silent", "--pack-destination", output.resolve()], cwd=folder, check=True,
@@ -138,7 +138,7 @@ def write_npm(output, package):
 def write_wheel(output, package):
     """setuptools itself packs; pip is not asked, because it would look for setuptools elsewhere."""
     with tempfile.TemporaryDirectory() as folder:
-        shutil.copytree(package / "bindings/python", folder, dirs_exist_ok=True)
+        shutil.copytree(package / "bindings/python", folder, copy_function=shutil.copyfile, dirs_exist_ok=True)
         for name in BESIDE_BINDING:
             place = "korvane" if name.startswith("bin/") else "."
             put(package / name, Path(folder) / place / Path(name).name)
@@ -186,6 +186,8 @@ def write_nuget(path, folder):
 
 def main():
     build, output = Path(sys.argv[1]), Path(sys.argv[2])
+    # npm and setuptools write down how files may be used.
+    os.umask(0o022)
     values = project()
     name = f"korvane-{values['VERSION']}-windows-x64"
     shutil.rmtree(output, ignore_errors=True)
