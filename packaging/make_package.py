@@ -16,6 +16,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[1]
 sys.path.insert(0, str(ROOT / "scripts"))
+import assembly  # noqa: E402
 from interface import functions  # noqa: E402
 
 TEMPLATES = ROOT / "packaging"
@@ -59,6 +60,7 @@ GENERATED = {
     "bindings/node/index.mjs": "index.mjs.in",
     "bindings/node/package.json": "package.json.in",
     "bindings/python/pyproject.toml": "pyproject.toml.in",
+    "bindings/csharp/AssemblyInfo.cs": "AssemblyInfo.cs.in",
 }
 # For the linkers of MSVC and mingw alike.
 IMPORT_LIBRARIES = {"lib/korvane.lib": "src/korvane.def", "examples/stage/stage.lib": "samples/stage/stage.def"}
@@ -121,7 +123,13 @@ def assemble(folder, build, values):
 def assemble_nuget(folder, package, values):
     for target, source in NUGET.items():
         put(package / source, folder / target)
+    put(package / "bindings/csharp/README.md", folder / "README.md")
     put(TEMPLATES / "korvane.targets", folder / "build/native/korvane.targets")
+    for place in ("build", "buildTransitive"):
+        put(TEMPLATES / "korvane.framework.targets", folder / place / "net461/korvane.targets")
+    library = folder / "lib/netstandard2.0"
+    library.mkdir(parents=True)
+    assembly.build((package / "bindings/csharp").glob("*.cs"), library / "Korvane.Net.dll")
     (folder / "korvane.nuspec").write_text(fill("korvane.nuspec.in", values), encoding="utf-8")
 
 

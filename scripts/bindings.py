@@ -22,7 +22,7 @@ BINDINGS = {
     "C++": ("bindings/cpp/korvane/korvane.hpp", capital, r"\b{own}\b", r"::{name}\("),
     "Python": ("bindings/python/korvane/functions.py", underscored, r"def {own}\(", r"\b{name}\b"),
     "Node.js": ("bindings/node/functions.js", str, r"'{name}'", r"'{name}'"),
-    "C#": ("bindings/csharp/Korvane.cs", capital, r"public static \w+ {own}\(", r"Native\.{name}\("),
+    "C#": ("bindings/csharp/Automation.cs", capital, r"public static \w+ {own}\(", r"\b{name}\("),
 }
 
 

@@ -273,17 +273,18 @@ def csharp():
         "using System.Diagnostics.CodeAnalysis;", "using System.Runtime.InteropServices;", "", "namespace Korvane", "{",
         "    // DllImport rather than LibraryImport: it means the same for these plain signatures, and every compiler takes it, from",
         "    // .NET Framework and Mono to the present .NET.",
-        "    [DefaultDllImportSearchPaths(DllImportSearchPath.AssemblyDirectory | DllImportSearchPath.System32)]",
         "    internal static class Native", "    {", '        private const string Library = "korvane";', "", *native, "    }", "",
         "    /// <summary>", "    /// Every function of korvane.h under its name with a capital first letter. What answers a result code there returns",
         "    /// nothing here and throws a <see cref=\"KorvaneException\"/> unless it is Ok; what answers yes or no returns a bool. Lone",
         "    /// surrogates pass in both directions; a text with a NUL is an ArgumentException. Windows are handles; IntPtr.Zero",
-        "    /// stands for none.", "    /// </summary>", "    public static class Automation", "    {",
+        "    /// stands for none.", "    /// </summary>", "#if NULLABLE_BY_HAND",
+        "    [System.Runtime.CompilerServices.NullableContext(1)]", "#endif", "    public static class Automation", "    {",
         "        /// <summary>The value of SendKey that stands for Ctrl+A.</summary>", "        public const int KeyCtrlA = 9999;",
         *public, "    }", "}"]) + "\n"
 
 
-WRITTEN = {"bindings/node/functions.d.ts": typescript, "bindings/python/korvane/functions.py": python}
+WRITTEN = {"bindings/node/functions.d.ts": typescript, "bindings/python/korvane/functions.py": python,
+           "bindings/csharp/Automation.cs": csharp}
 
 
 def main():

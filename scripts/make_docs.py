@@ -14,17 +14,23 @@ CODES = {"0": "OK", "-1": "NOT_FOUND", "-2": "INVALID_ARGUMENT", "-3": "FAILED",
 NUMBERS = {name: number for number, name in CODES.items()}
 # What the object layers offer, and how it is said in each.
 OBJECTS = [
-    ("a session", "with korvane.Session(log) as session:", "await Session.use({ log }, async (session) => …)"),
-    ("a window by its name", "session.window(title, class_name, process)", "session.window({ title, className, process })"),
-    ("a window that the user clicks", "session.pick_window()", "session.pickWindow()"),
-    ("a target at a point", "window.target_at(x, y)", "window.targetAt(x, y)"),
-    ("under the mouse", "window.target_at_cursor()", "window.targetAtCursor()"),
-    ("of a record that was kept", "window.target(record)", "window.target(record)"),
-    ("of a recording's step", "session.target_of_step(file, step)", "session.targetOfStep(file, step)"),
-    ("act", "target.click(), .paste(text), .type(text)", "target.click(), .paste(text), .type(text)"),
-    ("read, test, wait", "target.text(), .check(text), .wait(text)", "target.text(), .check(text), .wait(text)"),
+    ("a session", "with korvane.Session(log) as session:", "await Session.use({ log }, async (session) => …)",
+     "using (var session = new Session(log))"),
+    ("a window by its name", "session.window(title, class_name, process)", "session.window({ title, className, process })",
+     "session.Window(title, className, process)"),
+    ("a window that the user clicks", "session.pick_window()", "session.pickWindow()", "session.PickWindow()"),
+    ("a target at a point", "window.target_at(x, y)", "window.targetAt(x, y)", "window.TargetAt(x, y)"),
+    ("under the mouse", "window.target_at_cursor()", "window.targetAtCursor()", "window.TargetAtCursor()"),
+    ("of a record that was kept", "window.target(record)", "window.target(record)", "window.Target(record)"),
+    ("of a recording's step", "session.target_of_step(file, step)", "session.targetOfStep(file, step)",
+     "session.TargetOfStep(file, step)"),
+    ("act", "target.click(), .paste(text), .type(text)", "target.click(), .paste(text), .type(text)",
+     "target.Click(), .Paste(text), .Type(text)"),
+    ("read, test, wait", "target.text(), .check(text), .wait(text)", "target.text(), .check(text), .wait(text)",
+     "target.Text(), .Check(text), .Wait(text)"),
     ("errors", "NotFoundError, InvalidArgumentError, FailedError, CancelledError",
-     "NotFoundError, InvalidArgumentError, FailedError, CancelledError"),
+     "NotFoundError, InvalidArgumentError, FailedError, CancelledError",
+     "NotFoundException, InvalidArgumentException, FailedException, CancelledException"),
 ]
 GENERATED = "<!-- Written by scripts/make_docs.py from {}. -->\n\n"
 
@@ -112,14 +118,14 @@ def bindings(names):
                 "| Node.js 18 | npm package, [README](../bindings/node/README.md) | [order_form.js](../examples/node/order_form.js) "
                 "| installed from the packed file: Node.js 18 for Windows with the DLL under Wine; Node.js on the stand-in; "
                 "TypeScript 5.9 |\n"
-                "| C# 7 | [Korvane.cs](../bindings/csharp/Korvane.cs) | "
+                "| .NET Standard 2.0 | NuGet package, [README](../bindings/csharp/README.md) | "
                 "[OrderForm.cs](../examples/csharp/OrderForm.cs), [Stage.cs](../examples/csharp/Stage.cs) "
-                "| Mono on the stand-in; not on Windows |")
+                "| its assembly: Mono's compiler, Mono on the stand-in; not on Windows, not with .NET, no NuGet client |")
     page.append("## Sessions, windows and targets")
     page.append("The same words in each language. Errors carry the code, the exported function and the last lines of the log. What is "
                 "below is a small layer over the functions: it names windows, chooses a record's strongest identification, "
                 "forgets remembered points before each click, and keeps two clicks from becoming a double click.")
-    page.append("| | Python (seconds) | Node.js (milliseconds, promises) |\n|---|---|---|\n" + "\n".join(
+    page.append("| | Python (seconds) | Node.js (milliseconds, promises) | .NET (TimeSpan) |\n|---|---|---|---|\n" + "\n".join(
         f"| {what} | {' | '.join(f'`{each}`' for each in how)} |" for what, *how in OBJECTS))
     languages = list(BINDINGS)
     rows, gaps = [], []

@@ -40,6 +40,9 @@ setup_needs() {
       echo llvm-14 llvm-dlltool-14
       echo nodejs node
       echo npm npm
+      echo mono-mcs mcs
+      echo libmono-system-runtime-serialization4.0-cil /usr/lib/mono/4.5/System.Runtime.Serialization.dll
+      echo libmono-system-xml-linq4.0-cil /usr/lib/mono/4.5/System.Xml.Linq.dll
       # Modules of Debian's own Python.
       echo python3 /usr/bin/python3
       echo python3-setuptools /usr/lib/python3/dist-packages/setuptools/__init__.py
@@ -52,8 +55,8 @@ setup_needs() {
       echo python3-venv /usr/lib/python3.*/ensurepip/__init__.py
       echo python3-pip /usr/lib/python3/dist-packages/pip/__init__.py
       echo mypy mypy
-      echo mono-mcs mcs
       echo mono-runtime mono
+      echo mono-utils monodis
       echo unzip unzip
       ;;
     host)

@@ -5,39 +5,30 @@ using Korvane;
 
 internal static class OrderForm
 {
-    private const int TimeoutMs = 3000;
-
-    private static byte[] Capture(int control)
+    private static byte[] Capture(Window form, int control)
     {
         var (x, y) = Stage.CentreOf(control);
-        var record = Automation.CaptureTargetAtPoint(x, y);
-        record.Method = Method.TreePath;
-        return record.ToBytes(); // as it would go into a file
-    }
-
-    private static void Paste(TargetRecord record, IntPtr form, string text)
-    {
-        Automation.SetClipboardText(text);
-        Automation.PasteToTargetWithVerifyEx(record, form, TimeoutMs);
+        return form.TargetAt(x, y).Record.ToBytes(); // as it would go into a file
     }
 
     private static void Main()
     {
-        using (new Session("korvane.log"))
+        using (var session = new Session("korvane.log"))
         {
-            Stage.OpenForm(40, 40);
-            var stored = new[] { Stage.Name, Stage.Article, Stage.Submit, Stage.Status }.Select(Capture).ToArray();
+            var first = session.WindowOf(Stage.OpenForm(40, 40));
+            var stored = new[] { Stage.Name, Stage.Article, Stage.Submit, Stage.Status }
+                .Select(control => Capture(first, control)).ToArray();
 
             // Anywhere else, at any later time.
-            var form = Stage.OpenForm(420, 300);
-            var records = stored.Select(TargetRecord.FromBytes).ToArray();
-            TargetRecord name = records[0], article = records[1], submit = records[2], status = records[3];
-            Automation.VerifyTarget(name, form);
-            Paste(name, form, "Renée García");
-            Paste(article, form, "Brass compass");
-            Automation.ClickTarget(submit, form);
-            Automation.WaitForTargetContainsPartialText(status, form, "Submitted", TimeoutMs);
-            Console.WriteLine(Automation.GetTargetText(status, form));
+            Stage.OpenForm(420, 300);
+            var form = session.Window(title: "Order form", className: "OrderForm");
+            var targets = stored.Select(bytes => form.Target(TargetRecord.FromBytes(bytes))).ToArray();
+            Target name = targets[0], article = targets[1], submit = targets[2], status = targets[3];
+            name.Paste("Renée García");
+            article.Paste("Brass compass");
+            submit.Click();
+            status.Wait("Submitted");
+            Console.WriteLine(status.Text());
             Stage.CloseForm();
         }
     }

@@ -6,6 +6,8 @@ import re
 import shutil
 import sys
 import unittest
+import zipfile
+from xml.etree import ElementTree
 
 from check_dll import version
 from repository import ROOT, exported_functions, run, tool
@@ -162,15 +164,33 @@ class Bindings(unittest.TestCase):
                 self.describes("Node.js", output)
 
     def test_csharp(self):
-        """C#: the example and the binding under Mono on the stand-in"""
+        """.NET: the assembly of the NuGet package under Mono on the stand-in"""
         folder = scratch("csharp")
         compiler, mono = tool("mcs"), tool("mono")
-        (folder / "libstage.so").symlink_to(STANDIN)
-        (folder / "libkorvane.so").symlink_to(STANDIN)
-        binding = unpacked() / "bindings/csharp/Korvane.cs"
-        stage = unpacked() / "examples/csharp/Stage.cs"
-        for name, source in (("order", unpacked() / "examples/csharp/OrderForm.cs"), ("binding", HERE / "Binding.cs")):
-            self.succeeds(compiler, "-unsafe", "-warnaserror", f"-out:{folder / name}.exe", binding, stage, source)
+        for name in ("libstage.so", "libkorvane.so"):
+            (folder / name).symlink_to(STANDIN)
+        with zipfile.ZipFile(packed("*.nupkg")) as package:
+            (folder / "Korvane.Net.dll").write_bytes(package.read("lib/netstandard2.0/Korvane.Net.dll"))
         environment = {**os.environ, "LD_LIBRARY_PATH": str(folder), "LC_ALL": "C.UTF-8"}
-        self.assertEqual(ORDERED, self.succeeds(mono, folder / "order.exe", cwd=folder, env=environment))
-        self.describes("C#", self.succeeds(mono, folder / "binding.exe", cwd=folder, env=environment))
+        examples = unpacked() / "examples/csharp"
+        output = {}
+        for source in (examples / "OrderForm.cs", HERE / "csharp/Functions.cs", HERE / "csharp/Sessions.cs"):
+            # Nothing of a host is unsafe.
+            self.succeeds(compiler, "-warnaserror", f"-reference:{folder / 'Korvane.Net.dll'}", f"-out:{folder / source.stem}.exe",
+                          source, examples / "Stage.cs")
+            output[source.stem] = self.succeeds(mono, folder / f"{source.stem}.exe", cwd=folder, env=environment)
+        self.assertEqual(ORDERED, output["OrderForm"])
+        self.describes("C#", output["Functions"])
+
+    def test_assembly(self):
+        """.NET: the assembly needs what .NET Standard 2.0 has, and documents every public member"""
+        folder = scratch("assembly")
+        with zipfile.ZipFile(packed("*.nupkg")) as package:
+            (folder / "Korvane.Net.dll").write_bytes(package.read("lib/netstandard2.0/Korvane.Net.dll"))
+            documented = ElementTree.fromstring(package.read("lib/netstandard2.0/Korvane.Net.xml"))
+        references = self.succeeds(tool("monodis"), "--assemblyref", folder / "Korvane.Net.dll")
+        standard = {"mscorlib", "System", "System.Core", "System.Runtime.Serialization", "System.Xml", "System.Xml.Linq"}
+        self.assertEqual(set(), set(re.findall(r"Name=(\S+)", references)) - standard)
+        names = {each.get("name").split("(")[0] for each in documented.iter("member")}
+        wanted = {f"M:Korvane.Automation.{own_name('C#', name)}" for name in exported_functions() if name != "freeTextResult"}
+        self.assertEqual(set(), wanted - names)

@@ -1,6 +1,7 @@
 """The package as it is shipped."""
 
 import hashlib
+import posixpath
 import re
 import shutil
 import sys
@@ -85,17 +86,20 @@ class Package(unittest.TestCase):
             names = set(file.namelist())
             types = ElementTree.fromstring(file.read("[Content_Types].xml"))
             description = ElementTree.fromstring(file.read("korvane.nuspec"))
-            targets = file.read("build/native/korvane.targets").decode()
+            targets = {name: file.read(name).decode() for name in names if name.endswith(".targets")}
+            self.assertEqual({"build/native", "build/net461", "buildTransitive/net461"}, set(map(posixpath.dirname, targets)))
             self.assertEqual(
                 (unpacked() / "bin/korvane.dll").read_bytes(), file.read("runtimes/win-x64/native/korvane.dll")
             )
         self.assertEqual("korvane", description.find(".//{*}id").text)
         self.assertEqual(version(), description.find(".//{*}version").text)
         self.assertIn(description.find(".//{*}license").text, names)
-        ElementTree.fromstring(targets)
-        for name in re.findall(r"\$\(MSBuildThisFileDirectory\)([^;<\"]+)", targets):
-            place = ("build/native/" + name.replace("\\", "/")).replace("build/native/../../", "")
-            self.assertTrue(any(each == place or each.startswith(place + "/") for each in names), place)
+        self.assertLessEqual({"lib/netstandard2.0/Korvane.Net.dll", "lib/netstandard2.0/Korvane.Net.xml", "README.md"}, names)
+        for place, text in targets.items():
+            ElementTree.fromstring(text)
+            for name in re.findall(r"\$\(MSBuildThisFileDirectory\)([^;<\"]+)", text):
+                found = posixpath.normpath(posixpath.join(posixpath.dirname(place), name.replace("\\", "/")))
+                self.assertTrue(any(each == found or each.startswith(found + "/") for each in names), f"{place}: {found}")
         known = {each.get("Extension") for each in types}
         self.assertEqual(set(), {name.rsplit(".", 1)[1] for name in names} - known - {"xml"})
 

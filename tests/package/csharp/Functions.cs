@@ -1,4 +1,4 @@
-// What the C# binding offers, line by line, after trying what a call can meet.
+// What the .NET package offers, line by line, after trying what a call can meet.
 using System;
 using System.Linq;
 using System.Reflection;
@@ -59,7 +59,8 @@ internal static class Binding
             var (x, y) = Stage.CentreOf(Stage.Name);
             var name = Automation.CaptureTargetAtPoint(x, y);
             var again = TargetRecord.FromBytes(name.ToBytes());
-            Check(again.ToBytes().SequenceEqual(name.ToBytes()), "bytes");
+            Check(again.ToBytes().SequenceEqual(name.ToBytes()) && again.Equals(name) && !again.Equals(new TargetRecord()), "bytes");
+            Check(again.Path.Count == 3 && again.Path[2].ClassName == "Edit" && again.ToString().Contains("\"101\""), again.ToString());
             Check(again.AutomationId == "101" && again.X == x && again.Y == y && again.PathLength == 3, "record");
             Check(again.Method == Method.Undecided, "method");
             var info = Automation.GetWindowInfo(form);
