@@ -6,6 +6,7 @@
 
 using PROPERTYID = int;
 using CONTROLTYPEID = int;
+using PATTERNID = int;
 using UIA_HWND = void*;
 
 inline constexpr PROPERTYID UIA_ControlTypePropertyId = 30003;
@@ -86,7 +87,8 @@ struct IUIAutomationElement : IUnknown {
   KORVANE_UNUSED_SLOT(GetCachedPropertyValueEx)
   KORVANE_UNUSED_SLOT(GetCurrentPatternAs)
   KORVANE_UNUSED_SLOT(GetCachedPatternAs)
-  KORVANE_UNUSED_SLOT(GetCurrentPattern)
+  // Not called by the library: for the companion program.
+  virtual HRESULT STDMETHODCALLTYPE GetCurrentPattern(PATTERNID pattern, IUnknown** object) = 0;
   KORVANE_UNUSED_SLOT(GetCachedPattern)
   KORVANE_UNUSED_SLOT(GetCachedParent)
   KORVANE_UNUSED_SLOT(GetCachedChildren)

@@ -15,6 +15,7 @@ enum class ExitCode {
   Cancelled = 5,    // with Escape
   CannotWrite = 6,  // a file cannot be written
   NotHere = 7,      // needs what this desktop does not have
+  NotReady = 8,     // the desktop is locked, a window out of reach, or the screen another one
 };
 
 // Carries one clear line to the user, and the exit code.

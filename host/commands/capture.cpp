@@ -3,10 +3,9 @@
 #include "host/base/table.h"
 #include "host/base/text.h"
 #include "host/commands/commands.h"
+#include "host/engine/best_identification.h"
 #include "host/engine/find_window.h"
-#include "host/engine/identify.h"
 #include "host/engine/library_log.h"
-#include "host/engine/uniqueness.h"
 #include "host/recording/record_json.h"
 
 namespace host {
@@ -16,21 +15,23 @@ namespace {
 struct Captured {
   TargetRecord record{};
   std::optional<world::Window> window;
-  std::vector<Attempt> attempts;
-  std::vector<std::string> unique;  // beside each attempt
+  BestIdentification best;
 };
 
-std::string UniqueWord(const TargetRecord& record, Identification by, const world::Window& window) {
-  if (by == Identification::ScreenPoint) {
-    return "one point";
+std::string UniqueWord(const Captured& captured, const Attempt& attempt) {
+  if (attempt.finding == Finding::NotRecorded) {
+    return {};
   }
-  if (by == Identification::AutomationId) {
-    const Uniqueness found = CountSameAutomationId(record, window);
-    const std::string among = " of " + std::to_string(found.elements) + " elements seen";
-    return found.same <= 1 ? "yes, among" + among.substr(3) : "no, " + std::to_string(found.same) + among;
+  switch (attempt.by) {
+    case Identification::ScreenPoint:
+      return "one point";
+    case Identification::AutomationId:
+      return attempt.finding == Finding::Ambiguous ? "no: " + attempt.why : "yes, the only one in the window";
+    case Identification::TreePath:
+      break;
   }
-  for (int level = 0; level < record.pathLength; ++level) {
-    if (record.childIndices[level] == 0) {
+  for (int level = 0; level < captured.record.pathLength; ++level) {
+    if (captured.record.childIndices[level] == 0) {
       return "no: level " + std::to_string(level + 1) + " is the first that fits";
     }
   }
@@ -49,13 +50,8 @@ Captured CaptureThere(const CaptureOptions& options) {
                   "there is no element at " + std::to_string(point.x) + "," + std::to_string(point.y));
   }
   captured.window = world::WindowAt(point);
-  if (!captured.window) {
-    return captured;
-  }
-  for (const Identification by : kIdentifications) {
-    const Attempt attempt = TryAlone(captured.record, captured.window->handle, by);
-    captured.attempts.push_back(attempt);
-    captured.unique.push_back(attempt.recorded ? UniqueWord(captured.record, by, *captured.window) : "");
+  if (captured.window) {
+    captured.best = ChooseIdentification(captured.record, *captured.window);
   }
   return captured;
 }
@@ -67,13 +63,16 @@ Json CapturedToJson(const Captured& captured) {
                       {"class", captured.window->className},
                       {"process", captured.window->process}};
   }
-  for (std::size_t i = 0; i < captured.attempts.size(); ++i) {
-    const Attempt& attempt = captured.attempts[i];
+  for (const Attempt& attempt : captured.best.attempts) {
     json["identifications"].push_back({{"by", NameOf(attempt.by)},
-                                       {"recorded", attempt.recorded},
-                                       {"found", attempt.found},
+                                       {"recorded", attempt.finding != Finding::NotRecorded},
+                                       {"found", attempt.finding == Finding::Found},
                                        {"milliseconds", attempt.milliseconds},
-                                       {"unique", captured.unique[i]}});
+                                       {"unique", UniqueWord(captured, attempt)}});
+  }
+  if (captured.window) {
+    json["best"] = NameOf(captured.best.by);
+    json["warnings"] = captured.best.warnings;
   }
   return json;
 }
@@ -107,10 +106,17 @@ std::string LevelsTable(const TargetRecord& record) {
 
 std::string AttemptsTable(const Captured& captured) {
   Table table({"alone", "result", "unique"});
-  for (std::size_t i = 0; i < captured.attempts.size(); ++i) {
-    table.Add({NameOf(captured.attempts[i].by), Describe(captured.attempts[i]), captured.unique[i]});
+  for (const Attempt& attempt : captured.best.attempts) {
+    table.Add({NameOf(attempt.by), Describe(attempt), UniqueWord(captured, attempt)});
   }
-  return table.Text();
+  std::string text = table.Text();
+  if (captured.window) {
+    text += std::string("\n  best: ") + NameOf(captured.best.by) + "\n";
+  }
+  for (const std::string& warning : captured.best.warnings) {
+    text += "  note: " + warning + "\n";
+  }
+  return text;
 }
 
 }  // namespace

@@ -12,14 +12,15 @@ namespace {
 
 constexpr const char* kExitCodes =
     "Exit codes:\n"
-    "  0  everything was done, or found\n"
-    "  1  a step failed, or a target was not found\n"
+    "  0  everything was done, or found; a healed step was, too\n"
+    "  1  a step failed, or a target was not found; with --strict also a healed step\n"
     "  2  the command line is wrong, or a variable has no value\n"
     "  3  a file cannot be read, is not what it should be, or is of a newer version\n"
     "  4  the recorded window is not there\n"
     "  5  cancelled with Escape\n"
     "  6  a file cannot be written\n"
-    "  7  this desktop lacks what the command needs";
+    "  7  this desktop lacks what the command needs\n"
+    "  8  nothing was done: the desktop is locked, a window out of reach, or the screen another one";
 
 constexpr int kLongestTimeoutMs = 3600000;
 
@@ -55,6 +56,10 @@ void AddCheck(CLI::App& program, CheckOptions& options, ExitCode& code) {
   command->add_option("FILE", options.file, "The recording")->required();
   command->add_option("--timeout", options.timeoutMs, "Milliseconds to wait for a window (3000)")
       ->check(CLI::Range(0, kLongestTimeoutMs));
+  command->add_flag("--strict", options.strict, "A healed step is a failed one");
+  CLI::Option* const fix =
+      command->add_flag("--fix", options.fix, "Write what heals the steps into a copy, FILE.fixed.json");
+  command->add_flag("--force", options.force, "With --fix: into the recording itself")->needs(fix);
   command->callback([&] { code = Check(options); });
 }
 
@@ -73,6 +78,8 @@ void AddReplay(CLI::App& program, ReplayCommandOptions& options, ExitCode& code)
   command->add_option("--timeout", options.timeoutMs, "Milliseconds to wait for windows and texts (3000)")
       ->check(CLI::Range(1, kLongestTimeoutMs));
   command->add_option("--log", options.log, "Keep the library's log in this file");
+  command->add_option("--proposals", options.proposals, "Write the recording here, with what heals its steps");
+  command->add_flag("--strict", options.strict, "A healed step is a failed one");
   command->add_flag("--dry-run", options.dryRun, "Find the targets, but do nothing");
   command->add_flag("--keep-going", options.keepGoing, "After a failure go on with the next step, or the next row");
   command->callback([&] { code = RunReplay(options); });

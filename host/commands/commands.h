@@ -26,6 +26,9 @@ ExitCode Record(const RecordOptions& options);
 struct CheckOptions {
   std::string file;
   int timeoutMs = 3000;
+  bool strict = false;
+  bool fix = false;
+  bool force = false;  // correct the recording itself
 };
 ExitCode Check(const CheckOptions& options);
 
@@ -34,12 +37,14 @@ struct ReplayCommandOptions {
   std::string report;
   std::string data;
   std::string log;
+  std::string proposals;
   std::vector<std::string> set;
   int row = 1;
   int from = 1;
   int timeoutMs = 3000;
   bool dryRun = false;
   bool keepGoing = false;
+  bool strict = false;
 };
 ExitCode RunReplay(const ReplayCommandOptions& options);
 

@@ -25,8 +25,8 @@ std::string LineOf(const StepResult& result, std::size_t all) {
   const std::string number = std::to_string(result.index + 1) + "/" + std::to_string(all);
   const std::string words = result.windowGone ? "no window" : WordsOfCode(result.code);
   return "  " + Padded(number, 6) + Padded(Shortened(Title(*result.step), kTitleWidth), kTitleWidth + 1) +
-         Padded(result.code == KORVANE_OK ? words : "FAILED: " + words, 10) + "  " + Milliseconds(result.milliseconds) +
-         "\n";
+         Padded(result.state == StepState::Failed ? "FAILED: " + words : WordOf(result.state), 10) + "  " +
+         Milliseconds(result.milliseconds) + "\n";
 }
 
 }  // namespace
@@ -49,12 +49,15 @@ Progress ShowProgress(const Recording& recording) {
   };
   progress.stepEnds = [all, terminal, erase](const StepResult& result) {
     // On a terminal the bar is enough for what went well.
-    if (!terminal || result.code != KORVANE_OK) {
+    if (!terminal || result.state != StepState::Ok) {
       std::cout << erase << LineOf(result, all) << std::flush;
     } else if (result.index + 1 == all) {
       std::cout << erase << "  " << Bar(all, all) << "  " << all << "/" << all << "\n" << std::flush;
     }
-    if (result.code == KORVANE_OK && !result.remark.empty()) {
+    if (result.state == StepState::Healed) {
+      std::cout << erase << "        " << result.healing << "\n" << std::flush;
+    }
+    if (result.state != StepState::Failed && !result.remark.empty()) {
       std::cout << erase << "        " << result.remark << "\n" << std::flush;
     }
   };

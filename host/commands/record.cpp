@@ -4,6 +4,7 @@
 #include "host/base/table.h"
 #include "host/base/text.h"
 #include "host/commands/commands.h"
+#include "host/engine/best_identification.h"
 #include "host/engine/find_window.h"
 #include "host/engine/library_log.h"
 #include "host/recording/recording_file.h"
@@ -29,8 +30,12 @@ class Recorder {
     if (!window) {
       throw Failure(ExitCode::StepFailed, where + "there is no window at " + PointText(point));
     }
-    const int usual = step.target.pathLength > 0 ? KORVANE_METHOD_TREE_PATH : KORVANE_METHOD_COORDINATES;
-    step.target.identificationMethod = method.value_or(usual);
+    const BestIdentification best = ChooseIdentification(step.target, *window, method);
+    step.target = best.record;
+    step.label = best.label;
+    for (const std::string& warning : best.warnings) {
+      std::cout << "     note: " << where << warning << "\n";
+    }
     step.hasTarget = true;
     step.window = IndexOf(*window);
   }
@@ -55,6 +60,7 @@ class Recorder {
     }
     handles_.push_back(window.handle);
     recording_.windows.push_back(NameOf(window));
+    recording_.screen = world::TheScreen();
     return handles_.size() - 1;
   }
 
@@ -99,11 +105,12 @@ Recording RecordScript(const std::string& file) {
 
 constexpr const char* kInstructions =
     "Point at an element with the mouse, and with this terminal in front press a key:\n"
-    "  c click   p paste text   t type   k shortcut   w wait for text   v check text   r read into a variable\n"
+    "  c click   d double click   p paste text   t type   k shortcut   w wait for text   v check text   r read into a "
+    "variable\n"
     "  u take the last step back   q write the file and end\n";
 
 const ActionWords* ActionOfKey(char key) {
-  static constexpr char kKeys[] = {'c', 'p', 't', 'k', 'w', 'v', 'r'};
+  static constexpr char kKeys[] = {'c', 'd', 'p', 't', 'k', 'w', 'v', 'r'};
   for (std::size_t i = 0; i < std::size(kKeys); ++i) {
     if (kKeys[i] == key) {
       return &AllActions()[i];

@@ -6,6 +6,7 @@
 #include "host/base/text.h"
 #include "host/commands/commands.h"
 #include "host/commands/progress.h"
+#include "host/engine/readiness.h"
 #include "host/recording/recording_file.h"
 #include "host/report/report.h"
 
@@ -26,6 +27,21 @@ std::vector<Variables> RowsOf(const ReplayCommandOptions& options) {
   return rows;
 }
 
+void CheckProposals(const ReplayCommandOptions& options) {
+  std::error_code ignored;
+  if (!options.proposals.empty() &&
+      std::filesystem::equivalent(PathOf(options.proposals), PathOf(options.file), ignored)) {
+    throw Failure(ExitCode::Usage, "--proposals " + options.proposals + ": is the recording itself");
+  }
+}
+
+void WriteProposals(const Recording& recording, const Replayed& replayed, const ReplayCommandOptions& options) {
+  if (!options.proposals.empty() && Sum(replayed).healed > 0) {
+    WriteFile(options.proposals, WriteRecording(Corrected(recording, replayed)));
+    std::cout << "  proposals: " << options.proposals << "\n";
+  }
+}
+
 // Before anything is clicked: a replay that ends for want of a folder to write to has already changed something.
 void CheckReportFolder(const std::string& report) {
   const auto folder = PathOf(report).parent_path();
@@ -36,21 +52,15 @@ void CheckReportFolder(const std::string& report) {
 }
 
 void Tell(const Replayed& replayed, const ReplayCommandOptions& options) {
-  std::size_t steps = 0;
-  std::size_t failed = 0;
-  double milliseconds = 0;
   for (const Run& run : replayed.runs) {
     for (const StepResult& result : run.steps) {
-      ++steps;
-      failed += result.code == KORVANE_OK ? 0 : 1;
-      milliseconds += result.milliseconds;
       if (!result.explanation.empty()) {
         std::cout << "\n" << (run.name.empty() ? "" : run.name + ": ") << result.explanation << "\n";
       }
     }
   }
-  std::cout << "\n  " << steps << " steps, " << failed << " failed, " << Milliseconds(milliseconds)
-            << (options.dryRun ? ", nothing was done" : "") << "\n";
+  std::cout << "\n  " << Describe(Sum(replayed)) << ", in " << Milliseconds(replayed.milliseconds)
+            << (options.dryRun ? "; nothing was done" : "") << "\n";
   if (replayed.rowsLeft > 0) {
     std::cout << "  rows not begun: " << replayed.rowsLeft << "\n";
   }
@@ -81,14 +91,19 @@ ExitCode RunReplay(const ReplayCommandOptions& options) {
     CheckVariables(recording, options.file, row == firstRow ? from : 0, rows[row]);
   }
   CheckReportFolder(options.report);
+  CheckProposals(options);
   LibraryLog log(options.log);
-  const ReplayOptions replay{
-      options.file, {options.timeoutMs, options.dryRun, !options.report.empty()}, firstRow, from, options.keepGoing};
+  for (const std::string& line : CheckReadiness(recording, options.file)) {
+    std::cout << "  note: " << line << "\n";
+  }
+  const RunOptions run{options.timeoutMs, options.dryRun, !options.report.empty(), options.strict};
+  const ReplayOptions replay{options.file, run, firstRow, from, options.keepGoing};
   const Replayed replayed = Replay(recording, rows, log, replay, ShowProgress(recording));
   if (!options.report.empty()) {
     WriteFile(options.report, WriteReport(recording, replayed, replay));
   }
   Tell(replayed, options);
+  WriteProposals(recording, replayed, options);
   return replayed.code;
 }
 

@@ -2,14 +2,11 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "host/engine/identify.h"
-#include "host/engine/run_step.h"
+#include "host/engine/step_result.h"
 
 namespace host {
 
-// `alone` holds what each identification finds when tried by itself after the failure; empty when that was not tried.
-std::string Explain(const StepResult& result, const std::vector<Attempt>& alone, const std::string& file);
+std::string Explain(const StepResult& result, const std::string& file);
 
 }  // namespace host

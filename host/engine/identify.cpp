@@ -1,41 +1,21 @@
 #include "host/engine/identify.h"
 
 #include <algorithm>
-#include <iterator>
-
-#include "host/base/text.h"
 
 namespace host {
 
 namespace {
 
+constexpr int kWindowType = 50032;
+
 template <std::size_t size>
-WideView ViewOf(const KorvaneChar (&units)[size]) {
+WideText TextOf(const KorvaneChar (&units)[size]) {
   const WideView all(units, size);
-  return all.substr(0, all.find(KorvaneChar{0}));
+  return WideText(all.substr(0, all.find(KorvaneChar{0})));
 }
 
-bool HasPoint(const TargetRecord& record) {
-  return record.x != 0 || record.y != 0;
-}
-
-// The record with nothing but the one identification.
-TargetRecord Only(const TargetRecord& record, Identification by) {
-  TargetRecord only = record;
-  if (by != Identification::ScreenPoint) {
-    only.x = only.y = 0;
-  }
-  switch (by) {
-    case Identification::AutomationId:
-      only.identificationMethod = KORVANE_METHOD_AUTOMATION_ID;
-      break;
-    case Identification::TreePath:
-      only.identificationMethod = KORVANE_METHOD_TREE_PATH;
-      break;
-    case Identification::ScreenPoint:
-      only.identificationMethod = KORVANE_METHOD_UNDECIDED;
-  }
-  return only;
+std::size_t LevelsOf(const TargetRecord& record) {
+  return static_cast<std::size_t>(std::clamp<std::int32_t>(record.pathLength, 0, KORVANE_MAX_PATH_LEVELS));
 }
 
 bool IsRecorded(const TargetRecord& record, Identification by) {
@@ -43,16 +23,118 @@ bool IsRecorded(const TargetRecord& record, Identification by) {
     case Identification::AutomationId:
       return record.automationId[0] != 0;
     case Identification::TreePath:
-      return record.pathLength >= 1;
+      return LevelsOf(record) > 0;
     case Identification::ScreenPoint:
       break;
   }
-  return HasPoint(record);
+  return record.x != 0 || record.y != 0;
 }
 
-bool IsAnotherAtPoint(const TargetRecord& record) {
-  TargetRecord there{};
-  return captureTargetAtPoint(&there, record.x, record.y) == KORVANE_OK && !IsSameElement(record, there);
+std::string Quoted(const WideText& text) {
+  return "\"" + Shortened(Utf8(text), 60) + "\"";
+}
+
+// How the element differs from the recorded one; empty: it does not.
+std::string Difference(const Sought& sought, const world::Element& element, Identification by) {
+  const TargetRecord& record = sought.record;
+  const WideText id = TextOf(record.automationId);
+  const bool comparesId = !(LooksGenerated(id) && LooksGenerated(element.automationId));
+  // The record holds the first 255 units.
+  if (comparesId && id != element.automationId.substr(0, KORVANE_AUTOMATION_ID_SIZE - 1)) {
+    return element.automationId.empty() ? "it has no AutomationId"
+                                        : "its AutomationId is " + Quoted(element.automationId);
+  }
+  if (const std::size_t levels = LevelsOf(record); levels > 0) {
+    const int type = record.controlTypes[levels - 1];
+    if (type != 0 && type != element.controlType) {
+      return "it is a " + NameOfType(element.controlType) + ", not a " + NameOfType(type);
+    }
+    const WideText className = TextOf(record.classNames[levels - 1]);
+    if (className != element.className.substr(0, KORVANE_CLASS_NAME_SIZE - 1)) {
+      return "its class is " + Quoted(element.className) + ", not " + Quoted(className);
+    }
+  }
+  // An AutomationId that is the only one of its kind is enough.
+  if (by != Identification::AutomationId && !sought.label.empty()) {
+    if (const std::string label = Utf8(world::NameOf(element)); label != sought.label) {
+      return "it is labelled \"" + Shortened(label, 60) + "\", not \"" + Shortened(sought.label, 60) + "\"";
+    }
+  }
+  return {};
+}
+
+Attempt Compared(Attempt attempt, const Sought& sought, world::Element element) {
+  attempt.why = Difference(sought, element, attempt.by);
+  attempt.finding = attempt.why.empty() ? Finding::Found : Finding::Another;
+  attempt.why = attempt.why.empty() ? "" : "what it leads to is another element: " + attempt.why;
+  attempt.element = std::move(element);
+  return attempt;
+}
+
+Attempt NotFound(Attempt attempt, std::string why) {
+  attempt.finding = Finding::NotFound;
+  attempt.why = std::move(why);
+  return attempt;
+}
+
+Attempt ByAutomationId(Attempt attempt, const Sought& sought, const world::Element& root) {
+  const auto found = world::WithAutomationId(root, TextOf(sought.record.automationId));
+  if (found.empty()) {
+    return NotFound(std::move(attempt), "nothing in the window has it");
+  }
+  if (found.size() > 1) {
+    attempt.finding = Finding::Ambiguous;
+    attempt.why = std::to_string(found.size()) + " elements of the window have it";
+    return attempt;
+  }
+  return Compared(std::move(attempt), sought, found.front());
+}
+
+// Goes the way that the library goes.
+Attempt ByTreePath(Attempt attempt, const Sought& sought, const world::Element& root) {
+  const TargetRecord path = FittedTo(sought.record, root);
+  const bool skipsRoot = path.controlTypes[0] == kWindowType && TextOf(path.classNames[0]) == root.className;
+  world::Element element = root;
+  for (std::size_t level = skipsRoot ? 1 : 0; level < LevelsOf(path); ++level) {
+    const auto siblings = world::Children(element, path.controlTypes[level], TextOf(path.classNames[level]));
+    const auto position = static_cast<std::size_t>(std::max(path.childIndices[level], 1));
+    if (siblings.size() < position) {
+      return NotFound(std::move(attempt), "it leads nowhere from level " + std::to_string(level + 1) + ": the " +
+                                              NameOfType(path.controlTypes[level]) + " number " +
+                                              std::to_string(position) + " is not there");
+    }
+    element = siblings[position - 1];
+  }
+  return Compared(std::move(attempt), sought, std::move(element));
+}
+
+Attempt ByScreenPoint(Attempt attempt, const Sought& sought) {
+  const world::Point point = PointNow(sought);
+  const std::string place = std::to_string(point.x) + "," + std::to_string(point.y);
+  const HWND there = world::RootAt(point);
+  if (there == nullptr) {
+    return NotFound(std::move(attempt), "there is no window at " + place);
+  }
+  if (there != sought.window.handle && world::OwnerOf(there) != sought.window.handle) {
+    return NotFound(std::move(attempt), "another window is at " + place);
+  }
+  auto element = world::ElementUnder(point);
+  return element ? Compared(std::move(attempt), sought, std::move(*element))
+                 : NotFound(std::move(attempt), "there is no element at " + place);
+}
+
+// A point proves nothing by itself: it needs something that only the recorded element has.
+bool ProvesIdentity(const Attempt& attempt, const Sought& sought) {
+  return attempt.by != Identification::ScreenPoint || sought.record.automationId[0] != 0 || !sought.label.empty();
+}
+
+TargetRecord RecordFor(const Sought& sought, Identification by, const world::Element& root) {
+  TargetRecord record = FittedTo(sought.record, root);
+  record.identificationMethod = MethodOf(by);
+  const world::Point point = PointNow(sought);
+  record.x = by == Identification::ScreenPoint ? point.x : 0;
+  record.y = by == Identification::ScreenPoint ? point.y : 0;
+  return record;
 }
 
 }  // namespace
@@ -67,67 +149,177 @@ const char* MethodWordOf(Identification identification) {
   return kWords[static_cast<int>(identification)];
 }
 
-std::string Describe(const Attempt& attempt) {
-  if (!attempt.recorded) {
-    return "not recorded";
-  }
-  const char* outcome = !attempt.found ? "not found, " : attempt.another ? "another element, " : "found, ";
-  return outcome + Milliseconds(attempt.milliseconds);
+int MethodOf(Identification identification) {
+  constexpr int kMethods[] = {KORVANE_METHOD_AUTOMATION_ID, KORVANE_METHOD_TREE_PATH, KORVANE_METHOD_UNDECIDED};
+  return kMethods[static_cast<int>(identification)];
 }
 
-Attempt TryAlone(const TargetRecord& record, HWND window, Identification by) {
+std::string Describe(const Attempt& attempt) {
+  constexpr const char* kWords[] = {"not recorded", "not found", "another element", "not unique", "found"};
+  const std::string word = kWords[static_cast<int>(attempt.finding)];
+  return attempt.finding == Finding::NotRecorded ? word : word + ", " + Milliseconds(attempt.milliseconds);
+}
+
+Attempt TryAlone(const Sought& sought, Identification by) {
   Attempt attempt;
   attempt.by = by;
-  attempt.recorded = IsRecorded(record, by);
-  if (!attempt.recorded) {
+  if (!IsRecorded(sought.record, by)) {
+    attempt.why = "it was not recorded";
     return attempt;
   }
-  const TargetRecord only = Only(record, by);
   const double start = world::Now();
-  attempt.found = verifyTarget(&only, window) == KORVANE_OK;
+  const auto root = world::ElementOfWindow(sought.window.handle);
+  if (!root) {
+    attempt = NotFound(std::move(attempt), "the window shows no elements");
+  } else if (by == Identification::AutomationId) {
+    attempt = ByAutomationId(std::move(attempt), sought, *root);
+  } else if (by == Identification::TreePath) {
+    attempt = ByTreePath(std::move(attempt), sought, *root);
+  } else {
+    attempt = ByScreenPoint(std::move(attempt), sought);
+  }
   attempt.milliseconds = world::Now() - start;
-  attempt.another = attempt.found && by == Identification::ScreenPoint && IsAnotherAtPoint(record);
-  // A remembered point would change what the next click does.
-  clearElementCache();
   return attempt;
 }
 
-Resolution Resolve(const TargetRecord& record, HWND window, LibraryLog& log) {
-  log.NewLines();
-  Resolution resolution;
-  const double start = world::Now();
-  resolution.code = verifyTarget(&record, window);
-  resolution.milliseconds = world::Now() - start;
-  resolution.lines = log.NewLines();
-  constexpr const char* kSuccess[] = {"SUCCESS with Method 0", "SUCCESS with Method 3", "SUCCESS with Method 2"};
-  for (const std::string& line : resolution.lines) {
-    for (std::size_t i = 0; i < std::size(kSuccess); ++i) {
-      if (line.find(kSuccess[i]) != std::string::npos) {
-        resolution.answeredBy = kIdentifications[i];
-      }
-    }
+Identification PreferredOf(const TargetRecord& record) {
+  switch (record.identificationMethod) {
+    case KORVANE_METHOD_AUTOMATION_ID:
+      return Identification::AutomationId;
+    case KORVANE_METHOD_TREE_PATH:
+      return Identification::TreePath;
+    case KORVANE_METHOD_COORDINATES:
+      return record.automationId[0] != 0 ? Identification::AutomationId : Identification::ScreenPoint;
+    default:
+      return Identification::ScreenPoint;
   }
-  clearElementCache();
-  log.NewLines();
-  return resolution;
 }
 
-bool IsSameElement(const TargetRecord& left, const TargetRecord& right) {
-  if (left.automationId[0] != 0 || right.automationId[0] != 0) {
-    return ViewOf(left.automationId) == ViewOf(right.automationId);
-  }
-  if (left.pathLength != right.pathLength) {
-    return false;
-  }
-  for (std::size_t i = 0; i < static_cast<std::size_t>(std::clamp(left.pathLength, 0, 20)); ++i) {
-    // The window's own position among all windows changes when others come and go.
-    const bool sameIndex = i == 0 || left.childIndices[i] == right.childIndices[i];
-    if (!sameIndex || left.controlTypes[i] != right.controlTypes[i] ||
-        ViewOf(left.classNames[i]) != ViewOf(right.classNames[i])) {
-      return false;
+Identified Identify(const Sought& sought) {
+  Identified identified;
+  identified.preferred = identified.by = PreferredOf(sought.record);
+  identified.attempts.push_back(TryAlone(sought, identified.preferred));
+  const Attempt* answer = identified.attempts[0].finding == Finding::Found ? identified.attempts.data() : nullptr;
+  // Whoever recorded a point meant that point: nothing else leads to it.
+  if (answer == nullptr && identified.preferred != Identification::ScreenPoint) {
+    for (const Identification by : kIdentifications) {
+      if (by != identified.preferred) {
+        identified.attempts.push_back(TryAlone(sought, by));
+      }
+    }
+    for (const Attempt& attempt : identified.attempts) {
+      if (attempt.finding != Finding::Found || !ProvesIdentity(attempt, sought)) {
+        continue;
+      }
+      if (answer != nullptr && !world::Same(*answer->element, *attempt.element)) {
+        identified.refusal =
+            std::string("its ") + NameOf(answer->by) + " and its " + NameOf(attempt.by) + " lead to different elements";
+        return identified;
+      }
+      answer = answer != nullptr ? answer : &attempt;
     }
   }
-  return true;
+  if (answer == nullptr) {
+    for (const Attempt& attempt : identified.attempts) {
+      const std::string why =
+          attempt.finding == Finding::Found ? "what is there could be any other of its kind" : attempt.why;
+      identified.refusal +=
+          (identified.refusal.empty() ? "its " : "; its ") + std::string(NameOf(attempt.by)) + ": " + why;
+    }
+    return identified;
+  }
+  identified.element = answer->element;
+  identified.by = answer->by;
+  if (const auto root = world::ElementOfWindow(sought.window.handle)) {
+    identified.record = RecordFor(sought, identified.by, *root);
+  }
+  return identified;
+}
+
+TargetRecord FittedTo(const TargetRecord& record, const world::Element& window) {
+  const std::size_t levels = LevelsOf(record);
+  if (levels == 0 || TextOf(record.classNames[0]) == window.className) {
+    return record;
+  }
+  for (std::size_t level = 1; level < levels; ++level) {
+    if (TextOf(record.classNames[level]) != window.className || record.controlTypes[level] != window.controlType) {
+      continue;
+    }
+    // The library passes over the window's own level only when that is a window.
+    const std::size_t first = record.controlTypes[level] == kWindowType ? level : level + 1;
+    TargetRecord fitted = record;
+    fitted.pathLength = static_cast<std::int32_t>(levels - first);
+    for (std::size_t i = 0; i < KORVANE_MAX_PATH_LEVELS; ++i) {
+      const bool used = i + first < levels;
+      fitted.controlTypes[i] = used ? record.controlTypes[i + first] : 0;
+      fitted.childIndices[i] = used ? record.childIndices[i + first] : 0;
+      for (std::size_t unit = 0; unit < KORVANE_CLASS_NAME_SIZE; ++unit) {
+        fitted.classNames[i][unit] = used ? record.classNames[i + first][unit] : KorvaneChar{0};
+      }
+    }
+    return fitted;
+  }
+  return record;
+}
+
+world::Point PointNow(const Sought& sought) {
+  const world::Rect& then = sought.recorded.rect;
+  const world::Rect& now = sought.window.rect;
+  if (then.right <= then.left) {
+    return {sought.record.x, sought.record.y};
+  }
+  return {static_cast<int>(std::int64_t{sought.record.x} - then.left + now.left),
+          static_cast<int>(std::int64_t{sought.record.y} - then.top + now.top)};
+}
+
+bool LooksGenerated(const WideText& automationId) {
+  constexpr int kLongNumber = 6;
+  const auto isDigit = [](KorvaneChar unit) { return unit >= '0' && unit <= '9'; };
+  const auto isHex = [&](KorvaneChar unit) {
+    return isDigit(unit) || (unit >= 'a' && unit <= 'f') || (unit >= 'A' && unit <= 'F');
+  };
+  int digits = 0;
+  int hexInARow = 0;
+  int groups = 0;
+  for (std::size_t i = 0; i < automationId.size(); ++i) {
+    digits = isDigit(automationId[i]) ? digits + 1 : 0;
+    if (digits >= kLongNumber) {
+      return true;
+    }
+    // A UUID has five groups of hexadecimal digits, with dashes between them.
+    hexInARow = isHex(automationId[i]) ? hexInARow + 1 : 0;
+    groups = automationId[i] == '-' && i > 0 && isHex(automationId[i - 1]) ? groups + 1 : groups;
+    if (groups == 4 && hexInARow == 12) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool IsContainer(int controlType) {
+  constexpr int kContainers[] = {50008, 50009, 50010, 50017, 50018, 50021, 50023, 50025,
+                                 50026, 50028, 50032, 50033, 50034, 50036, 50037};
+  return std::find(std::begin(kContainers), std::end(kContainers), controlType) != std::end(kContainers);
+}
+
+std::string NameOfType(int controlType) {
+  static constexpr const char* kNames[] = {
+      "button",      "calendar", "check box", "combo box",    "field",          "link",         "image",
+      "list row",    "list",     "menu",      "menu bar",     "menu item",      "progress bar", "radio button",
+      "scroll bar",  "slider",   "spinner",   "status bar",   "tab strip",      "tab",          "text",
+      "tool bar",    "tool tip", "tree",      "tree item",    "custom control", "group",        "thumb",
+      "data grid",   "data row", "document",  "split button", "window",         "pane",         "header",
+      "header item", "table",    "title bar", "separator"};
+  const int index = controlType - 50000;
+  return index >= 0 && index < static_cast<int>(std::size(kNames)) ? kNames[index]
+                                                                   : "element of type " + std::to_string(controlType);
+}
+
+std::string LabelOf(const world::Element& element) {
+  constexpr int kLabelled[] = {50000, 50002, 50005, 50007, 50011, 50013, 50019, 50024, 50029, 50031, 50035};
+  return std::find(std::begin(kLabelled), std::end(kLabelled), element.controlType) != std::end(kLabelled)
+             ? Utf8(world::NameOf(element))
+             : std::string();
 }
 
 }  // namespace host

@@ -1,11 +1,13 @@
-// The identifications of a record, tried together as the library does, and each alone.
+// The recorded element, found again: each identification of its record tried, what answers compared with the record.
+// Only the very same element is found; what merely stands where it stood is another one.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "host/engine/library_log.h"
+#include "host/recording/recording.h"
+#include "host/world/elements.h"
 #include "host/world/world.h"
 #include "korvane/korvane.h"
 
@@ -17,28 +19,62 @@ inline constexpr Identification kIdentifications[] = {Identification::Automation
 const char* NameOf(Identification identification);
 // How recordings write it.
 const char* MethodWordOf(Identification identification);
+int MethodOf(Identification identification);
+
+enum class Finding {
+  NotRecorded,  // the record has no such identification
+  NotFound,
+  Another,    // it leads to an element that is not the recorded one
+  Ambiguous,  // several elements answer to it
+  Found,
+};
 
 struct Attempt {
   Identification by = Identification::AutomationId;
-  bool recorded = false;  // the record has such an identification
-  bool found = false;
-  bool another = false;  // what is at the point is not what was recorded
+  Finding finding = Finding::NotRecorded;
+  std::string why;  // of all but Found
   double milliseconds = 0;
+  std::optional<world::Element> element;  // of Found and Another
 };
 std::string Describe(const Attempt& attempt);
 
-Attempt TryAlone(const TargetRecord& record, HWND window, Identification by);
-
-struct Resolution {
-  int code = 0;
-  std::optional<Identification> answeredBy;
-  double milliseconds = 0;
-  std::vector<std::string> lines;
+// What is looked for, and where.
+struct Sought {
+  const TargetRecord& record;
+  const std::string& label;  // empty: not known
+  const WindowName& recorded;
+  const world::Window& window;
 };
-// As the library would for an action; which identification answered is what its log tells.
-Resolution Resolve(const TargetRecord& record, HWND window, LibraryLog& log);
 
-// By AutomationId when both have one, else by the path.
-bool IsSameElement(const TargetRecord& left, const TargetRecord& right);
+Attempt TryAlone(const Sought& sought, Identification by);
+Identification PreferredOf(const TargetRecord& record);
+
+struct Identified {
+  Identification preferred = Identification::AutomationId;
+  std::vector<Attempt> attempts;  // in the order tried
+  std::optional<world::Element> element;
+  Identification by = Identification::AutomationId;
+  std::string refusal;  // why no element is taken
+  // For the library: the same element, by what found it and nothing else, so that it cannot take another one instead.
+  TargetRecord record{};
+
+  bool IsHealed() const {
+    return element && by != preferred;
+  }
+};
+Identified Identify(const Sought& sought);
+
+// The record's path as it leads from this window: an owned window stands below its owner on some desktops, so that a
+// path recorded from the owner has levels that are not in the window.
+TargetRecord FittedTo(const TargetRecord& record, const world::Element& window);
+// Where the record's point is now that its window may have moved.
+world::Point PointNow(const Sought& sought);
+// Numbers that a program gives anew at each start: long ones, and UUIDs.
+bool LooksGenerated(const WideText& automationId);
+// Windows, lists, panes and whatever else is made of parts: pointing at one means a place in it.
+bool IsContainer(int controlType);
+std::string NameOfType(int controlType);
+// Of elements whose name says which one they are, such as buttons and rows; empty for all others.
+std::string LabelOf(const world::Element& element);
 
 }  // namespace host

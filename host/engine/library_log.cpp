@@ -62,10 +62,16 @@ LibraryLog::LibraryLog(const std::string& file)
     cleanupAutomation();
     throw Failure(ExitCode::NotHere, "UI Automation does not start: " + why);
   }
+  if (elements_.emplace(); !elements_->IsGranted()) {
+    elements_.reset();
+    cleanupAutomation();
+    throw Failure(ExitCode::NotHere, "UI Automation does not start: its object cannot be made");
+  }
 }
 
 LibraryLog::~LibraryLog() {
   clearElementCache();
+  elements_.reset();
   cleanupAutomation();
   if (temporary_) {
     std::error_code ignored;

@@ -2,15 +2,19 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "host/world/elements.h"
 
 namespace host {
 
 // Lines of a log as UTF-8, without their ends: the library writes one byte up to U+00FF and \uXXXX beyond.
 std::vector<std::string> LogLines(const std::string& bytes);
 
-// While it lives, the library is set up and writes to the file; one without a name is temporary. One at a time.
+// While it lives, the library is set up and writes to the file, and elements can be asked; a file without a name is
+// temporary. One at a time.
 class LibraryLog {
  public:
   explicit LibraryLog(const std::string& file);
@@ -28,6 +32,7 @@ class LibraryLog {
   std::string file_;
   bool temporary_;
   std::uintmax_t read_ = 0;
+  std::optional<world::ElementAccess> elements_;
 };
 
 }  // namespace host

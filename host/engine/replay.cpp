@@ -18,23 +18,13 @@ struct CancelMonitor {
   }
 };
 
-std::string ExplainFailure(const StepResult& result, const std::string& file) {
-  std::vector<Attempt> alone;
-  if (result.code == KORVANE_NOT_FOUND && result.window) {
-    for (const Identification by : kIdentifications) {
-      alone.push_back(TryAlone(result.step->target, result.window->handle, by));
-    }
-  }
-  return Explain(result, alone, file);
-}
-
 std::string HowToGoOn(const Run& run, std::size_t row, std::size_t step) {
   const std::string rowOption = run.name.empty() ? "" : "--row " + std::to_string(row + 1) + " ";
   return " Go on from here: the same command with " + rowOption + "--from " + std::to_string(step + 1) + ".";
 }
 
 ExitCode CodeOf(const StepResult& result) {
-  return result.code == KORVANE_OK          ? ExitCode::Ok
+  return result.state != StepState::Failed  ? ExitCode::Ok
          : result.code == KORVANE_CANCELLED ? ExitCode::Cancelled
          : result.windowGone                ? ExitCode::NoWindow
                                             : ExitCode::StepFailed;
@@ -47,6 +37,8 @@ Replayed Replay(const Recording& recording, const std::vector<Variables>& rows, 
   const CancelMonitor monitor;
   StepRunner runner(recording, log, options.run);
   Replayed replayed;
+  const double start = world::Now();
+  replayed.stepsOfRow = recording.steps.size();
   for (std::size_t row = options.row; row < rows.size(); ++row) {
     Variables variables = rows[row];
     Run& run = replayed.runs.emplace_back();
@@ -60,12 +52,13 @@ Replayed Replay(const Recording& recording, const std::vector<Variables>& rows, 
       const ExitCode code = CodeOf(result);
       const bool ends = code == ExitCode::Cancelled || (code != ExitCode::Ok && !options.keepGoing);
       if (code != ExitCode::Ok) {
-        result.explanation = ExplainFailure(result, options.file) + (ends ? HowToGoOn(run, row, i) : "");
+        result.explanation = Explain(result, options.file) + (ends ? HowToGoOn(run, row, i) : "");
         replayed.code = replayed.code == ExitCode::Ok || code == ExitCode::Cancelled ? code : replayed.code;
       }
       progress.stepEnds(result);
       if (ends) {
         replayed.rowsLeft = rows.size() - row - 1;
+        replayed.milliseconds = world::Now() - start;
         return replayed;
       }
       // The rest of the row would act on what the failure left behind; the next row begins anew.
@@ -74,7 +67,41 @@ Replayed Replay(const Recording& recording, const std::vector<Variables>& rows, 
       }
     }
   }
+  replayed.milliseconds = world::Now() - start;
   return replayed;
+}
+
+Totals Sum(const Replayed& replayed) {
+  Totals totals;
+  for (const Run& run : replayed.runs) {
+    totals.steps += replayed.stepsOfRow - run.from;
+    for (const StepResult& result : run.steps) {
+      totals.ok += result.state == StepState::Ok ? 1 : 0;
+      totals.healed += result.state == StepState::Healed ? 1 : 0;
+      totals.failed += result.state == StepState::Failed ? 1 : 0;
+    }
+  }
+  totals.steps += replayed.rowsLeft * replayed.stepsOfRow;
+  totals.notRun = totals.steps - totals.ok - totals.healed - totals.failed;
+  return totals;
+}
+
+std::string Describe(const Totals& totals) {
+  return std::to_string(totals.steps) + " steps: " + std::to_string(totals.ok) + " ok, " +
+         std::to_string(totals.healed) + " healed, " + std::to_string(totals.failed) + " failed, " +
+         std::to_string(totals.notRun) + " not run";
+}
+
+Recording Corrected(const Recording& recording, const Replayed& replayed) {
+  Recording corrected = recording;
+  for (const Run& run : replayed.runs) {
+    for (const StepResult& result : run.steps) {
+      if (result.proposal) {
+        corrected.steps[result.index].target = *result.proposal;
+      }
+    }
+  }
+  return corrected;
 }
 
 }  // namespace host

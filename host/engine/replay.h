@@ -27,8 +27,24 @@ struct Run {
 struct Replayed {
   std::vector<Run> runs;
   std::size_t rowsLeft = 0;  // not begun
+  std::size_t stepsOfRow = 0;
+  double milliseconds = 0;  // on the clock
   ExitCode code = ExitCode::Ok;
 };
+
+// Every step is one of the four.
+struct Totals {
+  std::size_t steps = 0;
+  std::size_t ok = 0;
+  std::size_t healed = 0;
+  std::size_t failed = 0;
+  std::size_t notRun = 0;
+};
+Totals Sum(const Replayed& replayed);
+// "11 steps: 9 ok, 1 healed, 1 failed, 0 not run"
+std::string Describe(const Totals& totals);
+// The recording with the targets that healed steps propose.
+Recording Corrected(const Recording& recording, const Replayed& replayed);
 
 // What is told on the way.
 struct Progress {

@@ -1,20 +1,21 @@
 #include "host/engine/run_step.h"
 
-#include <cstring>
+#include <algorithm>
 
 #include "host/base/text.h"
 #include "host/engine/find_window.h"
-#include "host/engine/identify.h"
 #include "host/recording/shortcut.h"
 
 namespace host {
 
 namespace {
 
-// Between two looks at the Escape key.
-constexpr int kSliceMs = 100;
+// Between two looks at the Escape key, and at what is waited for.
+constexpr int kSliceMs = 50;
 // Within this time two clicks on one spot are a double click, which selects a word.
 constexpr double kDoubleClickMs = 600;
+// How long a field may take to show what was typed, or that what it held before was replaced.
+constexpr int kSettleMs = 1000;
 
 // What the target shows; nothing when it cannot be read.
 std::optional<std::string> ReadText(const TargetRecord& target, HWND window) {
@@ -27,6 +28,24 @@ std::optional<std::string> ReadText(const TargetRecord& target, HWND window) {
   return read;
 }
 
+// What a field holds, with line breaks as one character each, however it writes them.
+std::optional<std::string> HeldBy(const world::Element& element) {
+  const auto value = world::ValueOf(element);
+  if (!value) {
+    return std::nullopt;
+  }
+  std::string text = Utf8(*value);
+  std::erase(text, '\r');
+  return text;
+}
+
+// A text as a field that was given it would hold it.
+std::string AsHeld(const std::string& given) {
+  std::string text = Utf8(Wide(given));
+  std::erase(text, '\r');
+  return text;
+}
+
 bool Matches(const std::string& shown, const std::string& expected, Match match) {
   return match == Match::Equals ? shown == expected : shown.find(expected) != std::string::npos;
 }
@@ -35,32 +54,69 @@ std::string Shows(const std::optional<std::string>& text) {
   return text ? "shows \"" + Shortened(*text, 200) + "\"" : "shows no text";
 }
 
-bool IsIn(const world::Rect& rect, world::Point point) {
-  return point.x >= rect.left && point.x < rect.right && point.y >= rect.top && point.y < rect.bottom;
+// True as soon as it holds; false when the time is up or Escape was pressed.
+template <class Condition>
+bool Await(int milliseconds, Condition condition) {
+  const double end = world::Now() + milliseconds;
+  for (;;) {
+    if (condition()) {
+      return true;
+    }
+    if (world::Now() >= end || isCancelled() == 1) {
+      return false;
+    }
+    delay(10);
+  }
 }
 
-bool Clicks(Action action) {
-  return action == Action::Click || action == Action::Paste || action == Action::Type || action == Action::Shortcut;
+int Cancelled(int otherwise) {
+  return isCancelled() == 1 ? KORVANE_CANCELLED : otherwise;
 }
 
-// Where the target is now: where the click went, else where it was in its window, if that is it.
-std::optional<world::Rect> PlaceOf(const Step& step, const WindowName& recorded, const world::Window& window,
-                                   bool clicked) {
-  if (!step.hasTarget) {
-    return std::nullopt;
+// The record with what found its element, so that the next replay begins with that.
+TargetRecord Corrected(const Aim& aim, const Step& step, const world::Window& window) {
+  TargetRecord proposal = step.target;
+  proposal.identificationMethod = MethodOf(aim.identified.by);
+  TargetRecord fresh{};
+  const auto point = world::ClickPoint(*aim.identified.element);
+  const auto there = point ? world::ElementUnder(*point) : std::nullopt;
+  const bool reachable = there && world::Same(*there, *aim.identified.element);
+  if (!reachable || captureTargetAtPoint(&fresh, point->x, point->y) != KORVANE_OK) {
+    return proposal;
   }
-  if (clicked) {
-    return IsIn(window.rect, world::Cursor()) ? world::ElementAt(world::Cursor()) : std::nullopt;
+  if (const auto root = world::ElementOfWindow(window.handle)) {
+    fresh = FittedTo(fresh, *root);
   }
-  const world::Point expected{step.target.x - recorded.rect.left + window.rect.left,
-                              step.target.y - recorded.rect.top + window.rect.top};
-  TargetRecord there{};
-  const bool same = captureTargetAtPoint(&there, expected.x, expected.y) == KORVANE_OK &&
-                    IsSameElement(there, step.target) && IsIn(window.rect, expected);
-  return same ? world::ElementAt(expected) : std::nullopt;
+  proposal.pathLength = fresh.pathLength;
+  std::copy(std::begin(fresh.controlTypes), std::end(fresh.controlTypes), std::begin(proposal.controlTypes));
+  std::copy(std::begin(fresh.childIndices), std::end(fresh.childIndices), std::begin(proposal.childIndices));
+  std::copy(&fresh.classNames[0][0], &fresh.classNames[0][0] + sizeof fresh.classNames / sizeof(KorvaneChar),
+            &proposal.classNames[0][0]);
+  return proposal;
 }
 
 }  // namespace
+
+void TellFinding(const Aim& aim, const Step& step, const world::Window& window, const WindowName& /*recorded*/,
+                 StepResult& result) {
+  result.attempts = aim.identified.attempts;
+  result.preferred = aim.identified.preferred;
+  if (!aim.identified.element) {
+    return;
+  }
+  result.foundBy = aim.identified.by;
+  result.mark = world::RectOf(*aim.identified.element);
+  if (!aim.identified.IsHealed()) {
+    return;
+  }
+  for (const Attempt& attempt : aim.identified.attempts) {
+    if (attempt.by == aim.identified.preferred) {
+      result.healing = std::string("its ") + NameOf(attempt.by) + ": " + attempt.why + "; its " +
+                       NameOf(aim.identified.by) + " found the same element";
+    }
+  }
+  result.proposal = Corrected(aim, step, window);
+}
 
 StepResult StepRunner::Run(std::size_t index, Variables& variables) {
   const Step& step = recording_.steps[index];
@@ -71,48 +127,98 @@ StepResult StepRunner::Run(std::size_t index, Variables& variables) {
   result.text = literal ? step.text : Expand(step.text, variables, NameOf(index, step));
   log_.NewLines();
   result.start = world::Now();
-  const int timeoutMs = step.timeoutMs != 0 ? step.timeoutMs : options_.timeoutMs;
-  result.window = AwaitWindow(recording_.windows[step.window], timeoutMs, [] { return isCancelled() == 1; });
-  result.windowGone = !result.window && isCancelled() == 0;
-  if (isCancelled() == 1) {
-    result.code = KORVANE_CANCELLED;
-  } else if (result.windowGone) {
-    result.code = KORVANE_NOT_FOUND;
-    result.remark = "no window " + Describe(recording_.windows[step.window]);
-  } else {
-    result.code = Act({step, result.window->handle, timeoutMs, result, variables});
-    if (result.code != KORVANE_OK && !world::Describe(result.window->handle)) {
-      result.windowGone = true;
-      result.remark = "the window " + Describe(recording_.windows[step.window]) + " was closed meanwhile";
-    }
-  }
+  Turn turn{step, step.timeoutMs != 0 ? step.timeoutMs : options_.timeoutMs, result, variables, {}};
+  result.code = Do(turn);
   result.milliseconds = world::Now() - result.start;
   logAction(Wide(std::to_string(index + 1) + " " + Title(step)).c_str(), result.code,
             static_cast<int>(result.milliseconds));
   result.lines = log_.NewLines();
+  Judge(turn);
   if (options_.pictures && result.window) {
     Illustrate(result);
   }
   return result;
 }
 
+int StepRunner::Do(Turn& turn) {
+  StepResult& result = turn.result;
+  const WindowName& name = recording_.windows[turn.step.window];
+  result.window = AwaitWindow(name, turn.timeoutMs, [] { return isCancelled() == 1; });
+  if (isCancelled() == 1) {
+    return KORVANE_CANCELLED;
+  }
+  if (!result.window) {
+    result.windowGone = true;
+    result.remark = "no window " + Describe(name);
+    return KORVANE_NOT_FOUND;
+  }
+  int code = KORVANE_NOT_FOUND;
+  if (!turn.step.hasTarget) {
+    code = options_.dryRun ? KORVANE_OK : Act(turn);
+  } else if (AimAt(turn)) {
+    code = options_.dryRun || (options_.strict && turn.aim.identified.IsHealed()) ? KORVANE_OK : Act(turn);
+  }
+  code = code == KORVANE_NOT_FOUND ? Cancelled(code) : code;
+  if (code != KORVANE_OK && !world::Describe(result.window->handle)) {
+    result.windowGone = true;
+    result.remark = "the window " + Describe(name) + " was closed meanwhile";
+  }
+  return code;
+}
+
+// Until the time is up: what a step acts on often comes a moment after what the step before did.
+bool StepRunner::AimAt(Turn& turn) const {
+  StepResult& result = turn.result;
+  const WindowName& name = recording_.windows[turn.step.window];
+  // A remembered point would be clicked without a look at what is there now.
+  clearElementCache();
+  Await(turn.timeoutMs, [&] {
+    if (const auto now = world::Describe(result.window->handle)) {
+      result.window = now;
+    }
+    const bool clicks = ClicksTarget(turn.step);
+    turn.aim = TakeAim({turn.step.target, turn.step.label, name, *result.window}, clicks, !options_.dryRun);
+    // Covered or minimised: a look from the front.
+    if (turn.aim.refusal.empty() && clicks && !options_.dryRun &&
+        !BelongsTo(world::RootAt(*turn.aim.point), result.window->handle)) {
+      ensureWindowFocus(result.window->handle);
+      result.window = world::Describe(result.window->handle).value_or(*result.window);
+      turn.aim = TakeAim({turn.step.target, turn.step.label, name, *result.window}, clicks, true);
+      if (turn.aim.refusal.empty() && !BelongsTo(world::RootAt(*turn.aim.point), result.window->handle)) {
+        turn.aim.refusal = "another window covers it and does not make way";
+      }
+    }
+    return turn.aim.refusal.empty();
+  });
+  TellFinding(turn.aim, turn.step, *result.window, name, result);
+  result.remark = turn.aim.refusal.empty() ? turn.aim.remark : turn.aim.refusal;
+  return turn.aim.refusal.empty();
+}
+
+// "ok" is what was seen to be done to the recorded element; nothing else is.
+void StepRunner::Judge(const Turn& turn) const {
+  StepResult& result = turn.result;
+  const bool healed = result.foundBy && result.foundBy != result.preferred;
+  if (result.code == KORVANE_OK && healed && options_.strict) {
+    result.code = KORVANE_NOT_FOUND;
+    result.remark = result.healing;
+  }
+  result.state = result.code != KORVANE_OK ? StepState::Failed : healed ? StepState::Healed : StepState::Ok;
+}
+
 void StepRunner::Illustrate(StepResult& result) {
-  const Step& step = *result.step;
   if (const auto now = world::Describe(result.window->handle)) {
-    const bool clicked = Clicks(step.action) && !options_.dryRun && result.code == KORVANE_OK;
-    result.mark = PlaceOf(step, recording_.windows[step.window], *now, clicked);
     result.picture = world::TakePicture(now->handle);
   }
   log_.NewLines();
 }
 
-int StepRunner::Act(const Turn& turn) {
-  if (options_.dryRun) {
-    return turn.step.hasTarget ? Resolve(turn.step.target, turn.window, log_).code : KORVANE_OK;
-  }
+int StepRunner::Act(Turn& turn) {
   switch (turn.step.action) {
     case Action::Click:
-      return Click(turn);
+      return Click(turn, 1);
+    case Action::DoubleClick:
+      return Click(turn, 2);
     case Action::Paste:
       return Paste(turn);
     case Action::Type:
@@ -129,39 +235,119 @@ int StepRunner::Act(const Turn& turn) {
   return Read(turn);
 }
 
-void StepRunner::KeepClearOfDoubleClick(const TargetRecord& target) {
+void StepRunner::KeepClearOfDoubleClick(world::Point point) {
   const double since = world::Now() - lastClickAt_;
-  if (lastClicked_ && std::memcmp(&*lastClicked_, &target, sizeof target) == 0 && since < kDoubleClickMs) {
+  if (lastClicked_ && lastClicked_->x == point.x && lastClicked_->y == point.y && since < kDoubleClickMs) {
     delay(static_cast<int>(kDoubleClickMs - since) + 1);
   }
-  lastClicked_ = target;
+  lastClicked_ = point;
   lastClickAt_ = world::Now();
 }
 
-int StepRunner::Click(const Turn& turn) {
-  KeepClearOfDoubleClick(turn.step.target);
-  return clickTarget(&turn.step.target, turn.window);
+int StepRunner::Click(Turn& turn, int times) {
+  KeepClearOfDoubleClick(*turn.aim.point);
+  if (times == 1 && !turn.aim.exact) {
+    if (const int code = clickTarget(&turn.Target(), turn.Window()); code != KORVANE_OK) {
+      return code;
+    }
+    return ClickSeen(turn);
+  }
+  ensureWindowFocus(turn.Window());
+  if (!world::Click(*turn.aim.point, times)) {
+    return KORVANE_FAILED;
+  }
+  return ClickSeen(turn);
 }
 
-int StepRunner::Paste(const Turn& turn) {
-  KeepClearOfDoubleClick(turn.step.target);
-  if (const int code = setClipboardText(Wide(turn.result.text).c_str()); code != KORVANE_OK) {
-    turn.result.remark = "the clipboard does not take the text";
+// Where the pointer is now is where the click went.
+int StepRunner::ClickSeen(Turn& turn) {
+  const world::Point at = world::Cursor();
+  turn.result.clicked = at;
+  const HWND there = world::RootAt(at);
+  // A click may have closed the window.
+  const bool stands = world::Describe(turn.Window()).has_value();
+  if (stands && !BelongsTo(there, turn.Window())) {
+    const auto other = there == nullptr ? std::nullopt : world::Describe(there);
+    turn.result.remark = "the click went to another window" + (other ? ": " + Describe(NameOf(*other)) : "");
+    return KORVANE_FAILED;
+  }
+  return KORVANE_OK;
+}
+
+int StepRunner::Paste(Turn& turn) {
+  StepResult& result = turn.result;
+  const world::Element& field = *turn.aim.identified.element;
+  const std::string expected = AsHeld(result.text);
+  if (turn.step.replace || result.text.empty() || turn.aim.exact) {
+    if (const int code = Click(turn, 1); code != KORVANE_OK) {
+      return code;
+    }
+  }
+  if (turn.step.replace && !world::SendKeys(*FindShortcut("Ctrl+A"))) {
+    return KORVANE_FAILED;
+  }
+  if (result.text.empty()) {
+    if (!turn.step.replace) {
+      result.remark = "the text is empty: nothing was pasted";
+      return KORVANE_OK;
+    }
+    world::SendKeys(*FindShortcut("Delete"));
+  } else if (setClipboardText(Wide(result.text).c_str()) != KORVANE_OK) {
+    result.remark = "the clipboard does not take the text";
+    return KORVANE_FAILED;
+  }
+  const auto before = HeldBy(field);
+  int code = KORVANE_OK;
+  if (turn.step.replace || turn.aim.exact) {
+    // The field is clicked, and its content selected: one more click would take that back.
+    code = result.text.empty() || sendCtrlV() == KORVANE_OK ? KORVANE_OK : KORVANE_FAILED;
+  } else {
+    KeepClearOfDoubleClick(*turn.aim.point);
+    code = pasteToTargetWithVerifyEx(&turn.Target(), turn.Window(), turn.timeoutMs);
+    if (code == KORVANE_OK) {
+      code = ClickSeen(turn);
+    }
+  }
+  if (code != KORVANE_OK && code != KORVANE_FAILED) {
     return code;
   }
-  const int code = pasteToTargetWithVerifyEx(&turn.step.target, turn.window, turn.timeoutMs);
+  result.expected = result.text;
+  if (code == KORVANE_OK) {
+    // The library is content with the second half of the text, and with what the field held before.
+    std::optional<std::string> now;
+    const auto shows = [&] {
+      now = HeldBy(field);
+      return now && (turn.step.replace ? *now == expected : now->find(expected) != std::string::npos);
+    };
+    if (!Await(turn.timeoutMs, shows)) {
+      code = Cancelled(KORVANE_FAILED);
+    } else if (!turn.step.replace && before && *before == *now && *now != expected &&
+               !Await(std::min(turn.timeoutMs, kSettleMs), [&] { return HeldBy(field) != before; })) {
+      result.remark = "the field held the text before, and nothing changed";
+      result.received = now;
+      return KORVANE_FAILED;
+    }
+  }
+  result.received = HeldBy(field);
   if (code == KORVANE_FAILED) {
-    turn.result.remark = Shows(ReadText(turn.step.target, turn.window));
+    result.received = result.received ? result.received : ReadText(turn.Target(), turn.Window());
+    result.remark = result.remark.empty() || turn.aim.remark == result.remark ? Shows(result.received) : result.remark;
   }
   return code;
 }
 
-int StepRunner::Type(const Turn& turn) {
-  if (const int code = Click(turn); code != KORVANE_OK) {
+int StepRunner::Type(Turn& turn) {
+  StepResult& result = turn.result;
+  const world::Element& field = *turn.aim.identified.element;
+  if (const int code = Click(turn, 1); code != KORVANE_OK) {
     return code;
   }
+  if (turn.step.replace && !(world::SendKeys(*FindShortcut("Ctrl+A")) && world::SendKeys(*FindShortcut("Delete")))) {
+    return KORVANE_FAILED;
+  }
+  const auto before = HeldBy(field);
   constexpr std::size_t kAtOnce = 20;
-  const WideText text = Wide(turn.result.text);
+  const WideText text = Wide(result.text);
   for (std::size_t i = 0; i < text.size(); i += kAtOnce) {
     if (isCancelled() == 1) {
       return KORVANE_CANCELLED;
@@ -170,50 +356,72 @@ int StepRunner::Type(const Turn& turn) {
       return code;
     }
   }
+  if (!before && !turn.step.replace) {
+    result.remark = "what was typed cannot be read back: the target tells no text";
+    return KORVANE_OK;
+  }
+  // A field may change what it is given; it must change in some way.
+  const std::string expected = AsHeld(result.text);
+  const bool seen = Await(std::min(turn.timeoutMs, kSettleMs), [&] {
+    const auto now = HeldBy(field);
+    return turn.step.replace ? now == expected : result.text.empty() || now != before;
+  });
+  result.expected = result.text;
+  result.received = HeldBy(field);
+  if (!seen) {
+    result.remark = Shows(result.received);
+    return Cancelled(KORVANE_FAILED);
+  }
   return KORVANE_OK;
 }
 
-int StepRunner::SendShortcut(const Turn& turn) {
-  const int ready = turn.step.hasTarget ? Click(turn) : ensureWindowFocus(turn.window);
-  return ready != KORVANE_OK ? ready : (*FindShortcut(turn.step.text))();
+int StepRunner::SendShortcut(Turn& turn) {
+  const int ready = turn.step.hasTarget ? Click(turn, 1) : ensureWindowFocus(turn.Window());
+  if (ready != KORVANE_OK) {
+    return ready;
+  }
+  return world::SendKeys(*FindShortcut(turn.step.text)) ? KORVANE_OK : KORVANE_FAILED;
 }
 
-int StepRunner::Wait(const Turn& turn) {
-  const WideText expected = Wide(turn.result.text);
-  const double end = world::Now() + turn.timeoutMs;
+int StepRunner::Wait(Turn& turn) {
+  StepResult& result = turn.result;
   std::optional<std::string> shown;
-  do {
-    if (isCancelled() == 1) {
-      return KORVANE_CANCELLED;
-    }
-    const auto wait = turn.step.match == Match::Equals ? waitForTargetContainsText : waitForTargetContainsPartialText;
-    wait(&turn.step.target, turn.window, expected.c_str(), kSliceMs);
+  const double begin = world::Now();
+  while (isCancelled() == 0) {
     // The library's partial comparison is also content with a part of what is expected.
-    shown = ReadText(turn.step.target, turn.window);
-    if (shown && Matches(*shown, turn.result.text, turn.step.match)) {
+    shown = ReadText(turn.Target(), turn.Window());
+    result.expected = result.text;
+    result.received = shown;
+    if (shown && Matches(*shown, result.text, turn.step.match)) {
       return KORVANE_OK;
     }
-    delay(1);
-  } while (world::Now() < end);
-  turn.result.remark =
-      Shows(shown) + " after " + std::to_string(turn.timeoutMs) + " ms, not \"" + turn.result.text + "\"";
-  return shown ? KORVANE_FAILED : KORVANE_NOT_FOUND;
+    if (world::Now() - begin >= turn.timeoutMs) {
+      result.remark = Shows(shown) + " after " + std::to_string(turn.timeoutMs) + " ms, not \"" + result.text + "\"";
+      return shown ? KORVANE_FAILED : KORVANE_NOT_FOUND;
+    }
+    delay(kSliceMs);
+  }
+  return KORVANE_CANCELLED;
 }
 
-int StepRunner::Check(const Turn& turn) {
-  const auto shown = ReadText(turn.step.target, turn.window);
-  if (shown && Matches(*shown, turn.result.text, turn.step.match)) {
+int StepRunner::Check(Turn& turn) {
+  StepResult& result = turn.result;
+  const auto shown = ReadText(turn.Target(), turn.Window());
+  result.expected = result.text;
+  result.received = shown;
+  if (shown && Matches(*shown, result.text, turn.step.match)) {
     return KORVANE_OK;
   }
-  turn.result.remark = Shows(shown) + ", not \"" + turn.result.text + "\"";
-  return shown ? KORVANE_FAILED : KORVANE_NOT_FOUND;
+  result.remark = Shows(shown) + ", not \"" + result.text + "\"";
+  return KORVANE_FAILED;
 }
 
-int StepRunner::Read(const Turn& turn) {
-  const auto shown = ReadText(turn.step.target, turn.window);
+int StepRunner::Read(Turn& turn) {
+  const auto shown = ReadText(turn.Target(), turn.Window());
+  turn.result.received = shown;
   if (!shown) {
     turn.result.remark = Shows(shown);
-    return KORVANE_NOT_FOUND;
+    return KORVANE_FAILED;
   }
   turn.variables[turn.step.text] = *shown;
   turn.result.remark = turn.step.text + " = \"" + Shortened(*shown, 200) + "\"";

@@ -1,38 +1,23 @@
-// One step of a recording, done: the window found, the action taken, what came of it.
+// One step of a recording, done: the window found, the element identified, the action taken, and what came of it seen.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
+#include "host/engine/aim.h"
 #include "host/engine/library_log.h"
+#include "host/engine/step_result.h"
 #include "host/recording/recording.h"
 #include "host/recording/variables.h"
 #include "host/world/world.h"
 
 namespace host {
 
-struct StepResult {
-  std::size_t index = 0;
-  const Step* step = nullptr;
-  std::string text;  // with the variables' values
-  int code = 0;
-  bool windowGone = false;
-  double start = 0;  // on world::Now()
-  double milliseconds = 0;
-  std::string remark;              // what was seen instead, or what was read
-  std::vector<std::string> lines;  // of the library's log
-  std::string explanation;         // of a failure
-  std::optional<world::Window> window;
-  std::optional<world::Rect> mark;  // the target on the screen
-  std::optional<world::Picture> picture;
-};
-
 struct RunOptions {
   int timeoutMs = 3000;
   bool dryRun = false;    // resolve, but do not act
   bool pictures = false;  // take one after each step
+  bool strict = false;    // a healed step is a failed one
 };
 
 class StepRunner {
@@ -44,30 +29,46 @@ class StepRunner {
   StepResult Run(std::size_t index, Variables& variables);
 
  private:
+  // The step at hand.
   struct Turn {
     const Step& step;
-    HWND window;
     int timeoutMs;
     StepResult& result;
     Variables& variables;
+    Aim aim;
+
+    HWND Window() const {
+      return result.window->handle;
+    }
+    const TargetRecord& Target() const {
+      return aim.identified.record;
+    }
   };
 
-  int Act(const Turn& turn);
-  int Click(const Turn& turn);
-  int Paste(const Turn& turn);
-  int Type(const Turn& turn);
-  int SendShortcut(const Turn& turn);
-  static int Wait(const Turn& turn);
-  static int Check(const Turn& turn);
-  static int Read(const Turn& turn);
-  void KeepClearOfDoubleClick(const TargetRecord& target);
+  int Do(Turn& turn);
+  bool AimAt(Turn& turn) const;
+  int Act(Turn& turn);
+  int Click(Turn& turn, int times);
+  int ClickSeen(Turn& turn);
+  int Paste(Turn& turn);
+  int Type(Turn& turn);
+  int SendShortcut(Turn& turn);
+  static int Wait(Turn& turn);
+  static int Check(Turn& turn);
+  static int Read(Turn& turn);
+  void KeepClearOfDoubleClick(world::Point point);
+  void Judge(const Turn& turn) const;
   void Illustrate(StepResult& result);
 
   const Recording& recording_;
   LibraryLog& log_;
   RunOptions options_;
-  std::optional<TargetRecord> lastClicked_;
+  std::optional<world::Point> lastClicked_;
   double lastClickAt_ = 0;
 };
+
+// What Judge tells of a target that was found, also when nothing is done with it.
+void TellFinding(const Aim& aim, const Step& step, const world::Window& window, const WindowName& recorded,
+                 StepResult& result);
 
 }  // namespace host

@@ -71,6 +71,14 @@ std::int32_t JsonFields::Number(const char* field, std::int32_t otherwise) const
   return Has(field) ? Number(field) : otherwise;
 }
 
+bool JsonFields::Flag(const char* field) const {
+  const Json& value = At(field);
+  if (!value.is_boolean()) {
+    Refuse(field, "is neither true nor false");
+  }
+  return value.get<bool>();
+}
+
 std::vector<std::int32_t> JsonFields::Numbers(const char* field, std::size_t count) const {
   const Json& list = List(field);
   if (list.size() != count || !std::all_of(list.begin(), list.end(), IsNumber)) {

@@ -22,6 +22,7 @@ class JsonFields {
   std::string Text(const char* field, const std::string& otherwise) const;
   std::int32_t Number(const char* field) const;
   std::int32_t Number(const char* field, std::int32_t otherwise) const;
+  bool Flag(const char* field) const;
   // A list of exactly so many numbers.
   std::vector<std::int32_t> Numbers(const char* field, std::size_t count) const;
   // A field that is not one of these is a mistake, not something to pass over.

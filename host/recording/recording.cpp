@@ -6,10 +6,10 @@ namespace host {
 
 const std::vector<ActionWords>& AllActions() {
   static const std::vector<ActionWords> actions = {
-      {Action::Click, "click", nullptr, true},  {Action::Paste, "paste", "text", true},
-      {Action::Type, "type", "text", true},     {Action::Shortcut, "shortcut", "keys", false},
-      {Action::Wait, "wait", "text", true},     {Action::Check, "check", "text", true},
-      {Action::Read, "read", "variable", true},
+      {Action::Click, "click", nullptr, true},       {Action::DoubleClick, "double-click", nullptr, true},
+      {Action::Paste, "paste", "text", true},        {Action::Type, "type", "text", true},
+      {Action::Shortcut, "shortcut", "keys", false}, {Action::Wait, "wait", "text", true},
+      {Action::Check, "check", "text", true},        {Action::Read, "read", "variable", true},
   };
   return actions;
 }

@@ -1,6 +1,7 @@
 // What a recording holds: windows by name, and steps that act on targets in them.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,7 +10,7 @@
 
 namespace host {
 
-enum class Action { Click, Paste, Type, Shortcut, Wait, Check, Read };
+enum class Action { Click, DoubleClick, Paste, Type, Shortcut, Wait, Check, Read };
 enum class Match { Contains, Equals };
 
 struct ActionWords {
@@ -35,13 +36,18 @@ struct Step {
   // What to paste, type, wait or check for, with ${VARIABLE}s in it; the keys of a shortcut; the variable of a read.
   std::string text;
   Match match = Match::Contains;
+  bool replace = false;    // paste and type: the field then holds exactly the text
   int timeoutMs = 0;       // 0: as the command line says
   std::size_t window = 0;  // index into the recording's windows
   bool hasTarget = false;
   TargetRecord target{};
+  // What a button, a row and the like was called; tells apart elements that differ in nothing else. Empty: not
+  // compared.
+  std::string label;
 };
 
 struct Recording {
+  std::optional<world::Screen> screen;  // that it was recorded on
   std::vector<WindowName> windows;
   std::vector<Step> steps;
 };

@@ -12,6 +12,10 @@ namespace {
 
 constexpr const char* kMatchWords[] = {"contains", "equals"};
 
+bool HasReplace(Action action) {
+  return action == Action::Paste || action == Action::Type;
+}
+
 bool HasMatch(Action action) {
   return action == Action::Wait || action == Action::Check;
 }
@@ -38,6 +42,18 @@ WindowName WindowFromJson(const Json& json, const std::string& where) {
   return window;
 }
 
+Json ScreenToJson(const world::Screen& screen) {
+  const auto& rect = screen.rect;
+  return {{"rect", {rect.left, rect.top, rect.right, rect.bottom}}, {"dpi", screen.dpi}};
+}
+
+world::Screen ScreenFromJson(const Json& json, const std::string& where) {
+  const JsonFields fields(json, where);
+  fields.AllowOnly({"rect", "dpi"});
+  const auto rect = fields.Numbers("rect", 4);
+  return {{rect[0], rect[1], rect[2], rect[3]}, fields.Number("dpi")};
+}
+
 Json StepToJson(const Step& step) {
   const ActionWords& words = WordsOf(step.action);
   Json json = {{"name", step.name}, {"action", words.word}};
@@ -47,10 +63,16 @@ Json StepToJson(const Step& step) {
   if (HasMatch(step.action)) {
     json["match"] = kMatchWords[step.match == Match::Equals];
   }
+  if (step.replace) {
+    json["replace"] = true;
+  }
   if (step.timeoutMs != 0) {
     json["timeout"] = step.timeoutMs;
   }
   json["window"] = step.window + 1;
+  if (!step.label.empty()) {
+    json["label"] = step.label;
+  }
   if (step.hasTarget) {
     json["target"] = ToJson(step.target);
   }
@@ -65,16 +87,16 @@ Action ActionFrom(const JsonFields& fields) {
     }
   }
   fields.Refuse("action", "is \"" + word +
-                              "\", which is not known; known are click, paste, type, shortcut, wait, "
-                              "check, read");
+                              "\", which is not known; known are click, double-click, paste, type, "
+                              "shortcut, wait, check, read");
 }
 
-std::string TextFrom(const JsonFields& fields, const ActionWords& words) {
+std::string TextFrom(const JsonFields& fields, const ActionWords& words, bool mayBeEmpty) {
   if (words.textField == nullptr) {
     return {};
   }
   std::string text = fields.Text(words.textField);
-  if (text.empty()) {
+  if (text.empty() && !mayBeEmpty) {
     fields.Refuse(words.textField, "is empty");
   }
   if (words.action == Action::Shortcut && !FindShortcut(text)) {
@@ -96,7 +118,11 @@ Step StepFromJson(const JsonFields& fields) {
   Step step;
   step.name = fields.Text("name", "");
   step.action = ActionFrom(fields);
-  step.text = TextFrom(fields, WordsOf(step.action));
+  step.replace = fields.Has("replace") && fields.Flag("replace");
+  if (step.replace && !HasReplace(step.action)) {
+    fields.Refuse("replace", "belongs to paste and type alone");
+  }
+  step.text = TextFrom(fields, WordsOf(step.action), step.replace);
   step.match = MatchFrom(fields);
   step.timeoutMs = fields.Number("timeout", 0);
   if (step.timeoutMs < 0) {
@@ -140,7 +166,8 @@ void CheckVersion(const JsonFields& fields, const std::string& file) {
 
 Step RecordedStep(const Json& json, const std::string& where, std::size_t windows) {
   const JsonFields fields(json, where);
-  fields.AllowOnly({"name", "action", "text", "keys", "variable", "match", "timeout", "window", "target"});
+  fields.AllowOnly(
+      {"name", "action", "text", "keys", "variable", "match", "replace", "timeout", "window", "label", "target"});
   Step step = StepFromJson(fields);
   const int window = fields.Number("window", 1);
   if (window < 1 || static_cast<std::size_t>(window) > windows) {
@@ -148,6 +175,7 @@ Step RecordedStep(const Json& json, const std::string& where, std::size_t window
   }
   step.window = static_cast<std::size_t>(window) - 1;
   step.hasTarget = fields.Has("target") || WordsOf(step.action).needsTarget;
+  step.label = fields.Text("label", "");
   if (step.hasTarget) {
     step.target = RecordFromJson(fields.At("target"), where + ", target");
   }
@@ -156,7 +184,7 @@ Step RecordedStep(const Json& json, const std::string& where, std::size_t window
 
 ScriptStep ScriptedStep(const Json& json, const std::string& where) {
   const JsonFields fields(json, where);
-  fields.AllowOnly({"name", "action", "text", "keys", "variable", "match", "timeout", "at", "method"});
+  fields.AllowOnly({"name", "action", "text", "keys", "variable", "match", "replace", "timeout", "at", "method"});
   ScriptStep scripted{StepFromJson(fields), {}, std::nullopt};
   scripted.step.hasTarget = fields.Has("at") || WordsOf(scripted.step.action).needsTarget;
   if (scripted.step.hasTarget) {
@@ -172,7 +200,12 @@ ScriptStep ScriptedStep(const Json& json, const std::string& where) {
 }  // namespace
 
 std::string WriteRecording(const Recording& recording) {
-  Json json = {{"korvane", kRecordingVersion}, {"windows", Json::array()}, {"steps", Json::array()}};
+  Json json = {{"korvane", kRecordingVersion}};
+  if (recording.screen) {
+    json["screen"] = ScreenToJson(*recording.screen);
+  }
+  json["windows"] = Json::array();
+  json["steps"] = Json::array();
   for (const WindowName& window : recording.windows) {
     json["windows"].push_back(WindowToJson(window));
   }
@@ -187,8 +220,11 @@ Recording ParseRecording(const std::string& file, const std::string& text) {
   const Json json = Parse(file, text);
   const JsonFields fields(json, file);
   CheckVersion(fields, file);
-  fields.AllowOnly({"korvane", "windows", "steps"});
+  fields.AllowOnly({"korvane", "screen", "windows", "steps"});
   Recording recording;
+  if (fields.Has("screen")) {
+    recording.screen = ScreenFromJson(fields.At("screen"), file + ": screen");
+  }
   for (const Json& window : fields.List("windows")) {
     recording.windows.push_back(
         WindowFromJson(window, file + ": window " + std::to_string(recording.windows.size() + 1)));

@@ -1,14 +1,16 @@
-// Key combinations by name: those that the library sends, and single keys.
+// Key combinations by name.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace host {
 
-// What sends it; the names' case does not matter. Empty when there is no such shortcut.
-std::optional<std::function<int()>> FindShortcut(const std::string& keys);
+// The virtual-key codes of "Ctrl+Shift+S", in the order in which they are pressed; the names' case does not matter.
+// Empty when there is no such combination.
+std::optional<std::vector<int>> FindShortcut(const std::string& keys);
+// What a combination can consist of, for messages.
 std::string AllShortcuts();
 
 }  // namespace host

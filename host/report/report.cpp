@@ -88,7 +88,8 @@ Json StepToJson(const Recording& recording, std::size_t index) {
 
 Json ResultToJson(const Recording& recording, const StepResult& result, double runStart, Pictures& pictures) {
   Json json = StepToJson(recording, result.index);
-  json["state"] = result.code == KORVANE_OK ? "ok" : "failed";
+  json["state"] = WordOf(result.state);
+  json["healing"] = result.healing;
   json["code"] = result.code;
   json["words"] = result.windowGone ? "no window" : WordsOfCode(result.code);
   json["text"] = result.step->action == Action::Read ? std::string() : result.text;

@@ -42,9 +42,26 @@ std::vector<Window> Windows();
 std::optional<Window> WindowAt(Point point);
 std::optional<Window> Describe(HWND window);
 
+// The top-level window under a screen point, and the window that owns another; null: none.
+HWND RootAt(Point point);
+HWND OwnerOf(HWND window);
+
 Point Cursor();
-// The control, or part of one, at a screen point.
-std::optional<Rect> ElementAt(Point point);
+// The button pressed and released there so often. False: the desktop took none of it.
+bool Click(Point point, int times);
+// Keys by their virtual-key codes, held down in this order and let go in the other. False: the desktop took none.
+bool SendKeys(const std::vector<int>& keys);
+
+// Why input would go nowhere: the desktop is locked, or nobody sees it.
+std::optional<std::string> WhyNoInput();
+// Why a window takes no input of ours.
+std::optional<std::string> WhyOutOfReach(HWND window);
+struct Screen {
+  Rect rect;    // all monitors
+  int dpi = 0;  // 96: not scaled; 0: not known
+};
+Screen TheScreen();
+
 double Now();  // milliseconds since some start
 
 // A picture of a window with a little of what is around it, as an address that an <img> takes.

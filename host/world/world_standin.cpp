@@ -4,15 +4,14 @@
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
-#include <memory>
-#include <sstream>
 
 #include "host/base/failure.h"
 #include "host/base/text.h"
 #include "host/world/world.h"
 #include "host/world/world_standin_picture.h"
-#include "samples/order_form/twin.h"
+#include "host/world/world_standin_script.h"
 #include "standin/desktop/desktop.h"
+#include "standin/desktop/state.h"
 
 namespace host::world {
 
@@ -20,17 +19,8 @@ namespace {
 
 using standin::TheDesktop;
 
-constexpr const char* kScript = "KORVANE_DESKTOP";
-constexpr Point kUsualPlace{40, 40};
 // Calls into another program take their time on a real desktop, too.
 constexpr double kCrossProcessCost = 0.2;
-
-// Made after the desktop that it is on, and so gone before it.
-std::unique_ptr<order_form::Twin>& Form() {
-  TheDesktop();
-  static std::unique_ptr<order_form::Twin> form;
-  return form;
-}
 
 Rect FromRect(const RECT& rect) {
   return {rect.left, rect.top, rect.right, rect.bottom};
@@ -50,35 +40,6 @@ void SetClock() {
   TheDesktop().Clock().SetUtcOffsetMinutes(static_cast<int>(calendar.tm_gmtoff / 60));
 }
 
-// One instruction of the script: a word and its numbers.
-void Obey(const std::string& instruction) {
-  std::istringstream words(instruction);
-  std::string word;
-  std::vector<int> numbers;
-  words >> word;
-  for (int number = 0; words >> number;) {
-    numbers.push_back(number);
-    words >> std::ws;
-    words.peek() == ',' ? words.ignore() : words;
-  }
-  const bool complete = words.eof();
-  if (word == "form" && complete && numbers.size() == 2) {
-    Form() = std::make_unique<order_form::Twin>(numbers[0], numbers[1]);
-  } else if (word == "no-form" && complete && numbers.empty()) {
-    Form().reset();
-  } else if (word == "click" && complete && numbers.size() == 3) {
-    TheDesktop().Clock().After(numbers[0], [numbers] { TheDesktop().User().Click(numbers[1], numbers[2]); });
-  } else if (word == "escape" && complete && numbers.size() == 1) {
-    TheDesktop().User().HoldEscape(numbers[0], 120);
-  } else if (word == "close" && complete && numbers.size() == 1) {
-    TheDesktop().Clock().After(numbers[0], [] { Form().reset(); });
-  } else if (word == "title" && complete && numbers.empty() && Form()) {
-    TheDesktop().Windows().SetTitle(Form()->Window(), TEXT("Order form - draft"));
-  } else {
-    throw Failure(ExitCode::Usage, std::string(kScript) + ": cannot follow \"" + instruction + "\"");
-  }
-}
-
 std::optional<Window> DescribeTop(HWND window) {
   WindowInfo info{};
   RECT rect{};
@@ -86,13 +47,8 @@ std::optional<Window> DescribeTop(HWND window) {
       getWindowInfo(window, &info) != KORVANE_OK) {
     return std::nullopt;
   }
-  const bool isForm = Form() && window == Form()->Window();
-  return Window{window, Utf8(info.title), isForm ? Utf8(order_form::kWindowClass) : std::string(),
-                Utf8(info.processName), FromRect(rect)};
-}
-
-bool Contains(const RECT& rect, Point point) {
-  return point.x >= rect.left && point.x < rect.right && point.y >= rect.top && point.y < rect.bottom;
+  const auto className = TheDesktop().Internals().Property(TheDesktop().Elements().Of(window), UIA_ClassNamePropertyId);
+  return Window{window, Utf8(info.title), Utf8(className.text), Utf8(info.processName), FromRect(rect)};
 }
 
 }  // namespace
@@ -102,14 +58,8 @@ void Start() {
   TheDesktop().Calls().SetTracing(false);
   TheDesktop().Calls().SetCrossProcessCost(kCrossProcessCost);
   SetClock();
-  Form() = std::make_unique<order_form::Twin>(kUsualPlace.x, kUsualPlace.y);
   const char* script = std::getenv(kScript);
-  std::istringstream instructions(script != nullptr ? script : "");
-  for (std::string instruction; std::getline(instructions, instruction, ';');) {
-    if (const std::string trimmed = Trimmed(instruction); !trimmed.empty()) {
-      Obey(trimmed);
-    }
-  }
+  SetScene(script != nullptr ? script : "");
 }
 
 std::vector<std::string> Arguments(int count, char** arguments) {
@@ -118,15 +68,16 @@ std::vector<std::string> Arguments(int count, char** arguments) {
 
 std::string HelpAboutThisWorld() {
   return "This is the build for the scripted desktop: every run begins with a fresh order form at 40,40. The "
-         "environment\nvariable KORVANE_DESKTOP changes that: \"form X,Y\", \"no-form\", \"title\", \"click MS X,Y\", "
-         "\"escape MS\", \"close MS\",\nseparated by semicolons.";
+         "environment\nvariable " +
+         std::string(kScript) + " changes that, in instructions separated by semicolons: " + AllInstructions() + ".";
 }
 
 std::vector<Window> Windows() {
   std::vector<Window> windows;
-  if (Form()) {
-    if (const auto form = DescribeTop(Form()->Window())) {
-      windows.push_back(*form);
+  standin::State& state = TheDesktop().Internals();
+  for (const auto element : state.Children(state.Root())) {
+    if (auto window = DescribeTop(state.WindowOf(element)); window && !window->className.empty()) {
+      windows.insert(windows.begin(), std::move(*window));
     }
   }
   return windows;
@@ -146,20 +97,47 @@ Point Cursor() {
   return {cursor.x, cursor.y};
 }
 
-std::optional<Rect> ElementAt(Point point) {
-  auto element = TheDesktop().Elements().Root();
-  const auto root = element;
-  for (bool deeper = true; deeper;) {
-    deeper = false;
-    for (const auto child : TheDesktop().Elements().ChildrenOf(element)) {
-      if (Contains(TheDesktop().Elements().RectangleOf(child), point)) {
-        element = child;
-        deeper = true;
-        break;
-      }
-    }
+HWND RootAt(Point point) {
+  const HWND window = WindowFromPoint({point.x, point.y});
+  return window == nullptr ? nullptr : GetAncestor(window, GA_ROOT);
+}
+
+HWND OwnerOf(HWND window) {
+  return GetParent(window);
+}
+
+bool Click(Point point, int times) {
+  SetCursorPos(point.x, point.y);
+  for (int i = 0; i < times; ++i) {
+    mouse_event(MOUSEEVENTF_LEFTDOWN | MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
   }
-  return element == root ? std::nullopt : std::optional(FromRect(TheDesktop().Elements().RectangleOf(element)));
+  return true;
+}
+
+bool SendKeys(const std::vector<int>& keys) {
+  std::vector<INPUT> inputs(keys.size() * 2);
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    INPUT& down = inputs[i];
+    INPUT& up = inputs[inputs.size() - 1 - i];
+    down.type = up.type = INPUT_KEYBOARD;
+    down.ki.wVk = up.ki.wVk = static_cast<WORD>(keys[i]);
+    up.ki.dwFlags = KEYEVENTF_KEYUP;
+  }
+  return SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)) == inputs.size();
+}
+
+std::optional<std::string> WhyNoInput() {
+  return TheScene().locked ? std::optional<std::string>("the desktop is locked, or its session is disconnected")
+                           : std::nullopt;
+}
+
+std::optional<std::string> WhyOutOfReach(HWND /*window*/) {
+  return TheScene().elevated ? std::optional<std::string>("its program runs as administrator, and this one does not")
+                             : std::nullopt;
+}
+
+Screen TheScreen() {
+  return {{0, 0, 1920, 1080}, TheScene().dpi};
 }
 
 double Now() {
@@ -167,10 +145,8 @@ double Now() {
 }
 
 std::optional<Picture> TakePicture(HWND window) {
-  if (!Form() || window != Form()->Window()) {
-    return std::nullopt;
-  }
-  return DrawForm(*Form());
+  const auto& form = TheScene().form;
+  return form && window == form->Window() ? std::optional(DrawForm(*form)) : std::nullopt;
 }
 
 std::optional<std::string> WhyNobodyCanPoint() {

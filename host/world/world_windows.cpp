@@ -166,10 +166,13 @@ Point Cursor() {
   return {cursor.x, cursor.y};
 }
 
-std::optional<Rect> ElementAt(Point point) {
-  RECT rect{};
+HWND RootAt(Point point) {
   const HWND window = WindowFromPoint({point.x, point.y});
-  return window != nullptr && GetWindowRect(window, &rect) ? std::optional(FromRect(rect)) : std::nullopt;
+  return window == nullptr ? nullptr : GetAncestor(window, GA_ROOT);
+}
+
+HWND OwnerOf(HWND window) {
+  return GetWindow(window, GW_OWNER);
 }
 
 double Now() {

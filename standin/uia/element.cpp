@@ -226,6 +226,12 @@ HRESULT Element::GetCachedPropertyValue(PROPERTYID property, VARIANT* value) {
   });
 }
 
+// No element of ours can do more than its properties tell; that is success without an object.
+HRESULT Element::GetCurrentPattern(PATTERNID /*pattern*/, IUnknown** object) {
+  return CallFor("IUIAutomationElement::GetCurrentPattern", object,
+                 [&]() -> HRESULT { return tree_.Exists(node_) ? S_OK : kElementNotAvailable; });
+}
+
 HRESULT Element::get_CurrentControlType(CONTROLTYPEID* controlType) {
   return Call("IUIAutomationElement::get_CurrentControlType", [&]() -> HRESULT {
     if (controlType == nullptr) {

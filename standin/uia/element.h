@@ -45,6 +45,7 @@ class Element final : public Object<IUIAutomationElement> {
                                               IUIAutomationElementArray** found) override;
   HRESULT STDMETHODCALLTYPE GetCurrentPropertyValue(PROPERTYID property, VARIANT* value) override;
   HRESULT STDMETHODCALLTYPE GetCachedPropertyValue(PROPERTYID property, VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE GetCurrentPattern(PATTERNID pattern, IUnknown** object) override;
   HRESULT STDMETHODCALLTYPE get_CurrentControlType(CONTROLTYPEID* controlType) override;
   HRESULT STDMETHODCALLTYPE get_CurrentName(BSTR* name) override;
   HRESULT STDMETHODCALLTYPE get_CurrentAutomationId(BSTR* automationId) override;

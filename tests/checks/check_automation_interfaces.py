@@ -110,8 +110,8 @@ class AutomationInterfaces(unittest.TestCase):
             self.assertEqual(int(reference[1] or reference[2], 0), int(number), name)
 
     def test_only_what_is_called(self):
-        """UI Automation: every method with parameters is called by the library, or by a walk it is measured against"""
-        callers = "\n".join(source(file) for file in sources("src", "benchmarks") if file != OURS)
+        """UI Automation: every method with parameters is called by the library, its companion, or a walk it is measured against"""
+        callers = "\n".join(source(file) for file in sources("src", "host", "benchmarks") if file != OURS)
         never = [
             f"{interface}::{method}"
             for interface, methods in self.interfaces.items()

@@ -79,8 +79,8 @@ class Report(unittest.TestCase):
         self.assertIn("6 not run", page.text("#about"))
         first, *others = page.cards()
         self.assertEqual((2, "not found", True), (first["number"], first["words"], first["open"]))
-        self.assertIn("First its path through the window's elements: level 3", first["explanation"])
-        self.assertTrue(any("ERROR" in line and "Code:-1" in line for line in first["log"]), first["log"])
+        self.assertIn("its tree path: it leads nowhere from level 3", first["explanation"])
+        self.assertTrue(any("2 paste Street | Result: -1" in line for line in first["log"]), first["log"])
         self.assertIn("where it was recorded", first["caption"])
         picture = page.pictures()[0]
         left, top, right, bottom = (length - MARGIN for length in picture["mark"])

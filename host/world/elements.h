@@ -1,0 +1,55 @@
+// Elements of other programs' windows, as UI Automation shows them: what the library finds, it finds without telling
+// where.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/base/text.h"
+#include "host/world/world.h"
+
+namespace host::world {
+
+// While it lives, elements can be asked. The object model must be initialised on this thread, and one lives at a time.
+class ElementAccess {
+ public:
+  ElementAccess();
+  ElementAccess(const ElementAccess&) = delete;
+  ElementAccess& operator=(const ElementAccess&) = delete;
+  ~ElementAccess();
+
+  // False: UI Automation is not there; then nothing may be asked.
+  bool IsGranted() const;
+};
+
+// One that was found; what is known of it is as it was then.
+struct Element {
+  std::shared_ptr<void> live;  // what this world knows it by
+  int controlType = 0;
+  WideText className;
+  WideText automationId;
+};
+
+std::optional<Element> ElementOfWindow(HWND window);
+// The deepest one at a screen point.
+std::optional<Element> ElementUnder(Point point);
+std::optional<Element> Parent(const Element& element);
+// Children in the platform's order, of that control type and that class; 0 and empty are not compared.
+std::vector<Element> Children(const Element& parent, int controlType, const WideText& className);
+// All below `root` that have it.
+std::vector<Element> WithAutomationId(const Element& root, const WideText& automationId);
+
+bool Same(const Element& left, const Element& right);
+std::optional<Rect> RectOf(const Element& element);
+// Where the library would click it.
+std::optional<Point> ClickPoint(const Element& element);
+HWND WindowOf(const Element& element);  // null: it has none of its own
+WideText NameOf(const Element& element);
+// What a field holds; nothing when the element has no value.
+std::optional<WideText> ValueOf(const Element& element);
+// Asks what the element lies in to show it. False: it cannot be asked.
+bool ScrollIntoView(const Element& element);
+
+}  // namespace host::world
