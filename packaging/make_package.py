@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Puts what was built into build/package: the zip and the packages for NuGet, npm and pip, the same bytes every time.
+"""Puts what was built into build/package: the zips and the packages for NuGet, npm and pip, the same bytes every time.
 
 make_package.py BUILD_FOLDER OUTPUT_FOLDER
 """
@@ -30,6 +30,8 @@ SOURCES = {
     "LICENSE.txt": "LICENSE.txt",
     "NOTICES.txt": "NOTICES.txt",
     "README.md": "packaging/README.md",
+    "demo.cmd": "packaging/demo.cmd",
+    "docs/images/report.png": "docs/images/report.png",
     "include/korvane/korvane.h": "include/korvane/korvane.h",
     "include/korvane/korvane.hpp": "bindings/cpp/korvane/korvane.hpp",
     "lib/cmake/korvane/korvaneConfig.cmake": "packaging/korvaneConfig.cmake",
@@ -39,9 +41,6 @@ SOURCES = {
     "examples": "examples",
     "examples/stage/stage.h": "samples/stage/stage.h",
     "examples/session/order.steps.json": "samples/session/order.steps.json",
-    "scripts/pointer_shield.py": "scripts/pointer_shield.py",
-    "scripts/run_under_wine.sh": "scripts/run_under_wine.sh",
-    "scripts/wine_env.sh": "scripts/wine_env.sh",
 }
 DOCUMENTS = ("abi", "bindings", "guide", "host", "linux", "log", "reference", "troubleshooting")
 BUILT = {
@@ -51,8 +50,16 @@ BUILT = {
     "lib/libkorvane.dll.a": "src/libkorvane.dll.a",
     "examples/stage/stage.dll": "bin/stage.dll",
     "examples/stage/order_form.exe": "bin/order_form.exe",
-    "wine/wine_automation.dll": "bin/wine_automation.dll",
 }
+# For hosts that are tested on Linux: a zip of its own, to be unpacked over the other.
+WINE = {
+    "scripts/pointer_shield.py": "scripts/pointer_shield.py",
+    "scripts/run_under_wine.sh": "scripts/run_under_wine.sh",
+    "scripts/wine_env.sh": "scripts/wine_env.sh",
+    "wine/LICENSE.txt": "LICENSE.txt",
+    "wine/NOTICES.txt": "NOTICES.txt",
+}
+WINE_BUILT = {"wine/wine_automation.dll": "bin/wine_automation.dll"}
 GENERATED = {
     "include/korvane/version.h": "version.h.in",
     "lib/cmake/korvane/korvaneConfigVersion.cmake": "korvaneConfigVersion.cmake.in",
@@ -203,6 +210,12 @@ def main():
     assemble(folder, build, values)
     write_sums(folder)
     write_zip(output / f"{name}.zip", folder, name)
+    with tempfile.TemporaryDirectory() as wine:
+        for target, source in WINE.items():
+            put(ROOT / source, Path(wine) / target)
+        for target, source in WINE_BUILT.items():
+            put(build / source, Path(wine) / target)
+        write_zip(output / f"korvane-{values['VERSION']}-wine.zip", Path(wine), name)
     with tempfile.TemporaryDirectory() as nuget:
         assemble_nuget(Path(nuget), folder, values)
         write_nuget(output / f"korvane.{values['VERSION']}.nupkg", Path(nuget))

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs what is missing to build and test, and nothing that is there already.
 #
-#   scripts/setup.sh [native] [checks] [windows] [host] [package] [consumers] [lint] [fuzz] [coverage] [bench]
+#   [KORVANE_SUDO=1] scripts/setup.sh [native] [checks] [windows] [host] [package] [consumers] [lint] [fuzz] [coverage] [bench]
 #
 # (the first three by default)
 #
@@ -108,37 +108,77 @@ setup_missing() {
   done
 }
 
+# What each purpose is for, as it is told before anything is installed.
+setup_reason() {
+  case "$1" in
+    native) echo "to build the library, its stand-ins and the companion program here" ;;
+    windows) echo "to build korvane.dll and to run it under Wine, on a screen that nobody sees" ;;
+    package) echo "to build what is shipped" ;;
+    consumers) echo "to install and use what is shipped as its users do" ;;
+    host) echo "to test the companion program and its report in a browser" ;;
+    checks) echo "to check interfaces, formatting and declarations" ;;
+    lint) echo "to look for mistakes with clang-tidy" ;;
+    coverage) echo "to count executed lines" ;;
+    bench) echo "to measure" ;;
+    fuzz) echo "to fuzz" ;;
+  esac
+}
+
+# As root, or with sudo where the environment asks for it: KORVANE_SUDO=1.
 setup_as_root() {
   if [ "$(id -u)" = 0 ]; then
     "$@"
-  elif command -v sudo >/dev/null && sudo -n true 2>/dev/null; then
+  elif [ "${KORVANE_SUDO:-}" = 1 ]; then
     sudo "$@"
   else
     return 127
   fi
 }
 
+setup_list_missing() {
+  local missing
+  missing="$(setup_missing "$1" | tr '\n' ' ')"
+  echo "${missing% }"
+}
+
+# Runs a command and writes how long it takes while it does.
+setup_with_progress() {
+  local what=$1 output=$2 started=$SECONDS pid status
+  shift 2
+  "$@" >>"$output" 2>&1 </dev/null &
+  pid=$!
+  while kill -0 $pid 2>/dev/null; do
+    [ ! -t 1 ] || printf '\r  %s ... %d s' "$what" $((SECONDS - started))
+    sleep 0.5
+  done
+  wait $pid
+  status=$?
+  [ ! -t 1 ] || printf '\r'
+  printf '  %s: %d s\n' "$what" $((SECONDS - started))
+  return $status
+}
+
 setup() {
   local purpose=$1 missing output
   SETUP_PROBLEM=""
-  missing="$(setup_missing "$purpose" | tr '\n' ' ')"
-  missing="${missing% }"
+  missing="$(setup_list_missing "$purpose")"
   [ -n "$missing" ] || return 0
 
   if ! command -v apt-get >/dev/null || ! setup_as_root true; then
-    SETUP_PROBLEM="not installed: $missing (as root: apt-get install $missing)"
+    SETUP_PROBLEM="not installed: $missing (as root: apt-get install --no-install-recommends $missing; \
+with KORVANE_SUDO=1 in the environment, this script does it with sudo)"
     echo "setup: $purpose: $SETUP_PROBLEM" >&2
     return 1
   fi
-  echo "setup: $purpose: installing $missing"
+  echo "setup: $(setup_reason "$purpose"), these Debian packages and what they need are installed now:"
+  echo "  $missing"
   output="$(mktemp)"
   # The package lists may be old or absent: they are fetched only when there is something to install.
-  setup_as_root apt-get -qq update >"$output" 2>&1
+  setup_with_progress "package lists" "$output" setup_as_root apt-get -qq update
   # shellcheck disable=SC2086
-  setup_as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends $missing \
-    >>"$output" 2>&1 </dev/null
-  missing="$(setup_missing "$purpose" | tr '\n' ' ')"
-  missing="${missing% }"
+  setup_with_progress "packages" "$output" \
+    setup_as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends $missing
+  missing="$(setup_list_missing "$purpose")"
   if [ -n "$missing" ]; then
     tail -n 15 "$output" >&2
     SETUP_PROBLEM="cannot install: $missing"

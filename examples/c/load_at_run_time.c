@@ -11,9 +11,11 @@ typedef void (*Type_cleanupAutomation)(void);
 typedef int (*Type_getWindowInfo)(HWND, WindowInfo*);
 
 int main(void) {
-  HMODULE library = LoadLibraryW(L"korvane.dll");
+  /* From the program's own folder, and what it needs from the system's: the current folder may be anybody's. */
+  const DWORD folders = LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32;
+  HMODULE library = LoadLibraryExW(L"korvane.dll", NULL, folders);
   if (library == NULL) {
-    printf("no korvane.dll beside this program or on the PATH (error %lu)\n", GetLastError());
+    printf("no korvane.dll beside this program (error %lu)\n", GetLastError());
     return 1;
   }
   const Type_initializeAutomation FIND(initializeAutomation);

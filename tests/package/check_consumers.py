@@ -26,6 +26,17 @@ find_package(korvane ${WANTED} CONFIG QUIET)
 message(STATUS "found: ${korvane_FOUND}")
 """
 
+HOST = """
+#include <stdio.h>
+#include <windows.h>
+#include <korvane/korvane.h>
+int main(void) {
+  WindowInfo info;
+  printf("code %d, process", getWindowInfo(GetDesktopWindow(), &info));
+  return 0;
+}
+"""
+
 # Nothing here takes a tenth of it.
 SECONDS = 300
 
@@ -58,6 +69,11 @@ class Consumers(unittest.TestCase):
         self.assertEqual((0, "code 0, process"), (code, output[:15]), output)
         (folder / "korvane.dll").unlink()
         code, output = run_windows("load_at_run_time.exe", folder=folder)
+        self.assertEqual((1, "no korvane.dll beside"), (code, output[:21]), output)
+        # One that lies in the current folder is not taken.
+        (folder / "elsewhere").mkdir()
+        shutil.copy2(unpacked() / "bin/korvane.dll", folder / "elsewhere")
+        code, output = run_windows("../load_at_run_time.exe", folder=folder / "elsewhere")
         self.assertEqual((1, "no korvane.dll beside"), (code, output[:21]), output)
 
     def test_found_versions(self):
@@ -110,6 +126,17 @@ class Consumers(unittest.TestCase):
         self.put_dlls(folder)
         self.orders(folder, "order.exe")
 
+    def test_demo(self):
+        """consumers: the demonstration of the zip records, replays and reports, as a double click starts it"""
+        folder = unpacked()
+        code, output = run_windows("cmd", "/c", "demo.cmd", "--no-report", folder=folder, seconds=SECONDS)
+        (folder / "output.txt").unlink()
+        self.assertEqual(0, code, output)
+        report = (folder / "demo/report.html").read_text(encoding="utf-8")
+        self.assertIn("Brass compass", report)
+        self.assertEqual({"order.json", "korvane.log", "report.html"}, {file.name for file in (folder / "demo").iterdir()})
+        shutil.rmtree(folder / "demo")
+
     def test_run_under_wine(self):
         """consumers: the script for continuous integration runs a host of the package, and tells plainly what it lacks"""
         script = unpacked() / "scripts/run_under_wine.sh"
@@ -119,9 +146,10 @@ class Consumers(unittest.TestCase):
 
         tool("wine")
         folder = scratch("continuous integration")
+        (folder / "host.c").write_text(HOST)
         self.succeeds(
-            GCC, "-std=c11", "-static", "-I", unpacked() / "include", unpacked() / "examples/c/load_at_run_time.c", "-o",
-            folder / "host.exe",
+            GCC, "-std=c11", "-static", "-I", unpacked() / "include", folder / "host.c", "-o", folder / "host.exe",
+            unpacked() / "lib/korvane.lib",
         )
         # The Wine of the other checks is in use.
         environment = {**os.environ, "KORVANE_WINE_PREFIX": str(ROOT / "build/test/wine-prefix")}

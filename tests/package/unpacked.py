@@ -23,13 +23,18 @@ def archive():
     return packed("korvane-*-windows-x64.zip")
 
 
+def wine_archive():
+    return packed("korvane-*-wine.zip")
+
+
 @functools.lru_cache(maxsize=None)
 def unpacked():
-    """The package in a folder whose name has a blank, as a user's may."""
+    """The package, with what is for Wine, in a folder whose name has a blank, as a user's may."""
     folder = SCRATCH / "un packed"
     shutil.rmtree(folder, ignore_errors=True)
-    with zipfile.ZipFile(archive()) as file:
-        file.extractall(folder)
+    for each in (archive(), wine_archive()):
+        with zipfile.ZipFile(each) as file:
+            file.extractall(folder)
     (top,) = folder.iterdir()
     return top
 
