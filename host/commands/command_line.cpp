@@ -2,7 +2,10 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <numeric>
+#include <utility>
 
+#include "host/base/text.h"
 #include "host/commands/commands.h"
 #include "host/world/world.h"
 
@@ -97,13 +100,77 @@ void AddLog(CLI::App& program, std::string& file, ExitCode& code) {
   command->callback([&] { code = ShowLog(file); });
 }
 
+// How many letters have to be put in, taken out or changed.
+std::size_t Distance(const std::string& left, const std::string& right) {
+  std::vector<std::size_t> row(right.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < left.size(); ++i) {
+    std::size_t before = std::exchange(row[0], i + 1);
+    for (std::size_t j = 0; j < right.size(); ++j) {
+      const std::size_t changed = before + (left[i] == right[j] ? 0 : 1);
+      before = std::exchange(row[j + 1], std::min({changed, row[j] + 1, row[j + 1] + 1}));
+    }
+  }
+  return row.back();
+}
+
+[[noreturn]] void RefuseWord(const std::string& word, const std::string& what, const std::vector<std::string>& known) {
+  const auto nearest = std::min_element(known.begin(), known.end(), [&](const auto& left, const auto& right) {
+    return Distance(word, left) < Distance(word, right);
+  });
+  constexpr std::size_t kMostChanges = 3;
+  const bool near = nearest != known.end() && Distance(word, *nearest) <= std::min(kMostChanges, word.size() / 2);
+  throw Failure(ExitCode::Usage,
+                "\"" + Shortened(word, 60) + "\" is no " + what + (near ? "; did you mean \"" + *nearest + "\"?" : ""));
+}
+
+// Unknown words are named with the nearest one that is known.
+void CheckWords(const CLI::App& program, const std::vector<std::string>& words) {
+  std::vector<std::string> commands{"help"};
+  const CLI::App* command = nullptr;
+  for (const CLI::App* each : program.get_subcommands([](const CLI::App*) { return true; })) {
+    commands.push_back(each->get_name());
+    command = !words.empty() && words[0] == each->get_name() ? each : command;
+  }
+  if (words.empty()) {
+    throw Failure(ExitCode::Usage, "say what to do; `korvane help` tells what there is");
+  }
+  if (command == nullptr && !words[0].starts_with("-")) {
+    RefuseWord(words[0], "command", commands);
+  }
+  const CLI::App& owner = command == nullptr ? program : *command;
+  std::vector<std::string> options;
+  for (const CLI::Option* option : owner.get_options({})) {
+    for (const std::string& name : option->get_lnames()) {
+      options.push_back("--" + name);
+    }
+  }
+  // Options of groups, of which one is to be given, are kept apart.
+  for (const CLI::App* group : owner.get_subcommands([](const CLI::App* each) { return each->get_name().empty(); })) {
+    for (const CLI::Option* option : group->get_options({})) {
+      options.push_back("--" + option->get_lnames().front());
+    }
+  }
+  for (const std::string& word : words) {
+    const std::string name = word.substr(0, word.find('='));
+    if (name.starts_with("--") && name.size() > 2 && std::find(options.begin(), options.end(), name) == options.end()) {
+      RefuseWord(name, command == nullptr ? "option" : "option of " + command->get_name(), options);
+    }
+  }
+}
+
 }  // namespace
 
 int RunCommandLine(std::vector<std::string> words) {
+  if (!words.empty() && words[0] == "help") {
+    words.erase(words.begin());
+    words.resize(std::min<std::size_t>(words.size(), 1));
+    words.emplace_back("--help");
+  }
   CLI::App program("Records steps in other programs' windows, checks them, does them again and reports.", "korvane");
   const std::string about = world::HelpAboutThisWorld();
   program.footer(kExitCodes + (about.empty() ? "" : "\n\n" + about));
-  program.require_subcommand(1);
+  program.set_version_flag("--version", "korvane " HOST_VERSION);
   Options options;
   ExitCode code = ExitCode::Ok;
   AddCapture(program, options.capture, code);
@@ -112,12 +179,17 @@ int RunCommandLine(std::vector<std::string> words) {
   AddReplay(program, options.replay, code);
   AddWindow(program, code);
   AddLog(program, options.log, code);
+  CheckWords(program, words);
+  const std::string first = words[0];
   try {
     // It takes the last word first.
     std::reverse(words.begin(), words.end());
     program.parse(std::move(words));
   } catch (const CLI::ParseError& error) {
-    return program.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+    if (error.get_exit_code() == 0) {
+      return program.exit(error);
+    }
+    throw Failure(ExitCode::Usage, std::string(error.what()) + "; `korvane help " + first + "` tells more");
   }
   return static_cast<int>(code);
 }

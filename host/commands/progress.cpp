@@ -1,6 +1,8 @@
 #include "host/commands/progress.h"
 
+#include <cmath>
 #include <iostream>
+#include <optional>
 
 #include "host/base/text.h"
 #include "host/engine/result_words.h"
@@ -29,6 +31,18 @@ std::string LineOf(const StepResult& result, std::size_t all) {
          Milliseconds(result.milliseconds) + "\n";
 }
 
+// "row 12 of 300, about 4 min left"; nothing is said of the time before a row is through.
+std::string RowLine(const Run& run, std::size_t firstRow, double milliseconds) {
+  std::string line = run.name + " of " + std::to_string(run.rows);
+  if (run.row == firstRow) {
+    return line;
+  }
+  constexpr double kMinute = 60000;
+  const double left = milliseconds / static_cast<double>(run.row - firstRow) * static_cast<double>(run.rows - run.row);
+  return line + (left < kMinute ? ", less than a minute left"
+                                : ", about " + std::to_string(std::lround(left / kMinute)) + " min left");
+}
+
 }  // namespace
 
 Progress ShowProgress(const Recording& recording) {
@@ -36,9 +50,10 @@ Progress ShowProgress(const Recording& recording) {
   const bool terminal = world::OutputIsTerminal();
   const std::string erase = terminal ? "\r\x1b[K" : "";
   Progress progress;
-  progress.runBegins = [erase](const Run& run) {
+  progress.runBegins = [erase, first = std::optional<std::size_t>(), start = world::Now()](const Run& run) mutable {
+    first = first.value_or(run.row);
     if (!run.name.empty()) {
-      std::cout << erase << run.name << "\n" << std::flush;
+      std::cout << erase << RowLine(run, *first, world::Now() - start) << "\n" << std::flush;
     }
   };
   progress.stepBegins = [&recording, all, terminal, erase](std::size_t index) {

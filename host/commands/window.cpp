@@ -8,6 +8,9 @@
 namespace host {
 
 ExitCode PickWindow() {
+  if (const auto why = world::WhyNobodyCanClick()) {
+    throw Failure(ExitCode::NotHere, *why);
+  }
   const LibraryLog log("");
   std::cerr << "click the window ...\n";
   const auto window = world::Describe(findWindowByClick());

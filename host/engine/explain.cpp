@@ -67,7 +67,7 @@ std::string AdviceWhenFailed(const StepResult& result, const std::string& verdic
     default:
       break;
   }
-  return verdict.find("foreground") != std::string::npos || result.clicked
+  return verdict.find("foreground") != std::string::npos || result.clicked || result.remark.starts_with("keys would go")
              ? " Bring the window to the front yourself, and leave the machine alone meanwhile."
              : " Input was refused: a program that runs as administrator takes it only from one that does, too; a "
                "locked screen takes none.";

@@ -43,6 +43,8 @@ Replayed Replay(const Recording& recording, const std::vector<Variables>& rows, 
     Variables variables = rows[row];
     Run& run = replayed.runs.emplace_back();
     run.name = rows.size() > 1 ? "row " + std::to_string(row + 1) : std::string();
+    run.row = row;
+    run.rows = rows.size();
     run.from = row == options.row ? options.from : 0;
     progress.runBegins(run);
     for (std::size_t i = run.from; i < recording.steps.size(); ++i) {

@@ -19,7 +19,9 @@ struct ReplayOptions {
 };
 
 struct Run {
-  std::string name;      // "row 2" with data, else empty
+  std::string name;     // "row 2" with data, else empty
+  std::size_t row = 0;  // its index, and of how many
+  std::size_t rows = 1;
   std::size_t from = 0;  // index of the first step
   std::vector<StepResult> steps;
 };

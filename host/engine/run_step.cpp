@@ -152,6 +152,11 @@ int StepRunner::Do(Turn& turn) {
     result.remark = "no window " + Describe(name);
     return KORVANE_NOT_FOUND;
   }
+  // The windows that were there before the first step were asked then.
+  if (const auto why = options_.dryRun ? std::nullopt : world::WhyOutOfReach(turn.Window())) {
+    result.remark = "the window takes no input: " + *why;
+    return KORVANE_FAILED;
+  }
   int code = KORVANE_NOT_FOUND;
   if (!turn.step.hasTarget) {
     code = options_.dryRun ? KORVANE_OK : Act(turn);
@@ -283,15 +288,17 @@ int StepRunner::Paste(Turn& turn) {
       return code;
     }
   }
-  if (turn.step.replace && !world::SendKeys(*FindShortcut("Ctrl+A"))) {
-    return KORVANE_FAILED;
+  if (const int code = turn.step.replace ? Press(turn, "Ctrl+A") : KORVANE_OK; code != KORVANE_OK) {
+    return code;
   }
   if (result.text.empty()) {
     if (!turn.step.replace) {
       result.remark = "the text is empty: nothing was pasted";
       return KORVANE_OK;
     }
-    world::SendKeys(*FindShortcut("Delete"));
+    if (const int code = Press(turn, "Delete"); code != KORVANE_OK) {
+      return code;
+    }
   } else if (setClipboardText(Wide(result.text).c_str()) != KORVANE_OK) {
     result.remark = "the clipboard does not take the text";
     return KORVANE_FAILED;
@@ -300,7 +307,10 @@ int StepRunner::Paste(Turn& turn) {
   int code = KORVANE_OK;
   if (turn.step.replace || turn.aim.exact) {
     // The field is clicked, and its content selected: one more click would take that back.
-    code = result.text.empty() || sendCtrlV() == KORVANE_OK ? KORVANE_OK : KORVANE_FAILED;
+    code = result.text.empty() ? KORVANE_OK : Press(turn, "Ctrl+V");
+    if (code != KORVANE_OK) {
+      return code;
+    }
   } else {
     KeepClearOfDoubleClick(*turn.aim.point);
     code = pasteToTargetWithVerifyEx(&turn.Target(), turn.Window(), turn.timeoutMs);
@@ -342,8 +352,12 @@ int StepRunner::Type(Turn& turn) {
   if (const int code = Click(turn, 1); code != KORVANE_OK) {
     return code;
   }
-  if (turn.step.replace && !(world::SendKeys(*FindShortcut("Ctrl+A")) && world::SendKeys(*FindShortcut("Delete")))) {
-    return KORVANE_FAILED;
+  if (turn.step.replace) {
+    for (const char* const keys : {"Ctrl+A", "Delete"}) {
+      if (const int code = Press(turn, keys); code != KORVANE_OK) {
+        return code;
+      }
+    }
   }
   const auto before = HeldBy(field);
   constexpr std::size_t kAtOnce = 20;
@@ -351,6 +365,9 @@ int StepRunner::Type(Turn& turn) {
   for (std::size_t i = 0; i < text.size(); i += kAtOnce) {
     if (isCancelled() == 1) {
       return KORVANE_CANCELLED;
+    }
+    if (const int code = ReadyForKeys(turn); code != KORVANE_OK) {
+      return code;
     }
     if (const int code = sendKeySequence(text.substr(i, kAtOnce).c_str(), 1); code != KORVANE_OK) {
       return code;
@@ -376,11 +393,34 @@ int StepRunner::Type(Turn& turn) {
 }
 
 int StepRunner::SendShortcut(Turn& turn) {
-  const int ready = turn.step.hasTarget ? Click(turn, 1) : ensureWindowFocus(turn.Window());
-  if (ready != KORVANE_OK) {
-    return ready;
+  if (turn.step.hasTarget) {
+    if (const int code = Click(turn, 1); code != KORVANE_OK) {
+      return code;
+    }
+  } else {
+    // What it did not reach is told by who has the keys.
+    ensureWindowFocus(turn.Window());
   }
-  return world::SendKeys(*FindShortcut(turn.step.text)) ? KORVANE_OK : KORVANE_FAILED;
+  return Press(turn, turn.step.text.c_str());
+}
+
+// Keys go to whatever window is in front, not to the one that was clicked.
+int StepRunner::ReadyForKeys(Turn& turn) {
+  const auto isReady = [&] { return BelongsTo(world::ForegroundWindow(), turn.Window()); };
+  if (isReady() || Await(std::min(turn.timeoutMs, kSettleMs), isReady)) {
+    return KORVANE_OK;
+  }
+  const HWND front = world::ForegroundWindow();
+  const auto other = front == nullptr ? std::nullopt : world::Describe(front);
+  turn.result.remark = "keys would go to another window" + (other ? ": " + Describe(NameOf(*other)) : "");
+  return Cancelled(KORVANE_FAILED);
+}
+
+int StepRunner::Press(Turn& turn, const char* keys) {
+  if (const int code = ReadyForKeys(turn); code != KORVANE_OK) {
+    return code;
+  }
+  return world::SendKeys(*FindShortcut(keys)) ? KORVANE_OK : KORVANE_FAILED;
 }
 
 int StepRunner::Wait(Turn& turn) {

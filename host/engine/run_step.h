@@ -53,6 +53,8 @@ class StepRunner {
   int Paste(Turn& turn);
   int Type(Turn& turn);
   int SendShortcut(Turn& turn);
+  static int ReadyForKeys(Turn& turn);
+  static int Press(Turn& turn, const char* keys);
   static int Wait(Turn& turn);
   static int Check(Turn& turn);
   static int Read(Turn& turn);

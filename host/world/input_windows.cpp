@@ -48,12 +48,13 @@ INPUT KeyInput(int key, bool down) {
   return input;
 }
 
-// Whether the process runs as administrator; nothing when that cannot be asked, which is so of one that does.
+// Whether the process runs as administrator; nothing when that cannot be told. One that does lets none that does not
+// look at its token.
 std::optional<bool> IsElevated(DWORD id) {
   const Handle process(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, id));
   HANDLE opened = nullptr;
   if (process == nullptr || !OpenProcessToken(process.get(), TOKEN_QUERY, &opened)) {
-    return std::nullopt;
+    return GetLastError() == ERROR_ACCESS_DENIED ? std::optional(true) : std::nullopt;
   }
   const Handle token(opened);
   TOKEN_ELEVATION elevation{};

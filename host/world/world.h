@@ -45,6 +45,8 @@ std::optional<Window> Describe(HWND window);
 // The top-level window under a screen point, and the window that owns another; null: none.
 HWND RootAt(Point point);
 HWND OwnerOf(HWND window);
+// The one that keys go to.
+HWND ForegroundWindow();
 
 Point Cursor();
 // The button pressed and released there so often. False: the desktop took none of it.
@@ -71,12 +73,15 @@ struct Picture {
 };
 std::optional<Picture> TakePicture(HWND window);
 
+// Whether a click can be waited for here; if not, why.
+std::optional<std::string> WhyNobodyCanClick();
 // Whether a person can point at something here and press a key in the terminal; if not, why.
 std::optional<std::string> WhyNobodyCanPoint();
 // The next key pressed in the terminal, in lower case.
 char WaitForKey();
 // A line typed into the terminal.
 std::string AskForLine(const std::string& question);
+// Whether the output shows escape sequences, and a line can be written over.
 bool OutputIsTerminal();
 
 }  // namespace host::world

@@ -106,6 +106,10 @@ HWND OwnerOf(HWND window) {
   return GetParent(window);
 }
 
+HWND ForegroundWindow() {
+  return GetForegroundWindow();
+}
+
 bool Click(Point point, int times) {
   SetCursorPos(point.x, point.y);
   for (int i = 0; i < times; ++i) {
@@ -149,6 +153,12 @@ std::optional<Picture> TakePicture(HWND window) {
   return form && window == form->Window() ? std::optional(DrawForm(*form)) : std::nullopt;
 }
 
+std::optional<std::string> WhyNobodyCanClick() {
+  return TheScene().clicks ? std::nullopt
+                           : std::optional<std::string>("nobody clicks on the scripted desktop unless " +
+                                                        std::string(kScript) + " says \"click MS X,Y\"");
+}
+
 std::optional<std::string> WhyNobodyCanPoint() {
   return "the scripted desktop has no mouse to point with";
 }
@@ -162,7 +172,8 @@ std::string AskForLine(const std::string& /*question*/) {
 }
 
 bool OutputIsTerminal() {
-  return isatty(STDOUT_FILENO) != 0;
+  const char* const kind = std::getenv("TERM");
+  return isatty(STDOUT_FILENO) != 0 && kind != nullptr && std::string_view(kind) != "dumb";
 }
 
 }  // namespace host::world

@@ -62,6 +62,15 @@ void AddToForm(const WCHAR* className, const WCHAR* title, int id, Behaviour beh
        .behaviour = behaviour});
 }
 
+// Another program's window that takes the keys, and whose place nobody takes.
+void StealKeys() {
+  const HWND thief = TheDesktop().Windows().Add(
+      {.className = TEXT("Notice"), .title = TEXT("Notice"), .rect = {1500, 900, 1700, 1000}});
+  TheDesktop().Windows().SetForeground(thief);
+  TheDesktop().Windows().RefuseForeground(-1);
+  TheDesktop().Windows().RefuseThreadAttach(true);
+}
+
 // Another program's window that lets nobody come before it.
 void Cover(const Numbers& place) {
   TheDesktop().Windows().Add({.className = TEXT("Notice"),
@@ -82,7 +91,12 @@ const std::map<std::string, Instruction>& Instructions() {
       {"form", {2, "X,Y", [](const Numbers& n) { TheScene().form = std::make_unique<order_form::Twin>(n[0], n[1]); }}},
       {"no-form", {0, "", [](const Numbers&) { TheScene().form.reset(); }}},
       {"title", {0, "", [](const Numbers&) { TheDesktop().Windows().SetTitle(Form(), TEXT("Order form - draft")); }}},
-      {"click", {3, "MS X,Y", [](const Numbers& n) { Later(n[0], [n] { TheDesktop().User().Click(n[1], n[2]); }); }}},
+      {"click",
+       {3, "MS X,Y",
+        [](const Numbers& n) {
+          TheScene().clicks = true;
+          Later(n[0], [n] { TheDesktop().User().Click(n[1], n[2]); });
+        }}},
       {"escape", {1, "MS", [](const Numbers& n) { TheDesktop().User().HoldEscape(n[0], 120); }}},
       {"close", {1, "MS", [](const Numbers& n) { Later(n[0], [] { TheScene().form.reset(); }); }}},
       {"move",
@@ -109,8 +123,9 @@ const std::map<std::string, Instruction>& Instructions() {
         }}},
       {"place", {3, "ID X,Y", [](const Numbers& n) { TheDesktop().Windows().MoveTo(ControlOf(n[0]), n[1], n[2]); }}},
       {"cover", {4, "X,Y,W,H", Cover}},
+      {"steal", {1, "MS", [](const Numbers& n) { Later(n[0], StealKeys); }}},
       {"locked", {0, "", [](const Numbers&) { TheScene().locked = true; }}},
-      {"elevated", {0, "", [](const Numbers&) { TheScene().elevated = true; }}},
+      {"elevated", {1, "MS", [](const Numbers& n) { Later(n[0], [] { TheScene().elevated = true; }); }}},
       {"dpi", {1, "DPI", [](const Numbers& n) { TheScene().dpi = n[0]; }}},
   };
   return all;

@@ -12,6 +12,7 @@ inline constexpr const char* kScript = "KORVANE_DESKTOP";
 
 struct Scene {
   std::unique_ptr<order_form::Twin> form;
+  bool clicks = false;  // a user's click is to come
   bool locked = false;
   bool elevated = false;
   int dpi = 96;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
@@ -110,19 +111,39 @@ HANDLE Input() {
   return GetStdHandle(STD_INPUT_HANDLE);
 }
 
+HANDLE Output() {
+  return GetStdHandle(STD_OUTPUT_HANDLE);
+}
+
+struct Console {
+  UINT codePage = 0;
+  DWORD mode = 0;
+  bool showsEscapeSequences = false;
+};
+Console g_console;
+
+void GiveConsoleBack() {
+  std::cout.flush();
+  std::fflush(stdout);
+  SetConsoleMode(Output(), g_console.mode);
+  SetConsoleOutputCP(g_console.codePage);
+}
+
 }  // namespace
 
 void Start() {
-  // Screen points are physical pixels, as the library has them.
+  // Screen points are physical pixels, as the library has them. The manifest says so, too; not every system reads it.
   SetProcessDPIAware();
-  SetConsoleOutputCP(CP_UTF8);
   // Without a buffer every byte would be written alone, and a console does not put the bytes of a character together.
   std::setvbuf(stdout, nullptr, _IOFBF, 1 << 16);
-  DWORD mode = 0;
-  const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
-  if (GetConsoleMode(output, &mode)) {
-    SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+  if (!GetConsoleMode(Output(), &g_console.mode)) {
+    return;
   }
+  // The console is somebody else's: it gets back what it had.
+  g_console.codePage = GetConsoleOutputCP();
+  std::atexit(GiveConsoleBack);
+  SetConsoleOutputCP(CP_UTF8);
+  g_console.showsEscapeSequences = SetConsoleMode(Output(), g_console.mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
 std::vector<std::string> Arguments(int /*count*/, char** /*arguments*/) {
@@ -175,6 +196,10 @@ HWND OwnerOf(HWND window) {
   return GetWindow(window, GW_OWNER);
 }
 
+HWND ForegroundWindow() {
+  return GetForegroundWindow();
+}
+
 double Now() {
   LARGE_INTEGER count;
   LARGE_INTEGER frequency;
@@ -203,6 +228,10 @@ std::optional<Picture> TakePicture(HWND window) {
     return std::nullopt;
   }
   return Picture{"data:image/png;base64," + Base64(png), area};
+}
+
+std::optional<std::string> WhyNobodyCanClick() {
+  return std::nullopt;
 }
 
 std::optional<std::string> WhyNobodyCanPoint() {
@@ -235,8 +264,7 @@ std::string AskForLine(const std::string& question) {
 }
 
 bool OutputIsTerminal() {
-  DWORD mode = 0;
-  return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
+  return g_console.showsEscapeSequences;
 }
 
 }  // namespace host::world

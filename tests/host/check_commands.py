@@ -78,7 +78,8 @@ class Commands(unittest.TestCase):
         data = self.folder / "data.csv"
         data.write_text('NAME,ARTICLE\nAda,Lamp\n"Ben, jr.",Rope\n', encoding="utf-8")
         out = self.says(0, "replay", "order.json", "--data", "data.csv")
-        self.assertIn("row 1\n", out)
+        self.assertIn("row 1 of 2\n", out)
+        self.assertIn("row 2 of 2, less than a minute left\n", out)
         self.assertIn("Submitted: Ben, jr. / Rope", out)
         self.assertIn("Submitted: Ben, jr. / Oar", self.says(0, "replay", "order.json", "--data", "data.csv", "--set",
                                                              "ARTICLE=Oar"))

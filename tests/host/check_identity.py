@@ -161,6 +161,14 @@ class Identity(unittest.TestCase):
                     {"action": "shortcut", "keys": "alt+f4"})
         self.assertIn("  4 steps: 4 ok, ", self.says(0, *REPLAY))
 
+    def test_keys_elsewhere(self):
+        """identity: keys are pressed only while the step's window has them"""
+        self.record({"action": "shortcut", "keys": "F10"})
+        out = self.says(1, *REPLAY, desktop="steal 0")
+        self.assertIn('keys would go to another window: "Notice"', out)
+        self.assertIn("Bring the window to the front yourself", out)
+        self.assertIn("  1 steps: 1 ok", self.says(0, *REPLAY))
+
     def test_healing(self):
         """identity: a healed step is told, is a failure when strict, and its correction is written beside"""
         before = recorded()
@@ -188,8 +196,11 @@ class Identity(unittest.TestCase):
 
     def test_readiness(self):
         """identity: what would make input go astray is told before the first step, with a code of its own"""
-        for desktop, said in (("locked", "the desktop is locked"), ("elevated", "runs as administrator")):
+        for desktop, said in (("locked", "the desktop is locked"), ("elevated 0", "runs as administrator")):
             self.assertIn(said, self.says(8, *REPLAY, desktop=desktop))
+        # A window that came later, or whose program was not asked before.
+        out = self.says(1, *REPLAY, desktop="elevated 5")
+        self.assertIn("What is there: the window takes no input: its program runs as administrator", out)
         self.assertIn("note: recorded on a screen of 1920 x 1080 at 100 %, this one is 1920 x 1080 at 150 %",
                       self.says(0, *REPLAY, desktop="dpi 144"))
         self.record({"name": "Spot", "action": "click", "at": [300, 400]}, desktop="canvas")
