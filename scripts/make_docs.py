@@ -14,23 +14,56 @@ CODES = {"0": "OK", "-1": "NOT_FOUND", "-2": "INVALID_ARGUMENT", "-3": "FAILED",
 NUMBERS = {name: number for number, name in CODES.items()}
 # What the object layers offer, and how it is said in each.
 OBJECTS = [
-    ("a session", "with korvane.Session(log) as session:", "await Session.use({ log }, async (session) => …)",
-     "using (var session = new Session(log))"),
-    ("a window by its name", "session.window(title, class_name, process)", "session.window({ title, className, process })",
-     "session.Window(title, className, process)"),
-    ("a window that the user clicks", "session.pick_window()", "session.pickWindow()", "session.PickWindow()"),
-    ("a target at a point", "window.target_at(x, y)", "window.targetAt(x, y)", "window.TargetAt(x, y)"),
-    ("under the mouse", "window.target_at_cursor()", "window.targetAtCursor()", "window.TargetAtCursor()"),
-    ("of a record that was kept", "window.target(record)", "window.target(record)", "window.Target(record)"),
-    ("of a recording's step", "session.target_of_step(file, step)", "session.targetOfStep(file, step)",
-     "session.TargetOfStep(file, step)"),
-    ("act", "target.click(), .paste(text), .type(text)", "target.click(), .paste(text), .type(text)",
+    ("a session",
+     "with korvane.Session(log) as session:",
+     "await Session.use({ log }, async (session) => …)",
+     "using (var session = new Session(log))",
+     "korvane::Session session(log);"),
+    ("a window by its name",
+     "session.window(title, class_name, process)",
+     "session.window({ title, className, process })",
+     "session.Window(title, className, process)",
+     "WaitForWindow(window, {title, className, process})"),
+    ("a window that the user clicks",
+     "session.pick_window()",
+     "session.pickWindow()",
+     "session.PickWindow()",
+     "PickWindow()"),
+    ("a target at a point",
+     "window.target_at(x, y)",
+     "window.targetAt(x, y)",
+     "window.TargetAt(x, y)",
+     "window.TargetAt(target, x, y)"),
+    ("under the mouse",
+     "window.target_at_cursor()",
+     "window.targetAtCursor()",
+     "window.TargetAtCursor()",
+     "window.TargetAtCursor(target)"),
+    ("of a record that was kept",
+     "window.target(record)",
+     "window.target(record)",
+     "window.Target(record)",
+     "window.TargetOf(record)"),
+    ("of a recording's step",
+     "session.target_of_step(file, step)",
+     "session.targetOfStep(file, step)",
+     "session.TargetOfStep(file, step)",
+     ""),
+    ("act",
+     "target.click(), .paste(text), .type(text)",
+     "target.click(), .paste(text), .type(text)",
+     "target.Click(), .Paste(text), .Type(text)",
      "target.Click(), .Paste(text), .Type(text)"),
-    ("read, test, wait", "target.text(), .check(text), .wait(text)", "target.text(), .check(text), .wait(text)",
+    ("read, test, wait",
+     "target.text(), .check(text), .wait(text)",
+     "target.text(), .check(text), .wait(text)",
+     "target.Text(), .Check(text), .Wait(text)",
      "target.Text(), .Check(text), .Wait(text)"),
-    ("errors", "NotFoundError, InvalidArgumentError, FailedError, CancelledError",
+    ("errors",
      "NotFoundError, InvalidArgumentError, FailedError, CancelledError",
-     "NotFoundException, InvalidArgumentException, FailedException, CancelledException"),
+     "NotFoundError, InvalidArgumentError, FailedError, CancelledError",
+     "NotFoundException, InvalidArgumentException, FailedException, CancelledException",
+     "Code::NotFound, InvalidArgument, Failed, Cancelled"),
 ]
 GENERATED = "<!-- Written by scripts/make_docs.py from {}. -->\n\n"
 
@@ -122,11 +155,12 @@ def bindings(names):
                 "[OrderForm.cs](../examples/csharp/OrderForm.cs), [Stage.cs](../examples/csharp/Stage.cs) "
                 "| its assembly: Mono's compiler, Mono on the stand-in; not on Windows, not with .NET, no NuGet client |")
     page.append("## Sessions, windows and targets")
-    page.append("The same words in each language. Errors carry the code, the exported function and the last lines of the log. What is "
+    page.append("The same words in each language. Errors carry the code, the exported function and the last lines of the log; C++ returns "
+                "codes. What is "
                 "below is a small layer over the functions: it names windows, chooses a record's strongest identification, "
                 "forgets remembered points before each click, and keeps two clicks from becoming a double click.")
-    page.append("| | Python (seconds) | Node.js (milliseconds, promises) | .NET (TimeSpan) |\n|---|---|---|---|\n" + "\n".join(
-        f"| {what} | {' | '.join(f'`{each}`' for each in how)} |" for what, *how in OBJECTS))
+    page.append("| | Python (seconds) | Node.js (milliseconds, promises) | .NET (TimeSpan) | C++ (codes, std::chrono) |\n|---|---|---|---|---|\n" + "\n".join(
+        f"| {what} | {' | '.join(f'`{each}`' if each else '—' for each in how)} |" for what, *how in OBJECTS))
     languages = list(BINDINGS)
     rows, gaps = [], []
     for name in names:

@@ -11,6 +11,7 @@ using namespace std::chrono_literals;
 using korvane::Answer;
 using korvane::Code;
 using korvane::Text;
+using std::chrono::milliseconds;
 
 namespace {
 
@@ -46,6 +47,28 @@ void DescribeRecords() {
   FIELD(WindowInfo, window);
 }
 
+void TryObjects(int x, int y) {
+  korvane::Window form;
+  Check(korvane::WaitForWindow(form, {u"Order", {}, {}}, 1ms) == Code::NotFound && !form, "another title");
+  Check(korvane::WaitForWindow(form, {}) == Code::InvalidArgument, "no name");
+  Check(korvane::WaitForWindow(form, {u"Order form", u"OrderForm", u"ORDER_FORM.exe"}) == Code::Ok, "window");
+  Check(form.Handle() == stageFormWindow(), "handle");
+  korvane::Target name;
+  Check(form.TargetAt(name, x, y) == Code::Ok, "target");
+  Check(name.Record().identificationMethod == KORVANE_METHOD_AUTOMATION_ID, "method");
+  Check(name.Paste(u"Ada") == Code::Ok && name.Type(u"x") == Code::Ok, "paste and type");
+  Check(name.Wait(u"Adax", 3000ms, true) == Code::Ok, "wait");
+  Check(name.Check(u"Ad") == Answer::Yes && name.Check(u"Ad", true) == Answer::No, "check");
+  Check(name.Wait(u"never", milliseconds::min()) == Code::Failed, "the shortest of all times");
+
+  // What was moved from is empty, and may be used and given a text again.
+  korvane::OwnedText text = name.Text();
+  korvane::OwnedText taken = std::move(text);
+  Check(taken.View() == u"Adax" && !text && text.View().empty(), "moved");
+  text = std::move(taken);
+  Check(text.View() == u"Adax" && !taken, "moved back");
+}
+
 void TryCalls() {
   const korvane::Session session(u"binding.log");
   Check(session.Started() == Code::Ok, "started");
@@ -74,6 +97,12 @@ void TryCalls() {
     Check(false, "a zero unit was taken");
   } catch (const std::invalid_argument&) {
   }
+  try {
+    Check(korvane::SetClipboardTextAndHtml(u"text", std::string("a\0b", 3)) == Code::Ok, "unreached");
+    Check(false, "a zero byte was taken");
+  } catch (const std::invalid_argument&) {
+  }
+  TryObjects(x, y);
   const korvane::CancelMonitor monitor;
   Check(!korvane::IsCancelled(), "not cancelled");
   stageCloseForm();

@@ -99,12 +99,23 @@ class Bindings(unittest.TestCase):
         names = [own_name("C++", name) for name in exported_functions() if name != "freeTextResult"]
         (folder / "offers.inc").write_text("".join(f"OFFERS({name})\n" for name in names))
         program = folder / "binding"
+        # A second file of the same program: nothing is defined twice.
+        (folder / "other.cpp").write_text("#include <korvane/korvane.hpp>\n")
         self.succeeds(
             tool("g++"), "-std=c++17", "-Wall", "-Wextra", "-Wshadow", "-Wconversion", "-Werror",
             "-I", ROOT / "include", "-I", ROOT / "bindings/cpp", "-I", ROOT / "samples/stage", "-I", folder,
-            HERE / "binding.cpp", "-o", program, STANDIN, f"-Wl,-rpath,{STANDIN.parent}",
+            HERE / "binding.cpp", folder / "other.cpp", "-o", program, STANDIN, f"-Wl,-rpath,{STANDIN.parent}",
         )
         self.describes("C++", self.succeeds(program, cwd=folder))
+
+    def test_cpp_beside_windows(self):
+        """C++: the header compiles for Windows before and after that of the system"""
+        for order in (("windows.h", "korvane/korvane.hpp"), ("korvane/korvane.hpp", "windows.h")):
+            source = "".join(f"#include <{name}>\n" for name in order)
+            self.succeeds(
+                tool("x86_64-w64-mingw32-g++-win32"), "-std=c++17", "-Wall", "-Wextra", "-Wshadow", "-Wconversion", "-Werror", "-fsyntax-only",
+                "-I", unpacked() / "include", "-xc++", "-", input=source,
+            )
 
     def test_python(self):
         """Python: the wheel installed by pip in a fresh environment, on the stand-in"""

@@ -1,7 +1,7 @@
 /**
  * @file korvane.hpp
- * korvane for C++17: texts that free themselves, codes as an enum, a session that cleans up. Nothing to link but
- * korvane.
+ * korvane for C++17: texts that free themselves, codes as an enum, a session that cleans up, windows found by name and
+ * targets in them. Nothing to link but korvane and, for windows by name, user32.
  *
  * Every function of korvane.h is here under its name with a capital first letter, with the same results: a `Code`, or
  * an `Answer` where the interface answers yes or no. Nothing is thrown but std::invalid_argument, for a text with a
@@ -12,7 +12,10 @@
 
 #include <korvane/korvane.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstring>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -63,8 +66,10 @@ inline const KorvaneChar* Terminated(const Text& text) {
   return text.c_str();
 }
 
+/** What the interface cannot hold is as long as it can. */
 inline int Count(milliseconds time) {
-  return static_cast<int>(time.count());
+  using Limits = std::numeric_limits<int>;
+  return static_cast<int>(std::clamp<milliseconds::rep>(time.count(), Limits::min(), Limits::max()));
 }
 
 struct FreeText {
@@ -256,6 +261,9 @@ inline Code SetClipboardText(const Text& text) {
 }
 /** The HTML is UTF-8. */
 inline Code SetClipboardTextAndHtml(const Text& text, const std::string& html) {
+  if (html.find('\0') != std::string::npos) {
+    throw std::invalid_argument("korvane: a zero byte inside the HTML");
+  }
   return Code{::setClipboardTextAndHtml(detail::Terminated(text), html.c_str())};
 }
 
@@ -325,6 +333,208 @@ class CancelMonitor {
   CancelMonitor(const CancelMonitor&) = delete;
   CancelMonitor& operator=(const CancelMonitor&) = delete;
 };
+
+// ---- Windows and targets ----
+
+namespace detail {
+
+extern "C" {
+#if defined(_WIN32)
+// As <windows.h> declares them, which may come before or after.
+__declspec(dllimport) HWND __stdcall FindWindowExW(HWND, HWND, const wchar_t*, const wchar_t*);
+__declspec(dllimport) int __stdcall IsWindowVisible(HWND);
+__declspec(dllimport) unsigned int __stdcall GetDoubleClickTime(void);
+#else
+HWND FindWindowExW(HWND, HWND, const KorvaneChar*, const KorvaneChar*);
+#endif
+}
+
+inline bool Visible(HWND window) {
+#if defined(_WIN32)
+  return IsWindowVisible(window) != 0;
+#else
+  return window != nullptr;
+#endif
+}
+
+inline milliseconds DoubleClick() {
+#if defined(_WIN32)
+  return milliseconds(GetDoubleClickTime());
+#else
+  return milliseconds(500);
+#endif
+}
+
+inline bool SameProcess(TextView one, TextView other) {
+  const auto lower = [](KorvaneChar unit) {
+    return unit >= 'A' && unit <= 'Z' ? static_cast<KorvaneChar>(unit + ('a' - 'A')) : unit;
+  };
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                    [&](KorvaneChar a, KorvaneChar b) { return lower(a) == lower(b); });
+}
+
+/** The last click of this process: input is one stream for the whole desktop. */
+struct LastClick {
+  HWND window = nullptr;
+  TargetRecord target{};
+  std::chrono::steady_clock::time_point time;
+};
+inline LastClick g_lastClick;
+
+/**
+ * Clicks by `act`: never as the second half of a double click on the same target, nor at a remembered point, which may
+ * lie beside a window that has moved.
+ */
+template <class Act>
+Code AsOneClick(HWND window, const TargetRecord& target, Act act) {
+  using std::chrono::steady_clock;
+  if (g_lastClick.window == window && std::memcmp(&g_lastClick.target, &target, sizeof target) == 0) {
+    const auto left = g_lastClick.time + DoubleClick() - steady_clock::now();
+    if (left.count() > 0) {
+      Delay(std::chrono::duration_cast<milliseconds>(left) + milliseconds(1));
+    }
+  }
+  ClearElementCache();
+  const Code code = act();
+  g_lastClick = {window, target, steady_clock::now()};
+  return code;
+}
+
+}  // namespace detail
+
+/** An element in a window, found anew for each call. A copy is the same element. */
+class Target {
+ public:
+  Target() = default;
+  Target(HWND window, const TargetRecord& record) noexcept : window_(window), record_(record) {}
+
+  /** What a host stores to find the element again. */
+  const TargetRecord& Record() const noexcept {
+    return record_;
+  }
+  /** Two calls are two clicks, never a double click. */
+  Code Click() const {
+    return detail::AsOneClick(window_, record_, [this] { return ClickTarget(record_, window_); });
+  }
+  /** Puts the text on the clipboard, clicks, pastes, and waits until it shows: Code::Failed when not in time. */
+  Code Paste(const korvane::Text& text, milliseconds timeout = milliseconds(3000)) const {
+    const Code code = SetClipboardText(text);
+    return code != Code::Ok ? code : detail::AsOneClick(window_, record_, [&] {
+      return PasteToTargetWithVerifyEx(record_, window_, timeout);
+    });
+  }
+  /** Clicks and types the text key by key. */
+  Code Type(const korvane::Text& text, milliseconds pause = milliseconds(1)) const {
+    const Code code = Click();
+    return code != Code::Ok ? code : SendKeySequence(text, pause);
+  }
+  /** What it shows. */
+  OwnedText Text() const {
+    return GetTargetText(record_, window_);
+  }
+  /** Waits until it shows the text, or when `exact` nothing else: Code::Failed when time ran out. */
+  Code Wait(const korvane::Text& text, milliseconds timeout = milliseconds(3000), bool exact = false) const {
+    return exact ? WaitForTargetContainsText(record_, window_, text, timeout)
+                 : WaitForTargetContainsPartialText(record_, window_, text, timeout);
+  }
+  /** Whether it shows the text, or when `exact` nothing else. */
+  Answer Check(const korvane::Text& text, bool exact = false) const {
+    return exact ? TargetContainsText(record_, window_, text) : TargetContainsPartialText(record_, window_, text);
+  }
+
+ private:
+  HWND window_ = nullptr;
+  TargetRecord record_{};
+};
+
+/** A top-level window of another program; false when it is none. */
+class Window {
+ public:
+  Window() = default;
+  explicit Window(HWND handle) noexcept : handle_(handle) {}
+
+  explicit operator bool() const noexcept {
+    return handle_ != nullptr;
+  }
+  HWND Handle() const noexcept {
+    return handle_;
+  }
+  /** Brings it to the foreground. */
+  Code Focus() const {
+    return EnsureWindowFocus(handle_);
+  }
+  /** The element at a point of the screen, in pixels, with the strongest identification that it has. */
+  Code TargetAt(Target& target, int x, int y) const {
+    TargetRecord record{};
+    const Code code = CaptureTargetAtPoint(record, x, y);
+    if (record.automationId[0] != 0) {
+      Use(record, Method::AutomationId);
+    } else if (record.pathLength > 0) {
+      Use(record, Method::TreePath);
+    }
+    target = TargetOf(record);
+    return code;
+  }
+  /** The element under the mouse. */
+  Code TargetAtCursor(Target& target) const {
+    TargetRecord record{};
+    const Code code = CaptureTargetAtCursor(record);
+    target = TargetOf(record);
+    return code;
+  }
+  /** The element of a record that was kept. */
+  Target TargetOf(const TargetRecord& record) const {
+    return {handle_, record};
+  }
+
+ private:
+  HWND handle_ = nullptr;
+};
+
+/** How a window is named; what is empty may be anything. The process is a file name, in upper or lower case. */
+struct WindowName {
+  Text title;
+  Text className;
+  Text process;
+};
+
+/**
+ * Waits for the only visible top-level window of that name.
+ * @return Code::NotFound there is none in time; Code::InvalidArgument there are several, or the name is empty.
+ */
+inline Code WaitForWindow(Window& window, const WindowName& name, milliseconds timeout = milliseconds(5000)) {
+  if (name.title.empty() && name.className.empty() && name.process.empty()) {
+    return Code::InvalidArgument;
+  }
+  const KorvaneChar* className = name.className.empty() ? nullptr : detail::Terminated(name.className);
+  const auto end = std::chrono::steady_clock::now() + timeout;
+  for (;;) {
+    HWND found = nullptr;
+    for (HWND each = nullptr; (each = detail::FindWindowExW(nullptr, each, className, nullptr)) != nullptr;) {
+      WindowInfo info;
+      const bool named = detail::Visible(each) && GetWindowInfo(each, info) == Code::Ok &&
+                         (name.title.empty() || name.title == info.title) &&
+                         (name.process.empty() || detail::SameProcess(name.process, info.processName));
+      if (named && found != nullptr) {
+        return Code::InvalidArgument;
+      }
+      found = named ? each : found;
+    }
+    if (found != nullptr) {
+      window = Window(found);
+      return Code::Ok;
+    }
+    if (std::chrono::steady_clock::now() >= end) {
+      return Code::NotFound;
+    }
+    Delay(milliseconds(50));
+  }
+}
+
+/** The window that the user clicks next; none when the mouse cannot be watched. */
+inline Window PickWindow() {
+  return Window(FindWindowByClick());
+}
 
 }  // namespace korvane
 
