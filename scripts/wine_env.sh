@@ -77,15 +77,19 @@ wine_env_start_display() {
 }
 
 wine_env_make_prefix() {
-  if [ -f "$WINEPREFIX/korvane-ready" ]; then
+  local ready="$WINEPREFIX/korvane-ready-2"
+  if [ -f "$ready" ]; then
     wine_env_say "using the prefix $WINEPREFIX"
     return 0
   fi
   wine_env_say "making a prefix in $WINEPREFIX"
   mkdir -p "$WINEPREFIX"
   wineboot -i >/dev/null 2>&1 </dev/null 8>&- || wine_env_fail "wineboot failed" || return 1
+  # Wine draws the title bars itself: those of a window manager are not seen by programs.
+  in_wine reg add 'HKCU\Software\Wine\X11 Driver' /v Decorated /d N /f >/dev/null ||
+    wine_env_fail "cannot enter a setting in the registry" || return 1
   wineserver -w
-  touch "$WINEPREFIX/korvane-ready"
+  touch "$ready"
 }
 
 wine_start() {

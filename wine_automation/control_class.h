@@ -42,6 +42,7 @@ inline constexpr CONTROLTYPEID kSplitButtonType = 50031;
 inline constexpr CONTROLTYPEID kPaneType = 50033;
 inline constexpr CONTROLTYPEID kHeaderType = 50034;
 inline constexpr CONTROLTYPEID kHeaderItemType = 50035;
+inline constexpr CONTROLTYPEID kTitleBarType = 50037;
 inline constexpr CONTROLTYPEID kSeparatorType = 50038;
 
 inline constexpr PROPERTYID kIsEnabled = 30010;

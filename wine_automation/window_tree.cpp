@@ -204,7 +204,7 @@ HRESULT WindowTree::Rectangle(Node node, RECT* rect) {
 HRESULT WindowTree::ClickablePoint(Node node, POINT* point, BOOL* gotClickable) {
   const HWND window = HandleOf(node);
   std::optional<RECT> visible = VisibleRect(window);
-  if (visible && PartOf(node) == kControlItself && MayHaveParts(window) && !CanBeAsked(window)) {
+  if (visible && PartOf(node) == kControlItself && !IsTopLevel(window) && MayHaveParts(window) && !CanBeAsked(window)) {
     // What lies in its middle is not known.
     visible.reset();
   }

@@ -77,6 +77,8 @@ class GalleryTest : public ::testing::Test {
     ASSERT_HRESULT_SUCCEEDED(CoCreateInstance(CLSID_CUIAutomation, nullptr, CLSCTX_INPROC_SERVER, IID_IUIAutomation,
                                               reinterpret_cast<void**>(&automation)));
     automation_.reset(automation);
+    // Newer versions of Wine bring a client object of their own.
+    ASSERT_NE(GetModuleHandleW(L"wine_automation.dll"), nullptr);
   }
 
   HWND Control(int id) const {
@@ -279,6 +281,10 @@ Window 'Gallery'
   StatusBar '' #81
     Text 'ready'
     Text 'line 1'
+  TitleBar '' #TitleBar
+    Button 'Minimize' #Minimize
+    Button 'Maximize' #Maximize
+    Button 'Close' #Close
   MenuBar 'Application' #MenuBar
     MenuItem 'File'
     MenuItem 'About' #Item 104
@@ -343,6 +349,17 @@ ComboBox '' #33 value='green' expanded=1
 
   Click(*Children(*Of(list)).back());
   EXPECT_TRUE(Await([&] { return SendMessageW(Control(33), CB_GETCURSEL, 0, 0) == 2 ? list : nullptr; }));
+}
+
+TEST_F(GalleryTest, TitleBarTakesClicks) {
+  Start(3);
+  Elements bars = Children(*Of(window_));
+  const Element title = std::move(bars[bars.size() - 2]);
+  Click(*Children(*title)[1]);
+  EXPECT_TRUE(Await([&] { return IsZoomed(window_) ? window_ : nullptr; }));
+  EXPECT_EQ("Button 'Restore' #Restore", Described(*Children(*title)[1]));
+  Click(*Children(*title)[2]);
+  EXPECT_TRUE(Await([&] { return IsWindow(window_) ? nullptr : GetDesktopWindow(); }));
 }
 
 TEST_F(GalleryTest, ControlThatDoesNotAnswerOffersNoPartAndNoPoint) {
