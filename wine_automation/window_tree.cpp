@@ -13,6 +13,8 @@ using uia::Node;
 using uia::PropertyValue;
 
 constexpr HRESULT kNoClickablePoint = static_cast<HRESULT>(0x80040202);
+constexpr WCHAR kOpenMenuClass[] = L"#32768";
+
 // A window's node is its handle, of which 32 bits count; a part's carries its number above them.
 Node NodeOf(HWND window, Part part = kControlItself) {
   return (static_cast<Node>(part) << 32) | static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window));
@@ -34,9 +36,26 @@ bool IsDroppedList(HWND window) {
   return IsTopLevel(window) && ClassNameOf(window) == L"ComboLBox";
 }
 
+// What the system keeps as a window of the desktop and the tree shows below another: the list of a combo box, and open
+// menus below the window they belong to.
 HWND AboveInTree(HWND window) {
-  const HWND comboBox = IsDroppedList(window) ? WindowAbove(window) : nullptr;
-  return comboBox == nullptr ? ParentOf(window) : comboBox;
+  HWND above = nullptr;
+  if (IsDroppedList(window)) {
+    above = WindowAbove(window);
+  } else if (ClassNameOf(window) == kOpenMenuClass) {
+    above = GetWindow(window, GW_OWNER);
+  }
+  return above != nullptr && IsWindowVisible(above) ? above : ParentOf(window);
+}
+
+// In front of its other children.
+void AddOpenMenus(HWND window, std::vector<Node>& children) {
+  HWND menu = nullptr;
+  while ((menu = FindWindowExW(nullptr, menu, kOpenMenuClass, nullptr)) != nullptr) {
+    if (IsWindowVisible(menu) && AboveInTree(menu) == window) {
+      children.push_back(NodeOf(menu));
+    }
+  }
 }
 
 PropertyValue WindowProperty(HWND window, PROPERTYID property) {
@@ -107,8 +126,12 @@ std::vector<Node> WindowTree::Children(Node node) {
         children.push_back(NodeOf(list));
       }
     }
+    const bool isDesktop = window == GetDesktopWindow();
+    if (!isDesktop && IsTopLevel(window)) {
+      AddOpenMenus(window, children);
+    }
     for (const HWND child : ChildrenOf(window)) {
-      if (window != GetDesktopWindow() || !IsDroppedList(child) || WindowAbove(child) == nullptr) {
+      if (!isDesktop || AboveInTree(child) == window) {
         children.push_back(NodeOf(child));
       }
     }

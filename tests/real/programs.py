@@ -39,10 +39,22 @@ def await_window(screen, title):
     raise AssertionError(f"no window {title!r}")
 
 
+def await_window_gone(title):
+    screen = display.Display()
+    try:
+        end = time.monotonic() + 10
+        while window_titled(screen, title):
+            if time.monotonic() > end:
+                raise AssertionError(f"the window {title!r} stays")
+            time.sleep(0.1)
+    finally:
+        screen.close()
+
+
 @contextlib.contextmanager
-def program_at(name, title, x, y):
-    """A program of Wine with its window at a place, as long as it is needed."""
-    program = subprocess.Popen(["wine", name], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+def program_at(title, x, y, *command):
+    """A program under Wine with its window at a place, as long as it is needed."""
+    program = subprocess.Popen(["wine", *command], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL)
     screen = display.Display()
     try:
@@ -61,6 +73,11 @@ def program_at(name, title, x, y):
         program.wait()
 
 
-def replay(recording):
+def windows_path(file):
+    return "Z:" + str(file).replace("/", "\\")
+
+
+def replay(recording, **variables):
     """Exit code and what was said."""
-    return run_windows(WINDOWS / "korvane.exe", "replay", "Z:" + str(HERE / recording), folder=scratch("real"))
+    values = [word for name, value in variables.items() for word in ("--set", f"{name}={value}")]
+    return run_windows(WINDOWS / "korvane.exe", "replay", "Z:" + str(HERE / recording), *values, folder=scratch("real"))

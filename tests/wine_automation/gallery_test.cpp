@@ -106,6 +106,11 @@ class GalleryTest : public ::testing::Test {
     return children;
   }
 
+  Element Above(IUIAutomationElement& element) const {
+    const auto walker = Got<IUIAutomationTreeWalker>([&](auto out) { return automation_->get_ControlViewWalker(out); });
+    return Got<IUIAutomationElement>([&](auto out) { return walker->GetParentElement(&element, out); });
+  }
+
   bool IsSame(IUIAutomationElement& a, IUIAutomationElement& b) const {
     BOOL same = FALSE;
     automation_->CompareElements(&a, &b, &same);
@@ -318,6 +323,9 @@ Menu ''
             Tree(*Of(popup)));
   EXPECT_THAT(Unreachable(*Of(popup)), ::testing::ElementsAre());
 
+  EXPECT_TRUE(IsSame(*Children(*Of(window_)).front(), *Of(popup)));
+  EXPECT_TRUE(IsSame(*Above(*Of(popup)), *Of(window_)));
+
   Click(*Children(*Of(popup)).front());
   EXPECT_TRUE(Await([&] { return TitleOf(window_) == L"Command 101" ? window_ : nullptr; }));
   EXPECT_FALSE(IsWindowVisible(popup));
@@ -341,10 +349,7 @@ ComboBox '' #33 value='green' expanded=1
   Button 'Close' #DropDown
 )",
             Tree(*combo));
-  const auto walker = Got<IUIAutomationTreeWalker>([&](auto out) { return automation_->get_ControlViewWalker(out); });
-  const Element above =
-      Got<IUIAutomationElement>([&](auto out) { return walker->GetParentElement(Of(list).get(), out); });
-  EXPECT_TRUE(IsSame(*above, *combo));
+  EXPECT_TRUE(IsSame(*Above(*Of(list)), *combo));
   EXPECT_THAT(Unreachable(*Of(list)), ::testing::ElementsAre());
 
   Click(*Children(*Of(list)).back());
