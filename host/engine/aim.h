@@ -12,6 +12,9 @@ namespace host {
 struct Aim {
   Identified identified;
   std::optional<world::Point> point;  // of a step that clicks
+  // The window that takes a click at the point: the step's own, one that it owns, or one in which the element lies.
+  // Null: another window is in front of it.
+  HWND window = nullptr;
   // The point itself is meant, not the middle of the element that is there.
   bool exact = false;
   std::string refusal;  // why the step cannot be done; empty: it can

@@ -124,8 +124,12 @@ Attempt ByScreenPoint(Attempt attempt, const Sought& sought) {
 }
 
 // A point proves nothing by itself: it needs something that only the recorded element has.
-bool ProvesIdentity(const Attempt& attempt, const Sought& sought) {
-  return attempt.by != Identification::ScreenPoint || sought.record.automationId[0] != 0 || !sought.label.empty();
+bool ProvesIdentity(const Attempt& attempt, const Sought& sought, const std::vector<Attempt>& attempts) {
+  const bool uniqueId = std::none_of(attempts.begin(), attempts.end(), [](const Attempt& each) {
+    return each.by == Identification::AutomationId &&
+           (each.finding == Finding::NotRecorded || each.finding == Finding::Ambiguous);
+  });
+  return attempt.by != Identification::ScreenPoint || uniqueId || !sought.label.empty();
 }
 
 TargetRecord RecordFor(const Sought& sought, Identification by, const world::Element& root) {
@@ -207,8 +211,12 @@ Identified Identify(const Sought& sought) {
         identified.attempts.push_back(TryAlone(sought, by));
       }
     }
-    for (const Attempt& attempt : identified.attempts) {
-      if (attempt.finding != Finding::Found || !ProvesIdentity(attempt, sought)) {
+    for (Attempt& attempt : identified.attempts) {
+      if (attempt.finding == Finding::Found && !ProvesIdentity(attempt, sought, identified.attempts)) {
+        attempt.finding = Finding::Ambiguous;
+        attempt.why = "what is there could be any other of its kind";
+      }
+      if (attempt.finding != Finding::Found) {
         continue;
       }
       if (answer != nullptr && !world::Same(*answer->element, *attempt.element)) {
@@ -221,10 +229,8 @@ Identified Identify(const Sought& sought) {
   }
   if (answer == nullptr) {
     for (const Attempt& attempt : identified.attempts) {
-      const std::string why =
-          attempt.finding == Finding::Found ? "what is there could be any other of its kind" : attempt.why;
       identified.refusal +=
-          (identified.refusal.empty() ? "its " : "; its ") + std::string(NameOf(attempt.by)) + ": " + why;
+          (identified.refusal.empty() ? "its " : "; its ") + std::string(NameOf(attempt.by)) + ": " + attempt.why;
     }
     return identified;
   }

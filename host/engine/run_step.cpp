@@ -14,6 +14,8 @@ namespace {
 constexpr int kSliceMs = 50;
 // Within this time two clicks on one spot are a double click, which selects a word.
 constexpr double kDoubleClickMs = 600;
+// How long the preferred identification alone is waited for.
+constexpr double kPreferredMs = 500;
 // How long a field may take to show what was typed, or that what it held before was replaced.
 constexpr int kSettleMs = 1000;
 
@@ -52,6 +54,13 @@ bool Matches(const std::string& shown, const std::string& expected, Match match)
 
 std::string Shows(const std::optional<std::string>& text) {
   return text ? "shows \"" + Shortened(*text, 200) + "\"" : "shows no text";
+}
+
+// A dropped list closes when it is clicked, and what it covered comes back.
+bool IsShown(HWND window) {
+  const auto windows = world::Windows();
+  return std::any_of(windows.begin(), windows.end(),
+                     [window](const world::Window& each) { return each.handle == window; });
 }
 
 // True as soon as it holds; false when the time is up or Escape was pressed.
@@ -177,6 +186,7 @@ bool StepRunner::AimAt(Turn& turn) const {
   const WindowName& name = recording_.windows[turn.step.window];
   // A remembered point would be clicked without a look at what is there now.
   clearElementCache();
+  const double start = world::Now();
   Await(turn.timeoutMs, [&] {
     if (const auto now = world::Describe(result.window->handle)) {
       result.window = now;
@@ -184,16 +194,17 @@ bool StepRunner::AimAt(Turn& turn) const {
     const bool clicks = ClicksTarget(turn.step);
     turn.aim = TakeAim({turn.step.target, turn.step.label, name, *result.window}, clicks, !options_.dryRun);
     // Covered or minimised: a look from the front.
-    if (turn.aim.refusal.empty() && clicks && !options_.dryRun &&
-        !BelongsTo(world::RootAt(*turn.aim.point), result.window->handle)) {
+    if (turn.aim.refusal.empty() && clicks && !options_.dryRun && turn.aim.window == nullptr) {
       ensureWindowFocus(result.window->handle);
       result.window = world::Describe(result.window->handle).value_or(*result.window);
       turn.aim = TakeAim({turn.step.target, turn.step.label, name, *result.window}, clicks, true);
-      if (turn.aim.refusal.empty() && !BelongsTo(world::RootAt(*turn.aim.point), result.window->handle)) {
+      if (turn.aim.refusal.empty() && turn.aim.window == nullptr) {
         turn.aim.refusal = "another window covers it and does not make way";
       }
     }
-    return turn.aim.refusal.empty();
+    // What is preferred may be about to come, and what heals be left over from what was there before.
+    const bool settled = !turn.aim.identified.IsHealed() || world::Now() - start >= kPreferredMs;
+    return turn.aim.refusal.empty() && settled;
   });
   TellFinding(turn.aim, turn.step, *result.window, name, result);
   result.remark = turn.aim.refusal.empty() ? turn.aim.remark : turn.aim.refusal;
@@ -271,7 +282,7 @@ int StepRunner::ClickSeen(Turn& turn) {
   const HWND there = world::RootAt(at);
   // A click may have closed the window.
   const bool stands = world::Describe(turn.Window()).has_value();
-  if (stands && !BelongsTo(there, turn.Window())) {
+  if (stands && !BelongsTo(there, turn.Window()) && there != turn.aim.window && IsShown(turn.aim.window)) {
     const auto other = there == nullptr ? std::nullopt : world::Describe(there);
     turn.result.remark = "the click went to another window" + (other ? ": " + Describe(NameOf(*other)) : "");
     return KORVANE_FAILED;

@@ -80,6 +80,11 @@ void Cover(const Numbers& place) {
   TheDesktop().Windows().RefuseThreadAttach(true);
 }
 
+void Rename(int id, int automationId) {
+  TheDesktop().Elements().SetProperty(TheDesktop().Elements().Of(ControlOf(id)), UIA_AutomationIdPropertyId,
+                                      {Wide(std::to_string(automationId))});
+}
+
 struct Instruction {
   std::size_t numbers;
   const char* form;
@@ -114,13 +119,8 @@ const std::map<std::string, Instruction>& Instructions() {
           AddToForm(TEXT("Canvas"), TEXT(""), 0, Behaviour::Window, {230, 385, 450, 416});
         }}},
       {"gone", {1, "ID", [](const Numbers& n) { TheDesktop().Windows().Destroy(ControlOf(n[0])); }}},
-      {"id",
-       {2, "ID,NEW",
-        [](const Numbers& n) {
-          const std::string id = std::to_string(n[1]);
-          TheDesktop().Elements().SetProperty(TheDesktop().Elements().Of(ControlOf(n[0])), UIA_AutomationIdPropertyId,
-                                              {Wide(id)});
-        }}},
+      {"id", {2, "ID,NEW", [](const Numbers& n) { Rename(n[0], n[1]); }}},
+      {"rename", {3, "MS ID,NEW", [](const Numbers& n) { Later(n[0], [n] { Rename(n[1], n[2]); }); }}},
       {"place", {3, "ID X,Y", [](const Numbers& n) { TheDesktop().Windows().MoveTo(ControlOf(n[0]), n[1], n[2]); }}},
       {"cover", {4, "X,Y,W,H", Cover}},
       {"steal", {1, "MS", [](const Numbers& n) { Later(n[0], StealKeys); }}},

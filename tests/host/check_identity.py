@@ -55,6 +55,22 @@ class Identity(unittest.TestCase):
         self.assertIn("tree path (healed)", checked)
         self.assertIn("  4 steps: 3 ok, 1 healed, 0 failed, 0 not run", out)
 
+    def test_shared_id_proves_nothing(self):
+        """identity: at the recorded point, an AutomationId that others have, too, does not prove the element"""
+        recording, _ = self.record({"name": "B", "action": "click", "at": [268, 90]}, desktop="id 102,101")
+        self.changed(lambda r: r["steps"][0]["target"]["levels"][2].update(childIndex=9), json.dumps(recording))
+        checked, out = self.agree(1, "id 102,101")
+        self.assertRegex(checked, r"NONE +not unique, [\d.]+ ms +not found, [\d.]+ ms +not unique")
+        self.assertIn("its screen point: what is there could be any other of its kind", out)
+
+    def test_preferred_comes_late(self):
+        """identity: what is preferred may come a moment later; only then does another identification heal"""
+        recording, _ = self.record({"name": "Name", "action": "click", "at": [268, 58]}, desktop="id 101,20319326")
+        self.changed(lambda r: r["steps"][0]["target"].update(identificationMethod="automation-id"), json.dumps(recording))
+        words = ("replay", "order.json", "--timeout", 2000)
+        self.assertIn("1 ok, 0 healed", self.says(0, *words, desktop="id 101,77712345; rename 200 101,20319326"))
+        self.assertIn("0 ok, 1 healed", self.says(0, *words, desktop="id 101,77712345"))
+
     def test_moved_window(self):
         """identity: a window that moves during a replay, or between rows of data, is clicked where it is now"""
         (self.folder / "data.csv").write_text("NAME,ARTICLE\nAda,Lamp\nBen,Rope\n", encoding="utf-8")
