@@ -1,6 +1,7 @@
 /* Captures four elements of the order form, opens the form elsewhere and fills it in by the records. */
 #include <korvane/korvane.h>
 #include <stdio.h>
+#include <windows.h>
 
 #include "stage.h"
 
@@ -56,11 +57,11 @@ static int Order(void) {
     return result;
 
   KorvaneChar* shown = getTargetText(&status, form);
-  /* What is not ASCII shows as a question mark. */
-  for (const KorvaneChar* unit = shown; unit != NULL && *unit != 0; ++unit) {
-    putchar(*unit < 0x80 ? (int)*unit : '?');
+  char utf8[1024];
+  if (shown != NULL && WideCharToMultiByte(CP_UTF8, 0, shown, -1, utf8, sizeof utf8, NULL, NULL) > 0) {
+    SetConsoleOutputCP(CP_UTF8);
+    puts(utf8);
   }
-  putchar('\n');
   freeTextResult(shown);
   return KORVANE_OK;
 }

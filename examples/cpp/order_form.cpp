@@ -1,4 +1,6 @@
 // Captures four elements of the order form, opens the form elsewhere and fills it in by the records.
+#include <windows.h>
+
 #include <cstdio>
 #include <korvane/korvane.hpp>
 
@@ -74,10 +76,11 @@ int main() {
     code = stageOpenForm(420, 300) == 0 ? order.Replay(stageFormWindow()) : Code::NotFound;
   if (code == Code::Ok) {
     const korvane::OwnedText shown = korvane::GetTargetText(order.status, stageFormWindow());
-    for (const KorvaneChar unit : shown.View()) {
-      std::putchar(unit < 0x80 ? static_cast<char>(unit) : '?');  // what is not ASCII
-    }
-    std::putchar('\n');
+    char utf8[1024];
+    const int size = WideCharToMultiByte(CP_UTF8, 0, shown.View().data(), static_cast<int>(shown.View().size()), utf8,
+                                         sizeof utf8, nullptr, nullptr);
+    SetConsoleOutputCP(CP_UTF8);
+    std::printf("%.*s\n", size, utf8);
   } else {
     std::printf("%s; korvane.log tells why\n", korvane::NameOf(code));
   }

@@ -13,8 +13,7 @@ TOOLCHAIN = ROOT / "cmake/mingw-w64.cmake"
 GCC = "x86_64-w64-mingw32-gcc-win32"
 GXX = "x86_64-w64-mingw32-g++-win32"
 WARNINGS = ["-Wall", "-Wextra", "-Wconversion", "-Werror"]
-# Shown where the programs write only ASCII.
-ORDERED = SUBMITTED.format("?", "?")
+ORDERED = SUBMITTED.format("é", "í")
 
 FIND = """
 cmake_minimum_required(VERSION 3.16)
