@@ -17,6 +17,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[1]
 sys.path.insert(0, str(ROOT / "scripts"))
 import assembly  # noqa: E402
+import pdb_file  # noqa: E402
 from interface import functions  # noqa: E402
 
 TEMPLATES = ROOT / "packaging"
@@ -47,6 +48,7 @@ BUILT = {
     "bin/korvane.dll": "bin/korvane.dll",
     "bin/korvane.dll.debug": "bin/korvane.dll.debug",
     "bin/korvane.exe": "bin/korvane.exe",
+    "bin/korvane.pdb": "bin/korvane.pdb",
     "lib/libkorvane.dll.a": "src/libkorvane.dll.a",
     "examples/stage/stage.dll": "bin/stage.dll",
     "examples/stage/order_form.exe": "bin/order_form.exe",
@@ -120,6 +122,8 @@ def assemble(folder, build, values):
         put(ROOT / f"docs/{name}.md", folder / f"docs/{name}.md")
     for target, source in BUILT.items():
         put(build / source, folder / target)
+    symbols = folder / "bin/korvane.pdb"
+    symbols.write_bytes(pdb_file.without_chance(symbols.read_bytes()))
     for target, template in GENERATED.items():
         (folder / target).parent.mkdir(parents=True, exist_ok=True)
         (folder / target).write_text(fill(template, values), encoding="utf-8")

@@ -1,11 +1,13 @@
 """The package as it is shipped."""
 
 import hashlib
+import os
 import posixpath
 import re
 import shutil
 import sys
 import unittest
+import uuid
 import zipfile
 from xml.etree import ElementTree
 
@@ -24,7 +26,7 @@ class Package(unittest.TestCase):
         """package: holds what a host author needs, whole and nothing else"""
         there = {file.relative_to(unpacked()).as_posix() for file in unpacked().rglob("*") if file.is_file()}
         needed = {
-            "bin/korvane.dll", "bin/korvane.dll.debug", "bin/korvane.exe", "lib/korvane.lib", "lib/libkorvane.dll.a",
+            "bin/korvane.dll", "bin/korvane.dll.debug", "bin/korvane.exe", "bin/korvane.pdb", "lib/korvane.lib", "lib/libkorvane.dll.a",
             "include/korvane/korvane.h", "include/korvane/korvane.hpp", "include/korvane/version.h",
             "lib/cmake/korvane/korvaneConfig.cmake", "lib/cmake/korvane/korvaneConfigVersion.cmake",
             "lib/pkgconfig/korvane.pc", "README.md", "CHANGELOG.md", "LICENSE.txt", "NOTICES.txt", "docs/reference.md",
@@ -87,6 +89,30 @@ class Package(unittest.TestCase):
         self.assertEqual(sorted(exported_functions()), sorted(lines[-2] for lines in found))
         self.assertEqual([], [lines for lines in found if "src/" not in lines[-1]])
 
+    def test_pdb(self):
+        """package: the PDB is that of the DLL, and shows where each function is"""
+        dll, pdb = str(unpacked() / "bin/korvane.dll"), str(unpacked() / "bin/korvane.pdb")
+        in_dll = run(tool("llvm-readobj-14"), "--coff-debug-directory", dll).stdout
+        self.assertIn("PDBFileName: korvane.pdb", in_dll)
+        (guid,) = re.findall(r"PDBGUID: \((.*)\)", in_dll)
+        own = run(tool("llvm-pdbutil-14"), "dump", "-summary", pdb).stdout
+        (shown,) = re.findall(r"GUID: \{([0-9A-F-]+)\}", own)
+        data = bytes.fromhex(guid)
+        self.assertEqual(str(uuid.UUID(bytes_le=data)).upper(), shown)
+        text = int(re.search(r"\.text\s+[0-9a-f]+\s+([0-9a-f]+)", run(OBJDUMP, "-h", dll).stdout)[1], 16)
+        table = run(OBJDUMP, "-p", dll).stdout
+        base = int(re.search(r"ImageBase\s+([0-9a-f]+)", table)[1], 16)
+        exported = dict(zip(
+            re.findall(r"^\s+\[\s*\d+\] (\w+)$", table, re.M),
+            (int(each, 16) for each in re.findall(r"\+base\[\s*\d+\]\s+([0-9a-f]+) Export RVA", table)),
+        ))
+        self.assertEqual(sorted(exported_functions()), sorted(exported))
+        publics = run(tool("llvm-pdbutil-14"), "dump", "-publics", pdb).stdout
+        places = {name: int(at) for name, at in re.findall(r"`(\w+)`\s+flags = function, addr = 0001:(\d+)", publics)}
+        self.assertEqual(exported, {name: text - base + places.get(name, -text) for name in exported})
+        # Those of the library's inside, too.
+        self.assertGreater(len(places), 100)
+
     def test_nuget(self):
         """package: the NuGet package is whole, and its targets name files that it has"""
         with zipfile.ZipFile(OUTPUT / f"korvane.{version()}.nupkg") as file:
@@ -139,7 +165,8 @@ class Package(unittest.TestCase):
         shutil.copytree(ROOT, elsewhere, ignore=shutil.ignore_patterns("build", ".git", "__pycache__"))
         for step in (("cmake", "--preset", "windows"),
                      ("cmake", "--build", "--preset", "windows", "--target", "korvane", "--", "-j2")):
-            made = run(*step, cwd=elsewhere)
+            # A compiler cache would hand out what was compiled here.
+            made = run(*step, cwd=elsewhere, env={**os.environ, "CCACHE_DISABLE": "1"})
             self.assertEqual(0, made.returncode, made.stdout + made.stderr)
         self.link_again(elsewhere)
         made = run("python3", "packaging/make_package.py", "build/windows", "build/package", cwd=elsewhere)
