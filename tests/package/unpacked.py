@@ -50,3 +50,13 @@ def scratch(name):
 def windows_path(path):
     """How Wine's programs know a path of this machine."""
     return "Z:" + str(path).replace("/", "\\")
+
+
+@functools.lru_cache(maxsize=None)
+def demonstrated():
+    """What the demonstration of the zip leaves, run under Wine: a recording, a log and a report."""
+    folder = scratch("demonstrated")
+    code, output = run_windows("cmd", "/c", windows_path(unpacked() / "demo.cmd"), "--no-report", folder=folder)
+    assert code == 0, output
+    shutil.move(unpacked() / "demo", folder / "demo")
+    return folder / "demo"

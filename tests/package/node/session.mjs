@@ -58,6 +58,13 @@ await Session.use({ log: 'session.log' }, async (session) => {
     await recorded.click();
   }
   await assert.rejects(session.targetOfStep('order.json', 'Street'), TypeError);
+  // One that the companion program itself has written, in another place.
+  if (process.env.RECORDING) {
+    const article = await session.targetOfStep(process.env.RECORDING, 'Article');
+    assert.strictEqual(article.record.automationId, String(stage.Control.ARTICLE));
+    await article.paste('Brass compass');
+    assert(await article.check('Brass compass', { exact: true }));
+  }
   stage.closeForm();
   await session.close();
   await assert.rejects(session.call('isCancelled'), /closed/);
