@@ -96,7 +96,7 @@ function textAt(bytes, offset, size) {
 
 // ---- Records ----
 
-const RecordLayout = koffi.struct({
+const RECORD_FIELDS = {
   automationId: koffi.array('uint16_t', 256),
   hwnd: 'uintptr_t',
   x: 'int32_t',
@@ -106,18 +106,20 @@ const RecordLayout = koffi.struct({
   controlTypes: koffi.array('int32_t', 20),
   classNames: koffi.array('uint16_t', 20 * 64),
   childIndices: koffi.array('int32_t', 20),
-});
-const InfoLayout = koffi.struct({
+};
+const INFO_FIELDS = {
   title: koffi.array('uint16_t', 256),
   processName: koffi.array('uint16_t', 256),
   window: 'uintptr_t',
-});
+};
+const RecordLayout = koffi.struct(RECORD_FIELDS);
+const InfoLayout = koffi.struct(INFO_FIELDS);
 
-function offsetsOf(layout) {
-  return Object.freeze(Object.fromEntries(Object.keys(koffi.introspect(layout).members).map((name) => [name, koffi.offsetof(layout, name)])));
+function offsetsOf(layout, fields) {
+  return Object.freeze(Object.fromEntries(Object.keys(fields).map((name) => [name, koffi.offsetof(layout, name)])));
 }
-const RECORD = offsetsOf(RecordLayout);
-const INFO = offsetsOf(InfoLayout);
+const RECORD = offsetsOf(RecordLayout, RECORD_FIELDS);
+const INFO = offsetsOf(InfoLayout, INFO_FIELDS);
 
 function writeText(bytes, offset, size, text) {
   const written = Buffer.from(text, 'utf16le');
@@ -199,6 +201,9 @@ TargetRecord.SIZE = koffi.sizeof(RecordLayout);
 function findLibrary() {
   // A whole path always: a bare name would be looked for in the current folder, too.
   if (process.env.KORVANE_LIBRARY) return path.resolve(process.env.KORVANE_LIBRARY);
+  if (process.platform !== 'win32' || process.arch !== 'x64') {
+    throw new Error('korvane is for 64-bit Windows; elsewhere KORVANE_LIBRARY can name what stands in for it');
+  }
   const places = [path.join(__dirname, 'korvane.dll'), path.join(__dirname, '..', '..', 'bin', 'korvane.dll')];
   const found = places.find((place) => fs.existsSync(place));
   if (!found) throw new Error('korvane.dll is neither beside functions.js nor in the package; KORVANE_LIBRARY can name it');

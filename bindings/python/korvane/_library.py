@@ -22,6 +22,8 @@ def _find_library() -> str:
     if named:
         # A whole path always: a bare name would be looked for in the current folder, too.
         return os.path.abspath(named)
+    if sys.platform != "win32":
+        raise ImportError("korvane is for 64-bit Windows; elsewhere KORVANE_LIBRARY can name what stands in for it")
     here = Path(__file__).resolve().parent
     for folder in (here, here.parents[2] / "bin"):
         if (folder / "korvane.dll").is_file():
