@@ -13,7 +13,6 @@ using uia::Node;
 using uia::PropertyValue;
 
 constexpr HRESULT kNoClickablePoint = static_cast<HRESULT>(0x80040202);
-constexpr WCHAR kOpenMenuClass[] = L"#32768";
 
 // A window's node is its handle, of which 32 bits count; a part's carries its number above them.
 Node NodeOf(HWND window, Part part = kControlItself) {
@@ -36,24 +35,18 @@ bool IsDroppedList(HWND window) {
   return IsTopLevel(window) && ClassNameOf(window) == L"ComboLBox";
 }
 
-// What the system keeps as a window of the desktop and the tree shows below another: the list of a combo box, and open
-// menus below the window they belong to.
+// A window lies below the one that owns it, if that shows; the list of a combo box, which nothing owns, below its combo
+// box.
 HWND AboveInTree(HWND window) {
-  HWND above = nullptr;
-  if (IsDroppedList(window)) {
-    above = WindowAbove(window);
-  } else if (ClassNameOf(window) == kOpenMenuClass) {
-    above = GetWindow(window, GW_OWNER);
-  }
+  const HWND above = IsDroppedList(window) ? WindowAbove(window) : GetWindow(window, GW_OWNER);
   return above != nullptr && IsWindowVisible(above) ? above : ParentOf(window);
 }
 
 // In front of its other children.
-void AddOpenMenus(HWND window, std::vector<Node>& children) {
-  HWND menu = nullptr;
-  while ((menu = FindWindowExW(nullptr, menu, kOpenMenuClass, nullptr)) != nullptr) {
-    if (IsWindowVisible(menu) && AboveInTree(menu) == window) {
-      children.push_back(NodeOf(menu));
+void AddOwnedWindows(HWND window, std::vector<Node>& children) {
+  for (const HWND other : ChildrenOf(GetDesktopWindow())) {
+    if (GetWindow(other, GW_OWNER) == window) {
+      children.push_back(NodeOf(other));
     }
   }
 }
@@ -128,7 +121,7 @@ std::vector<Node> WindowTree::Children(Node node) {
     }
     const bool isDesktop = window == GetDesktopWindow();
     if (!isDesktop && IsTopLevel(window)) {
-      AddOpenMenus(window, children);
+      AddOwnedWindows(window, children);
     }
     for (const HWND child : ChildrenOf(window)) {
       if (!isDesktop || AboveInTree(child) == window) {

@@ -356,6 +356,24 @@ ComboBox '' #33 value='green' expanded=1
   EXPECT_TRUE(Await([&] { return SendMessageW(Control(33), CB_GETCURSEL, 0, 0) == 2 ? list : nullptr; }));
 }
 
+TEST_F(GalleryTest, DialogIsBelowTheWindowThatOwnsIt) {
+  Start(3);
+  Click(*Children(*Children(*Of(window_)).back())[1]);
+  const HWND dialog = Await([] { return FindWindowW(L"#32770", L"About"); });
+  ASSERT_NE(dialog, nullptr);
+  Sleep(200);
+  EXPECT_TRUE(IsSame(*Children(*Of(window_)).front(), *Of(dialog)));
+  EXPECT_TRUE(IsSame(*Above(*Of(dialog)), *Of(window_)));
+  for (const Element& top : Children(*Above(*Of(window_)))) {
+    EXPECT_FALSE(IsSame(*top, *Of(dialog)));
+  }
+  const Element button = Of(GetDlgItem(dialog, IDOK));
+  EXPECT_EQ("Button 'OK' #1", Described(*button));
+  EXPECT_THAT(Unreachable(*Of(dialog)), ::testing::ElementsAre());
+  Click(*button);
+  EXPECT_TRUE(Await([&] { return TitleOf(window_) == L"Command 104" ? window_ : nullptr; }));
+}
+
 TEST_F(GalleryTest, TitleBarTakesClicks) {
   Start(3);
   Elements bars = Children(*Of(window_));

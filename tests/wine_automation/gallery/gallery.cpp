@@ -171,6 +171,9 @@ LRESULT CALLBACK Serve(HWND window, UINT message, WPARAM wParam, LPARAM lParam) 
     PostQuitMessage(0);
   }
   if (message == WM_COMMAND && lParam == 0) {
+    if (LOWORD(wParam) == kAbout) {
+      MessageBoxW(window, L"A program of controls.", L"About", MB_OK);
+    }
     SetWindowTextW(window, (L"Command " + std::to_wstring(LOWORD(wParam))).c_str());
   }
   // A program that hangs.
