@@ -1,19 +1,80 @@
-// Whole files, named in UTF-8.
+// Files, named in UTF-8: inputs as a whole, outputs that are opened before anything is done and written when it is
+// done.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
+
+#include "host/base/system_file.h"
 
 namespace host {
 
 std::filesystem::path PathOf(const std::string& utf8);
-std::string ReadFile(const std::string& name);  // Failure: BadFile
+std::string NameOf(const std::filesystem::path& path);
+
+// Failure: BadFile, also for what never ends.
+std::string ReadFile(const std::string& name);
 // What stands behind the given place; empty when the file is not there.
 std::string ReadFileFrom(const std::string& name, std::uintmax_t offset);
-// Into a temporary file beside it, which then takes its name: a reader never sees half of it. Failure: CannotWrite
-void WriteFile(const std::string& name, const std::string& bytes);
-// A file of this process alone, in the folder for temporary ones.
-std::string TemporaryFile(const std::string& ending);
+
+// A new file in the folder for temporary ones, for its owner alone; gone with its owner. Failure: CannotWrite
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(const std::string& ending);
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile();
+
+  const std::string& Name() const {
+    return name_;
+  }
+
+ private:
+  std::string name_;
+};
+
+// A file that gets its content as a whole: a reader never sees half of it, and a failure leaves what was there. A link
+// is followed; a device or a pipe is written to, and never replaced. A new file is for its owner alone, one that is
+// replaced keeps its mode.
+class OutputFile {
+ public:
+  // Opens it, so that whatever prevents writing is known now; what is in it stays. Failure: CannotWrite
+  explicit OutputFile(const std::string& name);
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+  ~OutputFile();
+
+  // May be called again with more; a device or pipe gets everything each time. Failure: CannotWrite
+  void Write(const std::string& bytes);
+  bool IsStream() const {
+    return stream_;
+  }
+
+ private:
+  void Prepare();
+
+  std::string name_;
+  std::filesystem::path path_;       // with links followed
+  std::filesystem::path temporary_;  // beside it; empty: written in place
+  system_file::File file_;
+  bool stream_ = false;
+};
+
+// A file that grows. Failure: CannotWrite
+class AppendedFile {
+ public:
+  explicit AppendedFile(const std::string& name);
+  // Failure: CannotWrite
+  void Write(const std::string& bytes);
+
+ private:
+  std::string name_;
+  system_file::File file_;
+};
+
+// Whether two names lead to one file, which is there; a device is none.
+bool AreSameFile(const std::string& left, const std::string& right);
 
 }  // namespace host

@@ -6,6 +6,14 @@
 
 namespace host {
 
+void Table::Add(const std::vector<std::string>& row) {
+  constexpr std::size_t kWidest = 300;
+  std::vector<std::string>& cells = rows_.emplace_back();
+  for (const std::string& cell : row) {
+    cells.push_back(Shortened(cell, kWidest));
+  }
+}
+
 std::string Table::Text() const {
   std::vector<std::size_t> widths(rows_.front().size());
   for (const auto& row : rows_) {

@@ -10,9 +10,8 @@ class Table {
  public:
   explicit Table(std::vector<std::string> heads) : rows_{std::move(heads)} {}
 
-  void Add(std::vector<std::string> row) {
-    rows_.push_back(std::move(row));
-  }
+  // Cells may hold texts of other programs; they are escaped, and cut when they are very long.
+  void Add(const std::vector<std::string>& row);
   std::string Text() const;
 
  private:

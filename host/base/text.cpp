@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 
 namespace host {
 
@@ -65,6 +66,42 @@ char32_t TakePoint(std::string_view& bytes) {
   return valid ? point : kReplacement;
 }
 
+// Bytes that TakePoint would replace; U+FFFD itself is a character like any other.
+constexpr std::string_view kReplacementBytes = "\xEF\xBF\xBD";
+
+struct Range {
+  char32_t first;
+  char32_t last;
+};
+// What a terminal obeys instead of showing it, what turns the direction of what follows, and what nobody sees.
+constexpr Range kNotShown[] = {
+    {0x00, 0x1F},     {0x7F, 0x9F},     {0xAD, 0xAD},     {0x61C, 0x61C},   {0x180E, 0x180E},   {0x200B, 0x200F},
+    {0x2028, 0x202E}, {0x2060, 0x206F}, {0xFEFF, 0xFEFF}, {0xFFF0, 0xFFFB}, {0xE0000, 0xE0FFF},
+};
+
+// One code point as it is printed.
+std::string ShownPoint(char32_t point) {
+  std::string text;
+  if (std::none_of(std::begin(kNotShown), std::end(kNotShown),
+                   [point](Range range) { return point >= range.first && point <= range.last; })) {
+    AppendUtf8(text, point);
+    return text;
+  }
+  switch (point) {
+    case U'\n':
+      return "\\n";
+    case U'\r':
+      return "\\r";
+    case U'\t':
+      return "\\t";
+    default:
+      break;
+  }
+  char digits[16];
+  std::snprintf(digits, sizeof digits, point <= 0xFF ? "\\x%02x" : "\\u%04x", static_cast<unsigned>(point));
+  return digits;
+}
+
 }  // namespace
 
 std::string Utf8(WideView text) {
@@ -110,16 +147,39 @@ std::string Padded(std::string text, std::size_t columns) {
   return used < columns ? text.append(columns - used, ' ') : text;
 }
 
-std::string Shortened(std::string_view utf8, std::size_t columns) {
+std::size_t FirstNotUtf8(std::string_view bytes) {
+  const std::size_t size = bytes.size();
+  while (!bytes.empty()) {
+    const std::string_view before = bytes;
+    if (TakePoint(bytes) == kReplacement && !before.starts_with(kReplacementBytes)) {
+      return size - before.size();
+    }
+  }
+  return std::string_view::npos;
+}
+
+std::string Escaped(std::string_view text) {
+  std::string shown;
+  while (!text.empty()) {
+    shown += ShownPoint(TakePoint(text));
+  }
+  return shown;
+}
+
+std::string Shortened(std::string_view text, std::size_t columns) {
   std::string shown;
   std::size_t used = 0;
-  const bool tooLong = Columns(utf8) > columns;
-  while (!utf8.empty() && used < columns - (tooLong ? 1 : 0)) {
-    const char32_t point = TakePoint(utf8);
-    AppendUtf8(shown, point < 0x20 || point == 0x7F ? U' ' : point);
-    ++used;
+  std::size_t cut = 0;  // where the ellipsis would go
+  while (!text.empty()) {
+    const std::string piece = ShownPoint(TakePoint(text));
+    used += Columns(piece);
+    if (used > columns) {
+      return shown.substr(0, cut) + "…";
+    }
+    shown += piece;
+    cut = used < columns ? shown.size() : cut;
   }
-  return tooLong ? shown + "…" : shown;
+  return shown;
 }
 
 bool EqualsIgnoringCase(std::string_view left, std::string_view right) {

@@ -15,12 +15,19 @@ using WideView = std::basic_string_view<KorvaneChar>;
 std::string Utf8(WideView text);
 WideText Wide(std::string_view utf8);
 bool IsWellFormed(WideView text);
+// Where the first byte stands that is not UTF-8; npos when all are.
+std::size_t FirstNotUtf8(std::string_view bytes);
 
 // Characters that a terminal shows in one column each, near enough for tables.
 std::size_t Columns(std::string_view utf8);
 std::string Padded(std::string text, std::size_t columns);
-// Cut to so many columns, with an ellipsis when something is missing; control characters become blanks.
-std::string Shortened(std::string_view utf8, std::size_t columns);
+// Text of other programs and files, as it may be printed. Control characters, escape sequences and what turns the
+// direction of writing are shown as "\n", "\x1b" or "\u202e"; the result is one line.
+std::string Escaped(std::string_view text);
+// The same, cut to so many columns, with an ellipsis when something is missing.
+std::string Shortened(std::string_view text, std::size_t columns);
+// Names and titles within a message.
+inline constexpr std::size_t kNameColumns = 60;
 
 bool EqualsIgnoringCase(std::string_view left, std::string_view right);  // of ASCII letters
 std::string Lower(std::string text);                                     // of ASCII letters

@@ -1,5 +1,6 @@
 #include <iostream>
 
+#include "host/base/console.h"
 #include "host/base/table.h"
 #include "host/base/text.h"
 #include "host/commands/commands.h"
@@ -124,7 +125,7 @@ std::string AttemptsTable(const Captured& captured) {
 ExitCode Capture(const CaptureOptions& options) {
   const Captured captured = CaptureThere(options);
   if (options.json) {
-    std::cout << CapturedToJson(captured).dump(2) << "\n";
+    Console::Unescaped() << CapturedToJson(captured).dump(2) << "\n";
   } else {
     std::cout << FieldsTable(captured) << "\n" << LevelsTable(captured.record) << "\n" << AttemptsTable(captured);
   }

@@ -70,7 +70,7 @@ void WriteFixed(const Recording& recording, const CheckOptions& options) {
   if (std::error_code ignored; !options.force && std::filesystem::exists(PathOf(fixed), ignored)) {
     throw Failure(ExitCode::CannotWrite, fixed + ": is there already; --force corrects " + options.file + " itself");
   }
-  WriteFile(fixed, WriteRecording(recording));
+  OutputFile(fixed).Write(WriteRecording(recording));
   std::cout << "  corrected: " << fixed << "\n";
 }
 

@@ -7,6 +7,7 @@
 
 #include "host/base/text.h"
 #include "host/commands/commands.h"
+#include "host/recording/recording.h"
 #include "host/world/world.h"
 
 namespace host {
@@ -24,8 +25,6 @@ constexpr const char* kExitCodes =
     "  6  a file cannot be written\n"
     "  7  this desktop lacks what the command needs\n"
     "  8  nothing was done: the desktop is locked, a window out of reach, or the screen another one";
-
-constexpr int kLongestTimeoutMs = 3600000;
 
 struct Options {
   CaptureOptions capture;
@@ -73,7 +72,9 @@ void AddReplay(CLI::App& program, ReplayCommandOptions& options, ExitCode& code)
   command->add_option("--set", options.set, "NAME=VALUE: the value of a variable")->allow_extra_args(false);
   CLI::Option* const data =
       command->add_option("--data", options.data, "A CSV file with a run's variables in each row");
-  command->add_option("--row", options.row, "Begin with this row of the data (1)")
+  command->add_option("--encoding", options.encoding, "The encoding of the data, such as windows-1252 (UTF-8)")
+      ->needs(data);
+  command->add_option("--row", options.row, "Begin with this row of the data, as its file counts: the names are row 1")
       ->check(CLI::PositiveNumber)
       ->needs(data);
   command->add_option("--from", options.from, "Begin with this step (1); later rows begin with the first")

@@ -36,10 +36,11 @@ struct ReplayCommandOptions {
   std::string file;
   std::string report;
   std::string data;
+  std::string encoding;  // of the data; empty: UTF-8
   std::string log;
   std::string proposals;
   std::vector<std::string> set;
-  int row = 1;
+  int row = 0;  // as the file counts; 0: the first of the data
   int from = 1;
   int timeoutMs = 3000;
   bool dryRun = false;

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <optional>
 
+#include "host/base/console.h"
 #include "host/base/text.h"
 #include "host/engine/result_words.h"
 #include "host/world/world.h"
@@ -33,7 +34,7 @@ std::string LineOf(const StepResult& result, std::size_t all) {
 
 // "row 12 of 300, about 4 min left"; nothing is said of the time before a row is through.
 std::string RowLine(const Run& run, std::size_t firstRow, double milliseconds) {
-  std::string line = run.name + " of " + std::to_string(run.rows);
+  std::string line = run.name + " of " + std::to_string(run.lastRow);
   if (run.row == firstRow) {
     return line;
   }
@@ -48,32 +49,41 @@ std::string RowLine(const Run& run, std::size_t firstRow, double milliseconds) {
 Progress ShowProgress(const Recording& recording) {
   const std::size_t all = recording.steps.size();
   const bool terminal = world::OutputIsTerminal();
-  const std::string erase = terminal ? "\r\x1b[K" : "";
+  // The line of the bar, taken away for what stays.
+  const auto erase = [terminal] {
+    if (terminal) {
+      Console::Unescaped() << "\r\x1b[K" << std::flush;
+    }
+  };
   Progress progress;
   progress.runBegins = [erase, first = std::optional<std::size_t>(), start = world::Now()](const Run& run) mutable {
     first = first.value_or(run.row);
     if (!run.name.empty()) {
-      std::cout << erase << RowLine(run, *first, world::Now() - start) << "\n" << std::flush;
+      erase();
+      std::cout << RowLine(run, *first, world::Now() - start) << "\n" << std::flush;
     }
   };
   progress.stepBegins = [&recording, all, terminal, erase](std::size_t index) {
     if (terminal) {
-      std::cout << erase << "  " << Bar(index, all) << "  " << index + 1 << "/" << all << "  "
+      erase();
+      std::cout << "  " << Bar(index, all) << "  " << index + 1 << "/" << all << "  "
                 << Shortened(Title(recording.steps[index]), kTitleWidth) << std::flush;
     }
   };
   progress.stepEnds = [all, terminal, erase](const StepResult& result) {
     // On a terminal the bar is enough for what went well.
     if (!terminal || result.state != StepState::Ok) {
-      std::cout << erase << LineOf(result, all) << std::flush;
+      erase();
+      std::cout << LineOf(result, all) << std::flush;
     } else if (result.index + 1 == all) {
-      std::cout << erase << "  " << Bar(all, all) << "  " << all << "/" << all << "\n" << std::flush;
+      erase();
+      std::cout << "  " << Bar(all, all) << "  " << all << "/" << all << "\n" << std::flush;
     }
     if (result.state == StepState::Healed) {
-      std::cout << erase << "        " << result.healing << "\n" << std::flush;
+      std::cout << "        " << result.healing << "\n" << std::flush;
     }
     if (result.state != StepState::Failed && !result.remark.empty()) {
-      std::cout << erase << "        " << result.remark << "\n" << std::flush;
+      std::cout << "        " << result.remark << "\n" << std::flush;
     }
   };
   return progress;

@@ -149,7 +149,8 @@ void RecordOne(Recorder& recorder, const ActionWords& words) {
   std::cout << "  " << recorder.Result().steps.size() << "  " << Title(step) << "\n";
 }
 
-Recording RecordByPointing() {
+// Each step is in the file as soon as it is recorded.
+Recording RecordByPointing(OutputFile& output) {
   std::cout << kInstructions;
   Recorder recorder;
   for (;;) {
@@ -162,6 +163,7 @@ Recording RecordByPointing() {
       std::cout << "     taken back; " << recorder.Result().steps.size() << " left\n";
     } else if (const ActionWords* const words = ActionOfKey(key)) {
       RecordOne(recorder, *words);
+      output.Write(WriteRecording(recorder.Result()));
     }
   }
 }
@@ -193,12 +195,13 @@ ExitCode Record(const RecordOptions& options) {
   if (std::error_code ignored; !options.force && std::filesystem::exists(PathOf(options.file), ignored)) {
     throw Failure(ExitCode::CannotWrite, options.file + ": is there already; --force replaces it");
   }
+  OutputFile output(options.file);
   const LibraryLog log("");
-  const Recording recording = options.script.empty() ? RecordByPointing() : RecordScript(options.script);
+  const Recording recording = options.script.empty() ? RecordByPointing(output) : RecordScript(options.script);
   if (recording.steps.empty()) {
     throw Failure(ExitCode::StepFailed, options.file + ": no step was recorded, so nothing is written");
   }
-  WriteFile(options.file, WriteRecording(recording));
+  output.Write(WriteRecording(recording));
   Show(recording, options.file);
   return ExitCode::Ok;
 }

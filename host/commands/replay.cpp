@@ -1,7 +1,10 @@
 #include "host/engine/replay.h"
 
+#include <algorithm>
 #include <iostream>
+#include <optional>
 
+#include "host/base/encoding.h"
 #include "host/base/file.h"
 #include "host/base/text.h"
 #include "host/commands/commands.h"
@@ -14,42 +17,68 @@ namespace host {
 
 namespace {
 
-std::vector<Variables> RowsOf(const ReplayCommandOptions& options) {
-  std::vector<Variables> rows(1);
+std::vector<DataRow> RowsOf(const ReplayCommandOptions& options) {
+  std::vector<DataRow> rows(1);
   if (!options.data.empty()) {
-    rows = ParseCsv(options.data, ReadFile(options.data));
+    const std::string bytes = ReadFile(options.data);
+    rows = ParseData(options.data, options.encoding.empty() ? bytes : Decoded(options.data, bytes, options.encoding));
   }
-  for (Variables& row : rows) {
+  for (DataRow& row : rows) {
     for (const std::string& assignment : options.set) {
-      SetVariable(row, assignment);
+      SetVariable(row.values, assignment);
     }
   }
   return rows;
 }
 
-void CheckProposals(const ReplayCommandOptions& options) {
-  std::error_code ignored;
-  if (!options.proposals.empty() &&
-      std::filesystem::equivalent(PathOf(options.proposals), PathOf(options.file), ignored)) {
-    throw Failure(ExitCode::Usage, "--proposals " + options.proposals + ": is the recording itself");
+std::size_t FirstRow(const std::vector<DataRow>& rows, const ReplayCommandOptions& options) {
+  if (options.row == 0) {
+    return 0;
+  }
+  const auto found =
+      std::find_if(rows.begin(), rows.end(), [&](const DataRow& row) { return row.number == options.row; });
+  if (found == rows.end()) {
+    throw Failure(ExitCode::Usage, "--row " + std::to_string(options.row) + ": " + options.data + " has rows " +
+                                       std::to_string(rows.front().number) + " to " +
+                                       std::to_string(rows.back().number));
+  }
+  return static_cast<std::size_t>(found - rows.begin());
+}
+
+// An output that is an input, or another output, would destroy it.
+void CheckNames(const ReplayCommandOptions& options) {
+  struct Named {
+    const char* option;
+    const std::string& name;
+  };
+  const Named outputs[] = {{"--report", options.report}, {"--log", options.log}, {"--proposals", options.proposals}};
+  const auto refuseSame = [](const Named& output, const std::string& other, const std::string& what) {
+    if (!output.name.empty() && !other.empty() && AreSameFile(output.name, other)) {
+      throw Failure(ExitCode::Usage, std::string(output.option) + " " + output.name + ": is " + what);
+    }
+  };
+  for (std::size_t i = 0; i < std::size(outputs); ++i) {
+    refuseSame(outputs[i], options.file, "the recording itself");
+    refuseSame(outputs[i], options.data, "the data itself");
+    for (std::size_t other = 0; other < i; ++other) {
+      refuseSame(outputs[i], outputs[other].name, std::string("also the file of ") + outputs[other].option);
+    }
   }
 }
 
-void WriteProposals(const Recording& recording, const Replayed& replayed, const ReplayCommandOptions& options) {
-  if (!options.proposals.empty() && Sum(replayed).healed > 0) {
-    WriteFile(options.proposals, WriteRecording(Corrected(recording, replayed)));
-    std::cout << "  proposals: " << options.proposals << "\n";
+// Opened before anything is clicked: a replay that ends for want of a file to write has already changed something.
+struct Outputs {
+  explicit Outputs(const ReplayCommandOptions& options) {
+    if (!options.report.empty()) {
+      report.emplace(options.report);
+    }
+    if (!options.proposals.empty()) {
+      proposals.emplace(options.proposals);
+    }
   }
-}
-
-// Before anything is clicked: a replay that ends for want of a folder to write to has already changed something.
-void CheckReportFolder(const std::string& report) {
-  const auto folder = PathOf(report).parent_path();
-  std::error_code ignored;
-  if (!report.empty() && !folder.empty() && !std::filesystem::is_directory(folder, ignored)) {
-    throw Failure(ExitCode::CannotWrite, report + ": cannot be written: its folder does not exist");
-  }
-}
+  std::optional<OutputFile> report;
+  std::optional<OutputFile> proposals;
+};
 
 void Tell(const Replayed& replayed, const ReplayCommandOptions& options) {
   for (const Run& run : replayed.runs) {
@@ -64,9 +93,6 @@ void Tell(const Replayed& replayed, const ReplayCommandOptions& options) {
   if (replayed.rowsLeft > 0) {
     std::cout << "  rows not begun: " << replayed.rowsLeft << "\n";
   }
-  if (!options.report.empty()) {
-    std::cout << "  report: " << options.report << "\n";
-  }
   if (!options.log.empty()) {
     std::cout << "  log: " << options.log << "\n";
   }
@@ -76,22 +102,18 @@ void Tell(const Replayed& replayed, const ReplayCommandOptions& options) {
 
 ExitCode RunReplay(const ReplayCommandOptions& options) {
   const Recording recording = LoadRecording(options.file);
-  const std::vector<Variables> rows = RowsOf(options);
-  const auto firstRow = static_cast<std::size_t>(options.row) - 1;
-  if (firstRow >= rows.size()) {
-    throw Failure(ExitCode::Usage, "--row " + std::to_string(options.row) + ": " + options.data + " has " +
-                                       std::to_string(rows.size()) + " rows");
-  }
+  const std::vector<DataRow> rows = RowsOf(options);
+  const std::size_t firstRow = FirstRow(rows, options);
   const auto from = static_cast<std::size_t>(options.from) - 1;
   if (from >= recording.steps.size()) {
     throw Failure(ExitCode::Usage, "--from " + std::to_string(options.from) + ": " + options.file + " has " +
                                        std::to_string(recording.steps.size()) + " steps");
   }
   for (std::size_t row = firstRow; row < rows.size(); ++row) {
-    CheckVariables(recording, options.file, row == firstRow ? from : 0, rows[row]);
+    CheckVariables(recording, options.file, row == firstRow ? from : 0, rows[row].values);
   }
-  CheckReportFolder(options.report);
-  CheckProposals(options);
+  CheckNames(options);
+  Outputs outputs(options);
   LibraryLog log(options.log);
   for (const std::string& line : CheckReadiness(recording, options.file)) {
     std::cout << "  note: " << line << "\n";
@@ -99,11 +121,16 @@ ExitCode RunReplay(const ReplayCommandOptions& options) {
   const RunOptions run{options.timeoutMs, options.dryRun, !options.report.empty(), options.strict};
   const ReplayOptions replay{options.file, run, firstRow, from, options.keepGoing};
   const Replayed replayed = Replay(recording, rows, log, replay, ShowProgress(recording));
-  if (!options.report.empty()) {
-    WriteFile(options.report, WriteReport(recording, replayed, replay));
-  }
+  // What is told does not depend on what can be written.
   Tell(replayed, options);
-  WriteProposals(recording, replayed, options);
+  if (outputs.report) {
+    outputs.report->Write(WriteReport(recording, replayed, replay));
+    std::cout << "  report: " << options.report << "\n";
+  }
+  if (outputs.proposals && Sum(replayed).healed > 0) {
+    outputs.proposals->Write(WriteRecording(Corrected(recording, replayed)));
+    std::cout << "  proposals: " << options.proposals << "\n";
+  }
   return replayed.code;
 }
 

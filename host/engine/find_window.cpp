@@ -49,9 +49,9 @@ WindowName NameOf(const world::Window& window) {
 }
 
 std::string Describe(const WindowName& name) {
-  std::string text = "\"" + Shortened(name.title, 60) + "\"";
-  text += name.process.empty() ? "" : " of " + name.process;
-  return name.className.empty() ? text : text + " (class " + name.className + ")";
+  std::string text = "\"" + Shortened(name.title, kNameColumns) + "\"";
+  text += name.process.empty() ? "" : " of " + Shortened(name.process, kNameColumns);
+  return name.className.empty() ? text : text + " (class " + Shortened(name.className, kNameColumns) + ")";
 }
 
 }  // namespace host

@@ -4,7 +4,6 @@
 #include <filesystem>
 
 #include "host/base/failure.h"
-#include "host/base/file.h"
 #include "host/base/text.h"
 #include "korvane/korvane.h"
 
@@ -43,8 +42,13 @@ std::vector<std::string> LogLines(const std::string& bytes) {
   return lines;
 }
 
-LibraryLog::LibraryLog(const std::string& file)
-    : file_(file.empty() ? TemporaryFile(".log") : file), temporary_(file.empty()) {
+LibraryLog::LibraryLog(const std::string& file) : file_(file) {
+  if (file_.empty()) {
+    file_ = temporary_.emplace(".log").Name();
+  } else {
+    // Before anything is done, and so that a new one is for its owner alone.
+    const AppendedFile opened(file_);
+  }
   std::error_code problem;
   const auto size = std::filesystem::file_size(PathOf(file_), problem);
   read_ = problem ? 0 : size;
@@ -73,10 +77,6 @@ LibraryLog::~LibraryLog() {
   clearElementCache();
   elements_.reset();
   cleanupAutomation();
-  if (temporary_) {
-    std::error_code ignored;
-    std::filesystem::remove(PathOf(file_), ignored);
-  }
 }
 
 std::vector<std::string> LibraryLog::NewLines() {

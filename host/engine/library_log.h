@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/base/file.h"
 #include "host/world/elements.h"
 
 namespace host {
@@ -29,8 +30,8 @@ class LibraryLog {
   }
 
  private:
+  std::optional<TemporaryFile> temporary_;
   std::string file_;
-  bool temporary_;
   std::uintmax_t read_ = 0;
   std::optional<world::ElementAccess> elements_;
 };

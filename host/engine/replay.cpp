@@ -18,8 +18,8 @@ struct CancelMonitor {
   }
 };
 
-std::string HowToGoOn(const Run& run, std::size_t row, std::size_t step) {
-  const std::string rowOption = run.name.empty() ? "" : "--row " + std::to_string(row + 1) + " ";
+std::string HowToGoOn(const DataRow& row, std::size_t step) {
+  const std::string rowOption = row.number == 0 ? "" : "--row " + std::to_string(row.number) + " ";
   return " Go on from here: the same command with " + rowOption + "--from " + std::to_string(step + 1) + ".";
 }
 
@@ -32,7 +32,7 @@ ExitCode CodeOf(const StepResult& result) {
 
 }  // namespace
 
-Replayed Replay(const Recording& recording, const std::vector<Variables>& rows, LibraryLog& log,
+Replayed Replay(const Recording& recording, const std::vector<DataRow>& rows, LibraryLog& log,
                 const ReplayOptions& options, const Progress& progress) {
   const CancelMonitor monitor;
   StepRunner runner(recording, log, options.run);
@@ -40,11 +40,12 @@ Replayed Replay(const Recording& recording, const std::vector<Variables>& rows, 
   const double start = world::Now();
   replayed.stepsOfRow = recording.steps.size();
   for (std::size_t row = options.row; row < rows.size(); ++row) {
-    Variables variables = rows[row];
+    Variables variables = rows[row].values;
     Run& run = replayed.runs.emplace_back();
-    run.name = rows.size() > 1 ? "row " + std::to_string(row + 1) : std::string();
+    run.name = rows.size() > 1 ? "row " + std::to_string(rows[row].number) : std::string();
     run.row = row;
     run.rows = rows.size();
+    run.lastRow = rows.back().number;
     run.from = row == options.row ? options.from : 0;
     progress.runBegins(run);
     for (std::size_t i = run.from; i < recording.steps.size(); ++i) {
@@ -54,7 +55,7 @@ Replayed Replay(const Recording& recording, const std::vector<Variables>& rows, 
       const ExitCode code = CodeOf(result);
       const bool ends = code == ExitCode::Cancelled || (code != ExitCode::Ok && !options.keepGoing);
       if (code != ExitCode::Ok) {
-        result.explanation = Explain(result, options.file) + (ends ? HowToGoOn(run, row, i) : "");
+        result.explanation = Explain(result, options.file) + (ends ? HowToGoOn(rows[row], i) : "");
         replayed.code = replayed.code == ExitCode::Ok || code == ExitCode::Cancelled ? code : replayed.code;
       }
       progress.stepEnds(result);

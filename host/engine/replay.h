@@ -13,15 +13,16 @@ namespace host {
 struct ReplayOptions {
   std::string file;  // the recording's name, for messages
   RunOptions run;
-  std::size_t row = 0;     // index of the first set of values
+  std::size_t row = 0;     // index of the first row
   std::size_t from = 0;    // index of its first step
   bool keepGoing = false;  // after a failure: with the next row, or with the next step when there is one row
 };
 
 struct Run {
-  std::string name;     // "row 2" with data, else empty
+  std::string name;     // "row 2" of a file with several, else empty
   std::size_t row = 0;  // its index, and of how many
   std::size_t rows = 1;
+  int lastRow = 0;       // as the file counts
   std::size_t from = 0;  // index of the first step
   std::vector<StepResult> steps;
 };
@@ -55,8 +56,8 @@ struct Progress {
   std::function<void(const StepResult&)> stepEnds;
 };
 
-// `rows` has at least one set of values.
-Replayed Replay(const Recording& recording, const std::vector<Variables>& rows, LibraryLog& log,
+// `rows` has at least one.
+Replayed Replay(const Recording& recording, const std::vector<DataRow>& rows, LibraryLog& log,
                 const ReplayOptions& options, const Progress& progress);
 
 }  // namespace host

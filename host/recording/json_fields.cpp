@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/base/failure.h"
+#include "host/base/text.h"
 
 namespace host {
 
@@ -90,7 +91,7 @@ std::vector<std::int32_t> JsonFields::Numbers(const char* field, std::size_t cou
 void JsonFields::AllowOnly(std::initializer_list<const char*> fields) const {
   for (const auto& [name, value] : object_.items()) {
     if (std::find(fields.begin(), fields.end(), name) == fields.end()) {
-      Refuse(name, "is not known here");
+      Refuse(Shortened(name, kNameColumns), "is not known here");
     }
   }
 }

@@ -62,7 +62,8 @@ void TextFromJson(const JsonFields& fields, const char* field, KorvaneChar (&uni
     std::copy(text.begin(), text.end(), units);
     return;
   }
-  if (!value.is_object() || !value.contains("units") || !value["units"].is_array() || value["units"].size() > size) {
+  if (!value.is_object() || value.size() != 1 || !value.contains("units") || !value["units"].is_array() ||
+      value["units"].size() > size) {
     fields.Refuse(field, "is neither a text nor a list of units");
   }
   for (std::size_t i = 0; i < value["units"].size(); ++i) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/base/text.h"
+
 namespace host {
 
 const std::vector<ActionWords>& AllActions() {
@@ -20,7 +22,8 @@ const ActionWords& WordsOf(Action action) {
 }
 
 std::string NameOf(std::size_t index, const Step& step) {
-  return "step " + std::to_string(index + 1) + (step.name.empty() ? "" : " \"" + step.name + "\"");
+  return "step " + std::to_string(index + 1) +
+         (step.name.empty() ? "" : " \"" + Shortened(step.name, kNameColumns) + "\"");
 }
 
 std::string Title(const Step& step) {

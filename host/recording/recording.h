@@ -30,6 +30,8 @@ struct WindowName {
   world::Rect rect;  // where it was; zeros when that is not known
 };
 
+inline constexpr int kLongestTimeoutMs = 3600000;
+
 struct Step {
   std::string name;
   Action action = Action::Click;
@@ -52,9 +54,9 @@ struct Recording {
   std::vector<Step> steps;
 };
 
-// `step 3 "Street"`
+// `step 3 "Street"`, fit to be printed.
 std::string NameOf(std::size_t index, const Step& step);
-// "paste Street", as progress, logs and reports call it.
+// "paste Street", as progress, logs and reports call it, with the whole name.
 std::string Title(const Step& step);
 
 }  // namespace host

@@ -4,6 +4,7 @@
 #include "host/base/file.h"
 #include "host/base/text.h"
 #include "host/recording/json_fields.h"
+#include "host/recording/parse_json.h"
 #include "host/recording/shortcut.h"
 
 namespace host {
@@ -12,12 +13,50 @@ namespace {
 
 constexpr const char* kMatchWords[] = {"contains", "equals"};
 
+// Far beyond any desktop, and far from where sums of such numbers would overflow.
+constexpr int kFarthestPoint = 1000000;
+
 bool HasReplace(Action action) {
   return action == Action::Paste || action == Action::Type;
 }
 
 bool HasMatch(Action action) {
   return action == Action::Wait || action == Action::Check;
+}
+
+void CheckPlace(const JsonFields& fields, const char* field, std::int32_t number) {
+  if (number < -kFarthestPoint || number > kFarthestPoint) {
+    fields.Refuse(field, "is " + std::to_string(number) + ", which is on no screen");
+  }
+}
+
+world::Rect RectFromJson(const JsonFields& fields) {
+  const auto rect = fields.Numbers("rect", 4);
+  for (const std::int32_t number : rect) {
+    CheckPlace(fields, "rect", number);
+  }
+  return {rect[0], rect[1], rect[2], rect[3]};
+}
+
+// A field of another action is a mistake that would be passed over in silence.
+void CheckFieldsOf(const JsonFields& fields, Action action) {
+  const ActionWords& words = WordsOf(action);
+  const auto refuse = [&](const char* field) {
+    if (fields.Has(field)) {
+      fields.Refuse(field, std::string("does not belong to the action \"") + words.word + "\"");
+    }
+  };
+  for (const char* const field : {"text", "keys", "variable"}) {
+    if (words.textField == nullptr || std::string(field) != words.textField) {
+      refuse(field);
+    }
+  }
+  if (!HasMatch(action)) {
+    refuse("match");
+  }
+  if (!HasReplace(action)) {
+    refuse("replace");
+  }
 }
 
 Json WindowToJson(const WindowName& window) {
@@ -36,8 +75,7 @@ WindowName WindowFromJson(const Json& json, const std::string& where) {
     fields.Refuse("title", "is missing, and so are \"class\" and \"process\"");
   }
   if (fields.Has("rect")) {
-    const auto rect = fields.Numbers("rect", 4);
-    window.rect = {rect[0], rect[1], rect[2], rect[3]};
+    window.rect = RectFromJson(fields);
   }
   return window;
 }
@@ -50,8 +88,7 @@ Json ScreenToJson(const world::Screen& screen) {
 world::Screen ScreenFromJson(const Json& json, const std::string& where) {
   const JsonFields fields(json, where);
   fields.AllowOnly({"rect", "dpi"});
-  const auto rect = fields.Numbers("rect", 4);
-  return {{rect[0], rect[1], rect[2], rect[3]}, fields.Number("dpi")};
+  return {RectFromJson(fields), fields.Number("dpi")};
 }
 
 Json StepToJson(const Step& step) {
@@ -86,7 +123,7 @@ Action ActionFrom(const JsonFields& fields) {
       return known.action;
     }
   }
-  fields.Refuse("action", "is \"" + word +
+  fields.Refuse("action", "is \"" + Shortened(word, kNameColumns) +
                               "\", which is not known; known are click, double-click, paste, type, "
                               "shortcut, wait, check, read");
 }
@@ -100,7 +137,8 @@ std::string TextFrom(const JsonFields& fields, const ActionWords& words, bool ma
     fields.Refuse(words.textField, "is empty");
   }
   if (words.action == Action::Shortcut && !FindShortcut(text)) {
-    fields.Refuse(words.textField, "is \"" + text + "\", which is not known; known are " + AllShortcuts());
+    fields.Refuse(words.textField,
+                  "is \"" + Shortened(text, kNameColumns) + "\", which is not known; known are " + AllShortcuts());
   }
   return text;
 }
@@ -108,7 +146,7 @@ std::string TextFrom(const JsonFields& fields, const ActionWords& words, bool ma
 Match MatchFrom(const JsonFields& fields) {
   const std::string word = fields.Text("match", kMatchWords[0]);
   if (word != kMatchWords[0] && word != kMatchWords[1]) {
-    fields.Refuse("match", "is \"" + word + "\"; it can be \"contains\" or \"equals\"");
+    fields.Refuse("match", "is \"" + Shortened(word, kNameColumns) + "\"; it can be \"contains\" or \"equals\"");
   }
   return word == kMatchWords[1] ? Match::Equals : Match::Contains;
 }
@@ -118,15 +156,14 @@ Step StepFromJson(const JsonFields& fields) {
   Step step;
   step.name = fields.Text("name", "");
   step.action = ActionFrom(fields);
+  CheckFieldsOf(fields, step.action);
   step.replace = fields.Has("replace") && fields.Flag("replace");
-  if (step.replace && !HasReplace(step.action)) {
-    fields.Refuse("replace", "belongs to paste and type alone");
-  }
   step.text = TextFrom(fields, WordsOf(step.action), step.replace);
   step.match = MatchFrom(fields);
   step.timeoutMs = fields.Number("timeout", 0);
-  if (step.timeoutMs < 0) {
-    fields.Refuse("timeout", "is negative");
+  if (step.timeoutMs < 0 || step.timeoutMs > kLongestTimeoutMs) {
+    fields.Refuse("timeout", "is " + std::to_string(step.timeoutMs) + "; it can be 0 to " +
+                                 std::to_string(kLongestTimeoutMs) + " ms");
   }
   return step;
 }
@@ -139,19 +176,6 @@ std::string Label(const std::string& file, std::size_t index, const Json& step) 
   return file + ": " + NameOf(index, named);
 }
 
-Json Parse(const std::string& file, const std::string& text) {
-  try {
-    return Json::parse(text);
-  } catch (const Json::parse_error& error) {
-    // Its own message names the place; what comes before that is of no use to a reader.
-    const std::string message = error.what();
-    const auto place = message.find("parse error");
-    // It quotes the bytes that it stumbled over, whatever they are.
-    throw Failure(ExitCode::BadFile,
-                  file + ": not JSON: " + Shortened(message.substr(place == std::string::npos ? 0 : place), 200));
-  }
-}
-
 void CheckVersion(const JsonFields& fields, const std::string& file) {
   const int version = fields.Number("korvane");
   if (version > kRecordingVersion) {
@@ -162,6 +186,20 @@ void CheckVersion(const JsonFields& fields, const std::string& file) {
   if (version < 1) {
     fields.Refuse("korvane", "is not a version");
   }
+}
+
+// A record that the library would refuse, or that would be sought where nothing can be, is refused here.
+TargetRecord TargetFromJson(const Json& json, const std::string& where) {
+  const TargetRecord target = RecordFromJson(json, where);
+  const JsonFields fields(json, where);
+  CheckPlace(fields, "x", target.x);
+  CheckPlace(fields, "y", target.y);
+  const auto levels = static_cast<std::int32_t>(fields.List("levels").size());
+  if (target.pathLength < 0 || target.pathLength > levels) {
+    fields.Refuse("pathLength",
+                  "is " + std::to_string(target.pathLength) + ", but there are " + std::to_string(levels) + " levels");
+  }
+  return target;
 }
 
 Step RecordedStep(const Json& json, const std::string& where, std::size_t windows) {
@@ -177,7 +215,7 @@ Step RecordedStep(const Json& json, const std::string& where, std::size_t window
   step.hasTarget = fields.Has("target") || WordsOf(step.action).needsTarget;
   step.label = fields.Text("label", "");
   if (step.hasTarget) {
-    step.target = RecordFromJson(fields.At("target"), where + ", target");
+    step.target = TargetFromJson(fields.At("target"), where + ", target");
   }
   return step;
 }
@@ -189,6 +227,8 @@ ScriptStep ScriptedStep(const Json& json, const std::string& where) {
   scripted.step.hasTarget = fields.Has("at") || WordsOf(scripted.step.action).needsTarget;
   if (scripted.step.hasTarget) {
     const auto at = fields.Numbers("at", 2);
+    CheckPlace(fields, "at", at[0]);
+    CheckPlace(fields, "at", at[1]);
     scripted.at = {at[0], at[1]};
   }
   if (fields.Has("method")) {
@@ -217,7 +257,7 @@ std::string WriteRecording(const Recording& recording) {
 }
 
 Recording ParseRecording(const std::string& file, const std::string& text) {
-  const Json json = Parse(file, text);
+  const Json json = ParseJson(file, text);
   const JsonFields fields(json, file);
   CheckVersion(fields, file);
   fields.AllowOnly({"korvane", "screen", "windows", "steps"});
@@ -243,7 +283,7 @@ Recording LoadRecording(const std::string& file) {
 }
 
 Script LoadScript(const std::string& file) {
-  const Json json = Parse(file, ReadFile(file));
+  const Json json = ParseJson(file, ReadFile(file));
   const JsonFields fields(json, file);
   CheckVersion(fields, file);
   fields.AllowOnly({"korvane", "window", "steps"});

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/recording/recording.h"
@@ -18,7 +19,14 @@ std::string Expand(const std::string& text, const Variables& variables, const st
 // Fails as `Expand` does before anything is done, when a step would lack a value. Steps before `from` are not run.
 void CheckVariables(const Recording& recording, const std::string& file, std::size_t from, Variables variables);
 
-// Rows of comma-separated values (RFC 4180) under the names in the first one. Failure: BadFile
-std::vector<Variables> ParseCsv(const std::string& file, std::string_view bytes);
+// The values of one replay.
+struct DataRow {
+  int number = 0;  // in the file, whose first row holds the names; 0: from no file
+  Variables values;
+};
+
+// Rows of a table under the names in its first row; columns whose name is no variable's are passed over.
+// Failure: BadFile, with line and column
+std::vector<DataRow> ParseData(const std::string& file, std::string_view text);
 
 }  // namespace host

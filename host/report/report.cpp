@@ -134,9 +134,14 @@ std::string WriteReport(const Recording& recording, const Replayed& replayed, co
   for (const WindowName& window : recording.windows) {
     windows.push_back(Describe(window));
   }
-  Json data = {{"file", options.file},     {"time", LocalTime()},          {"row", options.row + 1},
-               {"from", options.from + 1}, {"dryRun", options.run.dryRun}, {"rowsLeft", replayed.rowsLeft},
-               {"windows", windows},       {"runs", Json::array()}};
+  Json data = {{"file", options.file},
+               {"time", LocalTime()},
+               {"row", options.row == 0 ? std::string() : replayed.runs.front().name},
+               {"from", options.from + 1},
+               {"dryRun", options.run.dryRun},
+               {"rowsLeft", replayed.rowsLeft},
+               {"windows", windows},
+               {"runs", Json::array()}};
   Pictures pictures;
   for (const Run& run : replayed.runs) {
     data["runs"].push_back(RunToJson(recording, run, pictures));

@@ -5,6 +5,7 @@ import os
 import re
 import resource
 import unittest
+from pathlib import Path
 
 from program import CONFIRMATION, SCRIPT, VALUES, korvane, recorded, scratch
 from repository import ROOT
@@ -78,8 +79,8 @@ class Commands(unittest.TestCase):
         data = self.folder / "data.csv"
         data.write_text('NAME,ARTICLE\nAda,Lamp\n"Ben, jr.",Rope\n', encoding="utf-8")
         out = self.says(0, "replay", "order.json", "--data", "data.csv")
-        self.assertIn("row 1 of 2\n", out)
-        self.assertIn("row 2 of 2, less than a minute left\n", out)
+        self.assertIn("row 2 of 3\n", out)
+        self.assertIn("row 3 of 3, less than a minute left\n", out)
         self.assertIn("Submitted: Ben, jr. / Rope", out)
         self.assertIn("Submitted: Ben, jr. / Oar", self.says(0, "replay", "order.json", "--data", "data.csv", "--set",
                                                              "ARTICLE=Oar"))
@@ -90,19 +91,19 @@ class Commands(unittest.TestCase):
         self.changed(lambda recording: recording["steps"][10].update(text="${SEEN}"))
         words = ("replay", "order.json", "--data", "data.csv")
         out = self.says(1, *words)
-        self.assertRegex(out, r'row 2: Step 11 .* Go on from here: the same command with --row 2 --from 11\.\n')
+        self.assertRegex(out, r'row 3: Step 11 .* Go on from here: the same command with --row 3 --from 11\.\n')
         self.assertIn("  33 steps: 21 ok, 0 healed, 1 failed, 11 not run, ", out)
         self.assertIn("  rows not begun: 1\n", out)
-        out = self.says(0, *words, "--row", 2, "--from", 11, "--dry-run")
+        out = self.says(0, *words, "--row", 3, "--from", 11, "--dry-run")
         self.assertIn("  12 steps: 12 ok, 0 healed, 0 failed, ", out)
-        self.assertNotIn("row 1", out)
+        self.assertNotIn("row 2", out)
         # What comes after the failure in its row is left alone.
         nowhere = {"automationId": "", "pathLength": 0, "levels": [], "x": 5, "y": 5}
         self.changed(lambda recording: recording["steps"][2]["target"].update(nowhere))
         out = self.says(1, *words, "--keep-going")
         self.assertIn("  33 steps: 6 ok, 0 healed, 3 failed, 24 not run, ", out)
         self.assertNotIn("Go on from here", out)
-        self.refuses(2, "--row 4: data.csv has 3 rows", *words, "--row", 4)
+        self.refuses(2, "--row 5: data.csv has rows 2 to 4", *words, "--row", 5)
 
     def test_failures(self):
         """commands: a failure is told in a paragraph: what was tried, why it failed, what to do"""
@@ -183,7 +184,9 @@ class Commands(unittest.TestCase):
             (step(text=""), third + '"text" is empty'),
             (step(txt="x"), third + '"txt" is not known here'),
             (step(action="wait", match="like"), third + '"match" is "like"; it can be "contains" or "equals"'),
-            (step(timeout=-1), third + '"timeout" is negative'),
+            (step(timeout=-1), third + '"timeout" is -1; it can be 0 to 3600000 ms'),
+            (step(timeout=2**31 - 1), third + '"timeout" is 2147483647; it can be 0 to 3600000 ms'),
+            (step(keys="Ctrl+S"), third + '"keys" does not belong to the action "paste"'),
             (step(target=[]), 'order.json: step 3 "Street", target: is not an object'),
             (lambda recording: recording["steps"][2].pop("target"), third + '"target" is missing'),
             (lambda recording: recording["steps"][2]["target"].pop("x"),
@@ -193,12 +196,82 @@ class Commands(unittest.TestCase):
             (lambda recording: recording.update(steps=[]), 'order.json: field "steps" is empty'),
             (lambda recording: recording["windows"][0].update(rect=[1, 2]),
              'order.json: window 1: field "rect" is not a list of 4 whole numbers of 32 bits'),
+            (lambda recording: recording["steps"][2]["target"].update(x=2**31 - 1),
+             'order.json: step 3 "Street", target: field "x" is 2147483647, which is on no screen'),
         )
         for change, line in cases:
             with self.subTest(line):
                 self.changed(change)
                 for command in ("check", "replay"):
                     self.refuses(3, line, command, "order.json")
+
+    def test_json_that_is_no_recording(self):
+        """commands: what JSON would let pass and no recording has is refused in a moment, with its place"""
+        cases = (
+            ('{"korvane": 1, "korvane": 1}', 'field "korvane" is there twice'),
+            ('{"korvane": 1e999}', 'field "korvane" is 1e999, which no number can hold'),
+            ("[" * 100000, "lists and objects lie more than 20 levels deep: that is no recording"),
+            ("{" + ",".join(f'"{key}": 1' for key in range(100000)) + "}", "has more than 100 fields: that is no recording"),
+        )
+        for text, line in cases:
+            with self.subTest(line):
+                (self.folder / "order.json").write_text(text, encoding="utf-8")
+                self.refuses(3, "order.json: " + line, "check", "order.json")
+
+    def test_foreign_text(self):
+        """commands: names that a file brings along cannot make the terminal do anything"""
+        hostile = "\x1b]0;taken\x07\x1b[2J\u202egnp.exe\x9b31m\nok  1/1"
+        self.changed(lambda recording: recording["steps"][0].update(name=hostile))
+        for words in (("check", "order.json"), ("replay", "order.json", *VALUES), ("capture", "--at", "100,100")):
+            code, out, err = korvane(*words, folder=self.folder)
+            self.assertEqual(0, code, err)
+            said = (out + err).replace("\n", "")
+            self.assertEqual("", "".join(re.findall(r"[\x00-\x1f\x7f-\x9f\u202a-\u202e]", said)))
+        self.assertNotIn("\nok  1/1", out)
+
+    def test_outputs(self):
+        """commands: no output destroys an input; links are followed, modes kept, new files are for their owner alone"""
+        (self.folder / "rows.csv").write_text("NAME,ARTICLE\nAda,Lamp\n", encoding="utf-8")
+        (self.folder / "link.html").symlink_to("order.json")
+        words = ("replay", "order.json", "--data", "rows.csv")
+        for option, name, what in (("--report", "order.json", "the recording itself"),
+                                   ("--report", "link.html", "the recording itself"),
+                                   ("--log", "./rows.csv", "the data itself"),
+                                   ("--proposals", "order.json", "the recording itself")):
+            self.refuses(2, f"{option} {name}: is {what}", *words, option, name)
+        self.refuses(2, "--proposals r.html: is also the file of --report", *words, "--report", "r.html", "--proposals", "r.html")
+        self.assertEqual(recorded(), (self.folder / "order.json").read_text(encoding="utf-8"))
+        # What is opened before anything is clicked, and not written, leaves nothing behind.
+        self.refuses(6, ".: cannot be written: is a folder", *words, "--report", "r.html", "--proposals", ".")
+        self.assertEqual({"order.json", "rows.csv", "link.html"}, {file.name for file in self.folder.iterdir()})
+
+        target = self.folder / "kept.html"
+        target.write_text("old")
+        target.chmod(0o640)
+        (self.folder / "link.html").unlink()
+        (self.folder / "link.html").symlink_to("kept.html")
+        self.says(0, *words, "--report", "link.html", "--log", "new.log")
+        self.assertTrue((self.folder / "link.html").is_symlink())
+        self.assertIn("</html>", target.read_text(encoding="utf-8"))
+        self.assertEqual([0o640, 0o600], [(self.folder / name).stat().st_mode & 0o777 for name in ("kept.html", "new.log")])
+        self.says(0, *words, "--report", "/dev/null")
+        self.assertTrue(Path("/dev/null").is_char_device())
+
+    def test_data_that_people_have(self):
+        """commands: tables of spreadsheets are read as they are; another encoding is told or named with its place"""
+        words = ("replay", "order.json", "--data", "data.csv")
+        data = self.folder / "data.csv"
+        for text in ("sep=;\r\nNAME;ARTICLE\r\nLöwe;Lamp\r\n", "NAME\tnot a variable\tARTICLE\nLöwe\tx\tLamp\n;\n".replace(";\n", ""),
+                     "\ufeff\"NAME\",\"ARTICLE\"\nLöwe,Lamp\n,\n"):
+            with self.subTest(text):
+                data.write_text(text, encoding="utf-8", newline="")
+                self.assertIn("Submitted: Löwe / Lamp", self.says(0, *words))
+        data.write_bytes("NAME,ARTICLE\nAda,Lamp\nLöwe,Lamp\n".encode("windows-1252"))
+        self.refuses(3, "data.csv: line 3, column 2: not UTF-8: save the file as UTF-8, or tell its --encoding", *words)
+        self.assertIn("Submitted: Löwe / Lamp", self.says(0, *words, "--encoding", "windows-1252"))
+        self.refuses(2, "--encoding klingon: is not known here", *words, "--encoding", "klingon")
+        data.write_text("NAME,ARTICLE\nAda,Lamp\nBen\n")
+        self.refuses(3, "data.csv: line 3: 1 cells, but 2 names", *words)
 
     def test_bad_files(self):
         """commands: files that cannot be read or written are named, with the reason"""
@@ -211,11 +284,11 @@ class Commands(unittest.TestCase):
             code, _, err = korvane("check", name, folder=self.folder)
             self.assertEqual((3, 1), (code, err.count("\n")), err)
             self.assertTrue(err.startswith(f"korvane: {name}: not JSON: parse error at "), err)
-        self.refuses(3, 'rows.csv: line 1: "NAME" cannot name a variable, or is there twice', "replay", "order.json",
+        self.refuses(3, 'rows.csv: line 1: "NAME" is there twice', "replay", "order.json",
                      "--data", "rows.csv")
-        self.refuses(6, "no/r.html: cannot be written: its folder does not exist", "replay", "order.json", *VALUES,
+        self.refuses(6, "no/r.html: cannot be written: No such file or directory", "replay", "order.json", *VALUES,
                      "--report", "no/r.html")
-        self.refuses(6, "no/k.log: the log cannot be opened there", "replay", "order.json", *VALUES, "--log", "no/k.log")
+        self.refuses(6, "no/k.log: cannot be written: No such file or directory", "replay", "order.json", *VALUES, "--log", "no/k.log")
         # A disk that is full in the middle of the file; Python has programs ignore the signal that tells of it.
         full = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (3000, 3000)), "restore_signals": False}
         self.refuses(6, "new.json: cannot be written: File too large", "record", "new.json", "--script", SCRIPT, **full)

@@ -95,7 +95,7 @@ class Report(unittest.TestCase):
 
         page = self.open("cancelled")
         self.assertEqual("cancelled", page.text("#verdict"))
-        for fact in ("begun with row 2", "begun with step 2", "1 row not begun"):
+        for fact in ("begun with row 3", "begun with step 2", "1 row not begun"):
             self.assertIn(fact, page.text("#about"))
         self.assertEqual("cancelled", page.cards()[0]["words"])
 
@@ -104,13 +104,13 @@ class Report(unittest.TestCase):
         page = self.open("rows")
         self.assertIn("24 steps", page.text("#about"))
         self.assertIn("3 runs, 1 failed", page.text("#about"))
-        in_order = [(f"row {row}", number) for row in (1, 2, 3) for number in range(1, 9)]
-        self.assertEqual([("row 2", 8)] + [step for step in in_order if step != ("row 2", 8)], self.order())
+        in_order = [(f"row {row}", number) for row in (2, 3, 4) for number in range(1, 9)]
+        self.assertEqual([("row 3", 8)] + [step for step in in_order if step != ("row 3", 8)], self.order())
         page.click("#failed-only")
-        self.assertEqual(([("row 2", 8)], "1 of 24 steps"), (self.order(), page.text("#count")))
+        self.assertEqual(([("row 3", 8)], "1 of 24 steps"), (self.order(), page.text("#count")))
         page.click("#timeline .run:nth-child(3) button:nth-child(2)")
         (chosen,) = [card for card in page.cards() if card["current"]]
-        self.assertEqual(("row 3", 2, True), (chosen["row"], chosen["number"], chosen["open"]))
+        self.assertEqual(("row 4", 2, True), (chosen["row"], chosen["number"], chosen["open"]))
         widths = page.run("""return [...document.querySelectorAll(".run")].map((run) => [
           run.querySelector(".bars").clientWidth, parseFloat(run.querySelector(".total").textContent)])""")
         self.assertGreater(widths[1][1], 1.5 * widths[0][1])

@@ -79,7 +79,7 @@ def rows():
 
 def cancelled():
     table = [["NAME", "EXPECTED"], *[["Anna", "Anna"]] * 3]
-    return report("cancelled", 5, "--row", "2", "--from", "2", rows=table, desktop="escape 3")
+    return report("cancelled", 5, "--row", "3", "--from", "2", rows=table, desktop="escape 3")
 
 
 def hostile():

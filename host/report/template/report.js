@@ -41,7 +41,7 @@
     const bad = new Set(failed.map((entry) => entry.run)).size;
     byId("about").textContent = together([
       plural(ran.length, "step") + " in " + duration(timeOf(ran)) + (data.dryRun ? " (dry run: nothing was done)" : ""),
-      data.row > 1 ? "begun with row " + data.row : "",
+      data.row ? "begun with " + data.row : "",
       data.from > 1 ? "begun with step " + data.from : "",
       ran.length < entries.length ? entries.length - ran.length + " not run" : "",
       data.runs.length > 1 ? plural(data.runs.length, "run") + ", " + (bad ? bad + " failed" : "all passed") : "",
