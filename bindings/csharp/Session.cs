@@ -169,9 +169,11 @@ namespace Korvane
         public Target TargetAt(int x, int y)
         {
             var record = Automation.CaptureTargetAtPoint(x, y);
-            // The strongest identification that the element has.
+            // The strongest identification that the element has. A path with a level that may be several elements is none.
+            var levels = record.Path;
+            var exact = levels.Count > 0 && levels.All(level => level.ControlType > 0 && level.ChildIndex > 0);
             if (record.AutomationId.Length > 0) record.Method = Method.AutomationId;
-            else if (record.PathLength > 0) record.Method = Method.TreePath;
+            else if (exact) record.Method = Method.TreePath;
             return Target(record);
         }
 

@@ -175,9 +175,11 @@ class Window {
   /** The element at a point of the screen, in pixels. */
   async targetAt(x, y) {
     const record = await this.session.call('captureTargetAtPoint', x, y);
-    // The strongest identification that the element has.
+    // The strongest identification that the element has. A path with a level that may be several elements is none.
+    const levels = record.path;
+    const exact = levels.length > 0 && levels.every(({ controlType, childIndex }) => controlType > 0 && childIndex > 0);
     if (record.automationId !== '') record.identificationMethod = Method.AUTOMATION_ID;
-    else if (record.pathLength > 0) record.identificationMethod = Method.TREE_PATH;
+    else if (exact) record.identificationMethod = Method.TREE_PATH;
     return this.target(record);
   }
   /** The element under the mouse. */

@@ -467,9 +467,14 @@ class Window {
   Code TargetAt(Target& target, int x, int y) const {
     TargetRecord record{};
     const Code code = CaptureTargetAtPoint(record, x, y);
+    // A path with a level that may be several elements is none.
+    bool exact = record.pathLength > 0;
+    for (int i = 0; i < record.pathLength; ++i) {
+      exact = exact && record.controlTypes[i] > 0 && record.childIndices[i] > 0;
+    }
     if (record.automationId[0] != 0) {
       Use(record, Method::AutomationId);
-    } else if (record.pathLength > 0) {
+    } else if (exact) {
       Use(record, Method::TreePath);
     }
     target = TargetOf(record);

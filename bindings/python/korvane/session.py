@@ -132,10 +132,11 @@ class Window:
     def target_at(self, x: int, y: int) -> Target:
         """The element at a point of the screen, in pixels."""
         record = functions.capture_target_at_point(x, y)
-        # The strongest identification that the element has.
+        # The strongest identification that the element has. A path with a level that may be several elements is none.
+        levels = record.path
         if record.automation_id:
             record.identification_method = Method.AUTOMATION_ID
-        elif record.path:
+        elif levels and all(level.control_type > 0 and level.child_index > 0 for level in levels):
             record.identification_method = Method.TREE_PATH
         return Target(self, record)
 

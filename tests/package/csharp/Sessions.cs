@@ -39,6 +39,8 @@ internal static class Sessions
             var (x, y) = Stage.CentreOf(Stage.Name);
             var name = form.TargetAt(x, y);
             Check(name.Record.Method == Method.AutomationId, "method");
+            // The form itself has no AutomationId.
+            Check(form.TargetAt(60, 60).Record.Method == Method.TreePath, "method of the form");
             name.Paste("Ada");
             Check(name.Text() == "Ada" && name.Check("Ad") && !name.Check("Ad", exact: true), "text");
             form.Target(name.Record).Type("x");

@@ -25,6 +25,8 @@ with korvane.Session("session.log") as session:
 
     name = form.target_at(*stage.centre_of(stage.NAME))
     assert name.record.identification_method == korvane.Method.AUTOMATION_ID
+    # The form itself has no AutomationId.
+    assert form.target_at(60, 60).record.identification_method == korvane.Method.TREE_PATH
     name.paste("Ada")
     assert name.text() == "Ada"
     assert (name.check("Ad"), name.check("Ad", exact=True)) == (True, False)
