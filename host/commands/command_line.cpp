@@ -21,7 +21,7 @@ constexpr const char* kExitCodes =
     "  2  the command line is wrong, or a variable has no value\n"
     "  3  a file cannot be read, is not what it should be, or is of a newer version\n"
     "  4  the recorded window is not there\n"
-    "  5  cancelled with Escape\n"
+    "  5  cancelled with Escape, or told to end from outside\n"
     "  6  a file cannot be written\n"
     "  7  this desktop lacks what the command needs\n"
     "  8  nothing was done: the desktop is locked, a window out of reach, or the screen another one";

@@ -12,6 +12,7 @@
 #include "host/engine/readiness.h"
 #include "host/recording/recording_file.h"
 #include "host/report/report.h"
+#include "host/world/interruption.h"
 
 namespace host {
 
@@ -114,6 +115,8 @@ ExitCode RunReplay(const ReplayCommandOptions& options) {
   }
   CheckNames(options);
   Outputs outputs(options);
+  // Until everything is written: whoever closes the console still gets the report of what was done.
+  const world::InterruptionWatch watch;
   LibraryLog log(options.log);
   for (const std::string& line : CheckReadiness(recording, options.file)) {
     std::cout << "  note: " << line << "\n";

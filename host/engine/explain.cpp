@@ -2,6 +2,7 @@
 
 #include "host/base/text.h"
 #include "host/engine/result_words.h"
+#include "host/world/interruption.h"
 
 namespace host {
 
@@ -84,7 +85,7 @@ std::string Explain(const StepResult& result, const std::string& file) {
   const bool tried = result.code == KORVANE_NOT_FOUND && !result.foundBy && !result.windowGone;
   text += tried || result.remark.empty() ? "" : " What is there: " + result.remark + ".";
   if (result.code == KORVANE_CANCELLED) {
-    return text + " Escape was pressed.";
+    return text + (world::IsInterrupted() ? " The program was told to end." : " Escape was pressed.");
   }
   if (result.windowGone) {
     return text + " Start its program or open the window; `korvane window` shows how a window is named.";

@@ -5,6 +5,7 @@
 #include "host/base/text.h"
 #include "host/engine/find_window.h"
 #include "host/recording/shortcut.h"
+#include "host/world/interruption.h"
 
 namespace host {
 
@@ -63,7 +64,12 @@ bool IsShown(HWND window) {
                      [window](const world::Window& each) { return each.handle == window; });
 }
 
-// True as soon as it holds; false when the time is up or Escape was pressed.
+// With Escape, or from outside of the program.
+bool IsCancelled() {
+  return isCancelled() == 1 || world::IsInterrupted();
+}
+
+// True as soon as it holds; false when the time is up or the replay was cancelled.
 template <class Condition>
 bool Await(int milliseconds, Condition condition) {
   const double end = world::Now() + milliseconds;
@@ -71,7 +77,7 @@ bool Await(int milliseconds, Condition condition) {
     if (condition()) {
       return true;
     }
-    if (world::Now() >= end || isCancelled() == 1) {
+    if (world::Now() >= end || IsCancelled()) {
       return false;
     }
     delay(10);
@@ -79,7 +85,7 @@ bool Await(int milliseconds, Condition condition) {
 }
 
 int Cancelled(int otherwise) {
-  return isCancelled() == 1 ? KORVANE_CANCELLED : otherwise;
+  return IsCancelled() ? KORVANE_CANCELLED : otherwise;
 }
 
 // The record with what found its element, so that the next replay begins with that.
@@ -152,8 +158,8 @@ StepResult StepRunner::Run(std::size_t index, Variables& variables) {
 int StepRunner::Do(Turn& turn) {
   StepResult& result = turn.result;
   const WindowName& name = recording_.windows[turn.step.window];
-  result.window = AwaitWindow(name, turn.timeoutMs, [] { return isCancelled() == 1; });
-  if (isCancelled() == 1) {
+  result.window = AwaitWindow(name, turn.timeoutMs, IsCancelled);
+  if (IsCancelled()) {
     return KORVANE_CANCELLED;
   }
   if (!result.window) {
@@ -374,7 +380,7 @@ int StepRunner::Type(Turn& turn) {
   constexpr std::size_t kAtOnce = 20;
   const WideText text = Wide(result.text);
   for (std::size_t i = 0; i < text.size(); i += kAtOnce) {
-    if (isCancelled() == 1) {
+    if (IsCancelled()) {
       return KORVANE_CANCELLED;
     }
     if (const int code = ReadyForKeys(turn); code != KORVANE_OK) {
@@ -438,7 +444,7 @@ int StepRunner::Wait(Turn& turn) {
   StepResult& result = turn.result;
   std::optional<std::string> shown;
   const double begin = world::Now();
-  while (isCancelled() == 0) {
+  while (!IsCancelled()) {
     // The library's partial comparison is also content with a part of what is expected.
     shown = ReadText(turn.Target(), turn.Window());
     result.expected = result.text;

@@ -1,5 +1,6 @@
 #include "host/world/world_standin_script.h"
 
+#include <csignal>
 #include <map>
 #include <sstream>
 #include <vector>
@@ -103,6 +104,7 @@ const std::map<std::string, Instruction>& Instructions() {
           Later(n[0], [n] { TheDesktop().User().Click(n[1], n[2]); });
         }}},
       {"escape", {1, "MS", [](const Numbers& n) { TheDesktop().User().HoldEscape(n[0], 120); }}},
+      {"interrupt", {1, "MS", [](const Numbers& n) { Later(n[0], [] { std::raise(SIGTERM); }); }}},
       {"close", {1, "MS", [](const Numbers& n) { Later(n[0], [] { TheScene().form.reset(); }); }}},
       {"move",
        {3, "MS X,Y",

@@ -5,6 +5,7 @@ import os
 import re
 import resource
 import unittest
+import unittest.mock
 from pathlib import Path
 
 from program import CONFIRMATION, SCRIPT, VALUES, korvane, recorded, scratch
@@ -139,6 +140,15 @@ class Commands(unittest.TestCase):
         self.changed(lambda recording: recording["steps"][8].update(text="Delivered", timeout=5000))
         out = self.says(5, "replay", "order.json", *VALUES, desktop="escape 500")
         self.assertIn('Step 9 "Status" (wait): cancelled (-4)', out)
+        # Told to end from outside, it ends in the same way, with its report, and leaves no log of its own behind.
+        own = self.folder / "own"
+        own.mkdir()
+        with unittest.mock.patch.dict(os.environ, TMPDIR=str(own)):
+            out = self.says(5, "replay", "order.json", *VALUES, "--report", "r.html", desktop="interrupt 500")
+        self.assertIn('Step 9 "Status" (wait): cancelled (-4)', out)
+        self.assertIn("The program was told to end.", out)
+        self.assertIn("</html>", (self.folder / "r.html").read_text(encoding="utf-8"))
+        self.assertEqual([], list(own.iterdir()))
         self.assertIn("was closed meanwhile", self.says(4, "replay", "order.json", *VALUES, desktop="close 500"))
         window = 'there is no window "Order form" of order_form.exe (class OrderForm)'
         for command in ("check", "replay"):
