@@ -161,11 +161,15 @@ def write_wheel(output, package):
         for name in BESIDE_BINDING:
             place = "korvane" if name.startswith("bin/") else "."
             put(package / name, Path(folder) / place / Path(name).name)
-        subprocess.run(
+        made = subprocess.run(
             ["/usr/bin/python3", "-c", "import setuptools; setuptools.setup()", "--quiet", "bdist_wheel", "--python-tag", "py3",
              "--plat-name", "win_amd64", "--dist-dir", output.resolve()],
-            cwd=folder, check=True, env={**os.environ, "SOURCE_DATE_EPOCH": "315532800", "PYTHONDONTWRITEBYTECODE": "1"},
+            cwd=folder, env={**os.environ, "SOURCE_DATE_EPOCH": "315532800", "PYTHONDONTWRITEBYTECODE": "1"},
+            capture_output=True, text=True, check=False,
         )
+    # It talks about its own plans even when all is well.
+    if made.returncode != 0:
+        sys.exit(made.stdout + made.stderr)
 
 
 def files(folder):
