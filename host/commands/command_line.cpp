@@ -69,6 +69,7 @@ void AddReplay(CLI::App& program, ReplayCommandOptions& options, ExitCode& code)
   CLI::App* const command = program.add_subcommand("replay", "Do the steps of a recording");
   command->add_option("FILE", options.file, "The recording")->required();
   command->add_option("--report", options.report, "Write what happened to this HTML file");
+  command->add_option("--junit", options.junit, "Write what happened to this file, as test services read it");
   command->add_option("--set", options.set, "NAME=VALUE: the value of a variable")->allow_extra_args(false);
   CLI::Option* const data =
       command->add_option("--data", options.data, "A CSV file with a run's variables in each row");

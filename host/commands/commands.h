@@ -35,6 +35,7 @@ ExitCode Check(const CheckOptions& options);
 struct ReplayCommandOptions {
   std::string file;
   std::string report;
+  std::string junit;
   std::string data;
   std::string encoding;  // of the data; empty: UTF-8
   std::string log;

@@ -1,6 +1,7 @@
 #include "host/engine/replay.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iostream>
 #include <optional>
 
@@ -11,6 +12,7 @@
 #include "host/commands/progress.h"
 #include "host/engine/readiness.h"
 #include "host/recording/recording_file.h"
+#include "host/report/junit.h"
 #include "host/report/report.h"
 #include "host/world/interruption.h"
 
@@ -52,7 +54,10 @@ void CheckNames(const ReplayCommandOptions& options) {
     const char* option;
     const std::string& name;
   };
-  const Named outputs[] = {{"--report", options.report}, {"--log", options.log}, {"--proposals", options.proposals}};
+  const Named outputs[] = {{"--report", options.report},
+                           {"--junit", options.junit},
+                           {"--log", options.log},
+                           {"--proposals", options.proposals}};
   const auto refuseSame = [](const Named& output, const std::string& other, const std::string& what) {
     if (!output.name.empty() && !other.empty() && AreSameFile(output.name, other)) {
       throw Failure(ExitCode::Usage, std::string(output.option) + " " + output.name + ": is " + what);
@@ -73,11 +78,15 @@ struct Outputs {
     if (!options.report.empty()) {
       report.emplace(options.report);
     }
+    if (!options.junit.empty()) {
+      junit.emplace(options.junit);
+    }
     if (!options.proposals.empty()) {
       proposals.emplace(options.proposals);
     }
   }
   std::optional<OutputFile> report;
+  std::optional<OutputFile> junit;
   std::optional<OutputFile> proposals;
 };
 
@@ -129,6 +138,13 @@ ExitCode RunReplay(const ReplayCommandOptions& options) {
   if (outputs.report) {
     outputs.report->Write(WriteReport(recording, replayed, replay));
     std::cout << "  report: " << options.report << "\n";
+  }
+  if (outputs.junit) {
+    outputs.junit->Write(WriteJunit(recording, replayed, replay));
+    std::cout << "  test results: " << options.junit << "\n";
+  }
+  if (std::getenv("GITHUB_ACTIONS") != nullptr) {
+    std::cout << WriteAnnotations(replayed, replay);
   }
   if (outputs.proposals && Sum(replayed).healed > 0) {
     outputs.proposals->Write(WriteRecording(Corrected(recording, replayed)));

@@ -7,6 +7,7 @@ import resource
 import unittest
 import unittest.mock
 from pathlib import Path
+from xml.etree import ElementTree
 
 from program import CONFIRMATION, SCRIPT, VALUES, korvane, recorded, scratch
 from repository import ROOT
@@ -266,6 +267,27 @@ class Commands(unittest.TestCase):
         self.assertEqual([0o640, 0o600], [(self.folder / name).stat().st_mode & 0o777 for name in ("kept.html", "new.log")])
         self.says(0, *words, "--report", "/dev/null")
         self.assertTrue(Path("/dev/null").is_char_device())
+
+    def test_junit(self):
+        """commands: test services get a suite for each row and a case for each step, and annotations where they show them"""
+        (self.folder / "rows.csv").write_text("NAME,ARTICLE,SEEN\nAda,Lamp,Ada\n<B&b>\x1b,Rope,Bob\n", encoding="utf-8")
+        self.changed(lambda recording: recording["steps"][9].update(action="check", text="${SEEN}") or
+                     recording["steps"][9].pop("variable", None))
+        words = ("replay", "order.json", "--data", "rows.csv", "--junit", "r.xml")
+        with unittest.mock.patch.dict(os.environ, GITHUB_ACTIONS="true"):
+            out = self.says(1, *words)
+        suites = ElementTree.parse(self.folder / "r.xml").getroot()
+        self.assertEqual(("22", "1", "0", "1"), tuple(suites.get(key) for key in ("tests", "failures", "errors", "skipped")))
+        self.assertEqual(["order.json, row 2", "order.json, row 3"], [suite.get("name") for suite in suites])
+        failed, skipped = suites[1][9], suites[1][10]
+        self.assertEqual("10 check Confirmation", failed.get("name"))
+        self.assertIn("<B&b>\\x1b", failed.find("failure").get("message"))
+        self.assertIn("Go on from here", failed.find("failure").text)
+        self.assertIsNotNone(skipped.find("skipped"))
+        self.assertRegex(out, r'(?m)^::error file=order\.json::row 3: step 10 "Confirmation": Step 10 ')
+        self.says(4, *words, "--timeout", 100, desktop="no-form")
+        suites = ElementTree.parse(self.folder / "r.xml").getroot()
+        self.assertEqual(("0", "1"), (suites.get("failures"), suites.get("errors")))
 
     def test_data_that_people_have(self):
         """commands: tables of spreadsheets are read as they are; another encoding is told or named with its place"""
