@@ -75,7 +75,7 @@ class Manners(unittest.TestCase):
     def test_manifest(self):
         """manners: korvane.exe tells Windows of physical pixels, long paths and UTF-8, and Explorer its version"""
         program = WINDOWS / "korvane.exe"
-        manifest = re.search(rb"<\?xml.*</assembly>", program.read_bytes(), re.S)[0]
+        manifest = re.search(rb"<\?xml[^\0]*</assembly>", program.read_bytes(), re.S)[0]
         told = {element.tag.rpartition("}")[2]: element.text for element in ElementTree.fromstring(manifest).iter()}
         self.assertEqual(SETTINGS, {name: told.get(name) for name in SETTINGS})
         resources = run("x86_64-w64-mingw32-objdump", "-p", program).stdout
