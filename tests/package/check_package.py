@@ -147,6 +147,8 @@ class Package(unittest.TestCase):
                 self.assertIn(flag, flags, program.name)
             self.assertRegex(report, r"Time/Date\s+(Thu Jan  1 00:00:00 1970|0+\b)", program.name)
             image = program.read_bytes()
+            if program.suffix == ".exe":
+                self.assertIn(b"stack smashing detected", image, program.name)
             for name, value in (("FileVersion", version()), ("OriginalFilename", program.name)):
                 text = image.split(f"{name}\0".encode("utf-16-le"))[1].lstrip(b"\0")
                 self.assertEqual(value, text[:64].decode("utf-16-le", "replace").split("\0")[0], f"{program.name}: {name}")
