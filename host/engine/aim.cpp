@@ -48,22 +48,6 @@ bool IsShownAt(world::Element element, const world::Element& last, world::Point 
   return true;
 }
 
-// Whether the window is one that the element is a part of. The list of a combo box is a window of its own that nothing
-// owns.
-bool IsPartOf(world::Element element, HWND window) {
-  for (int level = 0; window != nullptr && level < kMostLevels; ++level) {
-    if (world::WindowOf(element) == window) {
-      return true;
-    }
-    auto parent = world::Parent(element);
-    if (!parent) {
-      return false;
-    }
-    element = std::move(*parent);
-  }
-  return false;
-}
-
 // Why a click at the point would not reach the element; empty: it would.
 std::string WhyMissed(const Aim& aim, const Sought& sought) {
   const world::Element& element = *aim.identified.element;
@@ -103,7 +87,7 @@ void Place(Aim& aim, const Sought& sought) {
     aim.refusal = "the recorded place " + PlaceText(*aim.point) + " is no longer in it";
   } else {
     const HWND root = world::RootAt(*aim.point);
-    aim.window = BelongsTo(root, sought.window.handle) || IsPartOf(element, root) ? root : nullptr;
+    aim.window = BelongsTo(root, sought.window.handle) || LiesIn(element, root) ? root : nullptr;
     aim.refusal = WhyMissed(aim, sought);
   }
 }

@@ -115,10 +115,11 @@ Attempt ByScreenPoint(Attempt attempt, const Sought& sought) {
   if (there == nullptr) {
     return NotFound(std::move(attempt), "there is no window at " + place);
   }
-  if (there != sought.window.handle && world::OwnerOf(there) != sought.window.handle) {
+  auto element = world::ElementUnder(point);
+  if (there != sought.window.handle && world::OwnerOf(there) != sought.window.handle &&
+      !(element && LiesIn(*element, sought.window.handle))) {
     return NotFound(std::move(attempt), "another window is at " + place);
   }
-  auto element = world::ElementUnder(point);
   return element ? Compared(std::move(attempt), sought, std::move(*element))
                  : NotFound(std::move(attempt), "there is no element at " + place);
 }
@@ -276,6 +277,21 @@ world::Point PointNow(const Sought& sought) {
   }
   return {static_cast<int>(std::int64_t{sought.record.x} - then.left + now.left),
           static_cast<int>(std::int64_t{sought.record.y} - then.top + now.top)};
+}
+
+bool LiesIn(world::Element element, HWND window) {
+  constexpr int kMostLevels = KORVANE_MAX_PATH_LEVELS;
+  for (int level = 0; window != nullptr && level <= kMostLevels; ++level) {
+    if (world::WindowOf(element) == window) {
+      return true;
+    }
+    auto parent = world::Parent(element);
+    if (!parent) {
+      return false;
+    }
+    element = std::move(*parent);
+  }
+  return false;
 }
 
 bool LooksGenerated(const WideText& automationId) {

@@ -193,18 +193,7 @@ HWND RootAt(Point point) {
 }
 
 HWND OwnerOf(HWND window) {
-  if (const HWND owner = GetWindow(window, GW_OWNER)) {
-    return owner;
-  }
-  // The list that a combo box drops is nobody's: as long as it shows, the combo box has the focus of its thread.
-  GUITHREADINFO thread{};
-  thread.cbSize = sizeof thread;
-  if (ClassNameOf(window) != "ComboLBox" || !GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread) ||
-      thread.hwndFocus == nullptr) {
-    return nullptr;
-  }
-  const HWND focused = GetAncestor(thread.hwndFocus, GA_ROOT);
-  return focused == window ? nullptr : focused;
+  return GetWindow(window, GW_OWNER);
 }
 
 HWND ForegroundWindow() {
