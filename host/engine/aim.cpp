@@ -61,7 +61,7 @@ std::string WhyMissed(const Aim& aim, const Sought& sought) {
     return {};
   }
   if (aim.exact) {
-    return "the recorded place in it is taken by a " + NameOfType(there->controlType) + " now";
+    return "the recorded place in it is taken by a " + NameOfType(world::Described(*there).controlType) + " now";
   }
   if (IsOrHolds(element, *there)) {
     return {};
@@ -70,7 +70,8 @@ std::string WhyMissed(const Aim& aim, const Sought& sought) {
   if (IsOrHolds(*there, element) && IsShownAt(element, *there, point)) {
     return {};
   }
-  return "it is out of view, or hidden: at its place " + PlaceText(point) + " is a " + NameOfType(there->controlType);
+  return "it is out of view, or hidden: at its place " + PlaceText(point) + " is a " +
+         NameOfType(world::Described(*there).controlType);
 }
 
 void Place(Aim& aim, const Sought& sought) {

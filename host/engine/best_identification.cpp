@@ -55,9 +55,12 @@ BestIdentification ChooseIdentification(const TargetRecord& captured, const worl
   best.record = captured;
   best.record.identificationMethod = KORVANE_METHOD_UNDECIDED;
   if (const auto root = world::ElementOfWindow(window.handle)) {
-    best.record = FittedTo(best.record, *root);
+    best.record = FittedTo(best.record, world::Described(*root));
   }
-  const auto element = world::ElementUnder({captured.x, captured.y});
+  auto element = world::ElementUnder({captured.x, captured.y});
+  if (element) {
+    element = world::Described(std::move(*element));
+  }
   best.label = element ? LabelOf(*element) : std::string();
   const WindowName name = NameOf(window);
   for (const Identification by : kIdentifications) {

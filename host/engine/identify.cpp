@@ -90,12 +90,29 @@ Attempt ByAutomationId(Attempt attempt, const Sought& sought, const world::Eleme
   return Compared(std::move(attempt), sought, found.front());
 }
 
+// Most windows have the class that UI Automation tells: then it need not be asked.
+bool BeginsWith(const TargetRecord& path, const world::Window& window) {
+  return TextOf(path.classNames[0]) == Wide(window.className);
+}
+
+TargetRecord PathIn(const Sought& sought, const world::Element& root) {
+  return LevelsOf(sought.record) == 0 || BeginsWith(sought.record, sought.window)
+             ? sought.record
+             : FittedTo(sought.record, world::Described(root));
+}
+
 // Goes the way that the library goes.
 Attempt ByTreePath(Attempt attempt, const Sought& sought, const world::Element& root) {
-  const TargetRecord path = FittedTo(sought.record, root);
-  const bool skipsRoot = path.controlTypes[0] == kWindowType && TextOf(path.classNames[0]) == root.className;
+  const TargetRecord path = PathIn(sought, root);
+  const bool skipsRoot =
+      path.controlTypes[0] == kWindowType &&
+      (BeginsWith(path, sought.window) || TextOf(path.classNames[0]) == world::Described(root).className);
   world::Element element = root;
-  for (std::size_t level = skipsRoot ? 1 : 0; level < LevelsOf(path); ++level) {
+  const std::size_t first = skipsRoot ? 1 : 0;
+  if (first >= LevelsOf(path)) {
+    return Compared(std::move(attempt), sought, world::Described(root));
+  }
+  for (std::size_t level = first; level < LevelsOf(path); ++level) {
     const auto siblings = world::Children(element, path.controlTypes[level], TextOf(path.classNames[level]));
     const auto position = static_cast<std::size_t>(std::max(path.childIndices[level], 1));
     if (siblings.size() < position) {
@@ -120,7 +137,7 @@ Attempt ByScreenPoint(Attempt attempt, const Sought& sought) {
       !(element && LiesIn(*element, sought.window.handle))) {
     return NotFound(std::move(attempt), "another window is at " + place);
   }
-  return element ? Compared(std::move(attempt), sought, std::move(*element))
+  return element ? Compared(std::move(attempt), sought, world::Described(std::move(*element)))
                  : NotFound(std::move(attempt), "there is no element at " + place);
 }
 
@@ -134,12 +151,33 @@ bool ProvesIdentity(const Attempt& attempt, const Sought& sought, const std::vec
 }
 
 TargetRecord RecordFor(const Sought& sought, Identification by, const world::Element& root) {
-  TargetRecord record = FittedTo(sought.record, root);
+  TargetRecord record = PathIn(sought, root);
   record.identificationMethod = MethodOf(by);
   const world::Point point = PointNow(sought);
   record.x = by == Identification::ScreenPoint ? point.x : 0;
   record.y = by == Identification::ScreenPoint ? point.y : 0;
   return record;
+}
+
+Attempt Try(const Sought& sought, Identification by, const std::optional<world::Element>& root) {
+  Attempt attempt;
+  attempt.by = by;
+  if (!IsRecorded(sought.record, by)) {
+    attempt.why = "it was not recorded";
+    return attempt;
+  }
+  const double start = world::Now();
+  if (!root) {
+    attempt = NotFound(std::move(attempt), "the window shows no elements");
+  } else if (by == Identification::AutomationId) {
+    attempt = ByAutomationId(std::move(attempt), sought, *root);
+  } else if (by == Identification::TreePath) {
+    attempt = ByTreePath(std::move(attempt), sought, *root);
+  } else {
+    attempt = ByScreenPoint(std::move(attempt), sought);
+  }
+  attempt.milliseconds = world::Now() - start;
+  return attempt;
 }
 
 }  // namespace
@@ -166,25 +204,7 @@ std::string Describe(const Attempt& attempt) {
 }
 
 Attempt TryAlone(const Sought& sought, Identification by) {
-  Attempt attempt;
-  attempt.by = by;
-  if (!IsRecorded(sought.record, by)) {
-    attempt.why = "it was not recorded";
-    return attempt;
-  }
-  const double start = world::Now();
-  const auto root = world::ElementOfWindow(sought.window.handle);
-  if (!root) {
-    attempt = NotFound(std::move(attempt), "the window shows no elements");
-  } else if (by == Identification::AutomationId) {
-    attempt = ByAutomationId(std::move(attempt), sought, *root);
-  } else if (by == Identification::TreePath) {
-    attempt = ByTreePath(std::move(attempt), sought, *root);
-  } else {
-    attempt = ByScreenPoint(std::move(attempt), sought);
-  }
-  attempt.milliseconds = world::Now() - start;
-  return attempt;
+  return Try(sought, by, world::ElementOfWindow(sought.window.handle));
 }
 
 Identification PreferredOf(const TargetRecord& record) {
@@ -203,13 +223,14 @@ Identification PreferredOf(const TargetRecord& record) {
 Identified Identify(const Sought& sought) {
   Identified identified;
   identified.preferred = identified.by = PreferredOf(sought.record);
-  identified.attempts.push_back(TryAlone(sought, identified.preferred));
+  const auto root = world::ElementOfWindow(sought.window.handle);
+  identified.attempts.push_back(Try(sought, identified.preferred, root));
   const Attempt* answer = identified.attempts[0].finding == Finding::Found ? identified.attempts.data() : nullptr;
   // Whoever recorded a point meant that point: nothing else leads to it.
   if (answer == nullptr && identified.preferred != Identification::ScreenPoint) {
     for (const Identification by : kIdentifications) {
       if (by != identified.preferred) {
-        identified.attempts.push_back(TryAlone(sought, by));
+        identified.attempts.push_back(Try(sought, by, root));
       }
     }
     for (Attempt& attempt : identified.attempts) {
@@ -237,9 +258,7 @@ Identified Identify(const Sought& sought) {
   }
   identified.element = answer->element;
   identified.by = answer->by;
-  if (const auto root = world::ElementOfWindow(sought.window.handle)) {
-    identified.record = RecordFor(sought, identified.by, *root);
-  }
+  identified.record = RecordFor(sought, identified.by, *root);
   return identified;
 }
 

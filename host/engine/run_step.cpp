@@ -100,7 +100,7 @@ TargetRecord Corrected(const Aim& aim, const Step& step, const world::Window& wi
     return proposal;
   }
   if (const auto root = world::ElementOfWindow(window.handle)) {
-    fresh = FittedTo(fresh, *root);
+    fresh = FittedTo(fresh, world::Described(*root));
   }
   proposal.pathLength = fresh.pathLength;
   std::copy(std::begin(fresh.controlTypes), std::end(fresh.controlTypes), std::begin(proposal.controlTypes));
@@ -120,7 +120,6 @@ void TellFinding(const Aim& aim, const Step& step, const world::Window& window, 
     return;
   }
   result.foundBy = aim.identified.by;
-  result.mark = world::RectOf(*aim.identified.element);
   if (!aim.identified.IsHealed()) {
     return;
   }
@@ -213,6 +212,9 @@ bool StepRunner::AimAt(Turn& turn) const {
     return turn.aim.refusal.empty() && settled;
   });
   TellFinding(turn.aim, turn.step, *result.window, name, result);
+  if (options_.pictures && turn.aim.identified.element) {
+    result.mark = world::RectOf(*turn.aim.identified.element);
+  }
   result.remark = turn.aim.refusal.empty() ? turn.aim.remark : turn.aim.refusal;
   return turn.aim.refusal.empty();
 }
@@ -339,9 +341,9 @@ int StepRunner::Paste(Turn& turn) {
     return code;
   }
   result.expected = result.text;
+  std::optional<std::string> now;
   if (code == KORVANE_OK) {
     // The library is content with the second half of the text, and with what the field held before.
-    std::optional<std::string> now;
     const auto shows = [&] {
       now = HeldBy(field);
       return now && (turn.step.replace ? *now == expected : now->find(expected) != std::string::npos);
@@ -355,7 +357,7 @@ int StepRunner::Paste(Turn& turn) {
       return KORVANE_FAILED;
     }
   }
-  result.received = HeldBy(field);
+  result.received = code == KORVANE_OK && now != before ? now : HeldBy(field);
   if (code == KORVANE_FAILED) {
     result.received = result.received ? result.received : ReadText(turn.Target(), turn.Window());
     result.remark = result.remark.empty() || turn.aim.remark == result.remark ? Shows(result.received) : result.remark;

@@ -36,20 +36,24 @@ WideText TextOf(const Variant& value) {
 
 constexpr PROPERTYID kDescribing[] = {UIA_ControlTypePropertyId, UIA_ClassNamePropertyId, UIA_AutomationIdPropertyId};
 
-enum class Source {
-  Cache,    // what a search brought along
-  Element,  // one question for each property
-};
-
-std::optional<Element> Described(ElementPtr found, Source source) {
+std::optional<Element> Kept(ElementPtr found) {
   if (!found) {
     return std::nullopt;
   }
   Element element;
+  element.live = std::shared_ptr<void>(found.Detach(), [](void* held) {
+    static_cast<void>(ElementPtr::Adopt(static_cast<IUIAutomationElement*>(held)));
+  });
+  return element;
+}
+
+// `get` hands a property's value out; false: it does not.
+template <class Get>
+void Describe(Element& element, Get get) {
   for (const PROPERTYID property : kDescribing) {
     Variant value;
-    if (source == Source::Element || FAILED(found->GetCachedPropertyValue(property, value.Receive()))) {
-      found->GetCurrentPropertyValue(property, value.Receive());
+    if (!get(property, value)) {
+      Live(element)->GetCurrentPropertyValue(property, value.Receive());
     }
     if (property == UIA_ControlTypePropertyId) {
       element.controlType = value.Get().vt == VT_I4 ? static_cast<int>(value.Get().lVal) : 0;
@@ -57,10 +61,6 @@ std::optional<Element> Described(ElementPtr found, Source source) {
       (property == UIA_ClassNamePropertyId ? element.className : element.automationId) = TextOf(value);
     }
   }
-  element.live = std::shared_ptr<void>(found.Detach(), [](void* held) {
-    static_cast<void>(ElementPtr::Adopt(static_cast<IUIAutomationElement*>(held)));
-  });
-  return element;
 }
 
 ConditionPtr PropertyIs(PROPERTYID property, const Variant& value) {
@@ -105,7 +105,10 @@ std::vector<Element> FindAll(const Element& root, TreeScope scope, const Conditi
   for (int i = 0; i < length; ++i) {
     ElementPtr one;
     found->GetElement(i, one.Receive());
-    if (auto element = Described(std::move(one), Source::Cache)) {
+    if (auto element = Kept(std::move(one))) {
+      Describe(*element, [&](PROPERTYID property, Variant& value) {
+        return SUCCEEDED(Live(*element)->GetCachedPropertyValue(property, value.Receive()));
+      });
       elements.push_back(std::move(*element));
     }
   }
@@ -127,16 +130,21 @@ bool ElementAccess::IsGranted() const {
   return static_cast<bool>(g_automation);
 }
 
+Element Described(Element element) {
+  Describe(element, [](PROPERTYID, Variant&) { return false; });
+  return element;
+}
+
 std::optional<Element> ElementOfWindow(HWND window) {
   ElementPtr element;
   g_automation->ElementFromHandle(window, element.Receive());
-  return Described(std::move(element), Source::Element);
+  return Kept(std::move(element));
 }
 
 std::optional<Element> ElementUnder(Point point) {
   ElementPtr element;
   g_automation->ElementFromPoint({point.x, point.y}, element.Receive());
-  return Described(std::move(element), Source::Element);
+  return Kept(std::move(element));
 }
 
 std::optional<Element> Parent(const Element& element) {
@@ -146,7 +154,7 @@ std::optional<Element> Parent(const Element& element) {
   }
   ElementPtr parent;
   walker->GetParentElement(Live(element), parent.Receive());
-  return Described(std::move(parent), Source::Element);
+  return Kept(std::move(parent));
 }
 
 std::vector<Element> Children(const Element& parent, int controlType, const WideText& className) {

@@ -24,18 +24,23 @@ class ElementAccess {
   bool IsGranted() const;
 };
 
-// One that was found; what is known of it is as it was then.
 struct Element {
   std::shared_ptr<void> live;  // what this world knows it by
+  // As they were when a search, or Described, asked for them.
   int controlType = 0;
   WideText className;
   WideText automationId;
 };
 
+// Asks for what is known of it: each of the three is a call into its program.
+Element Described(Element element);
+
+// These three are not described.
 std::optional<Element> ElementOfWindow(HWND window);
 // The deepest one at a screen point.
 std::optional<Element> ElementUnder(Point point);
 std::optional<Element> Parent(const Element& element);
+
 // Children in the platform's order, of that control type and that class; 0 and empty are not compared.
 std::vector<Element> Children(const Element& parent, int controlType, const WideText& className);
 // All below `root` that have it.
