@@ -290,7 +290,8 @@ int StepRunner::ClickSeen(Turn& turn) {
   const HWND there = world::RootAt(at);
   // A click may have closed the window.
   const bool stands = world::Describe(turn.Window()).has_value();
-  if (stands && !BelongsTo(there, turn.Window()) && there != turn.aim.window && IsShown(turn.aim.window)) {
+  if (stands && !BelongsTo(there, turn.Window()) && there != turn.aim.window &&
+      (turn.aim.window == nullptr || IsShown(turn.aim.window))) {
     const auto other = there == nullptr ? std::nullopt : world::Describe(there);
     turn.result.remark = "the click went to another window" + (other ? ": " + Describe(NameOf(*other)) : "");
     return KORVANE_FAILED;

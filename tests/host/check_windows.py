@@ -1,6 +1,7 @@
 """The program on real windows, under Wine: recorded from a script and by pointing, replayed after a restart."""
 
 import base64
+import concurrent.futures
 import contextlib
 import json
 import os
@@ -8,11 +9,17 @@ import pty
 import re
 import select
 import subprocess
+import sys
 import time
 import unittest
 
 from program import CONFIRMATION, SCRIPT, VALUES, WINDOWS, scratch
-from repository import run_windows
+from repository import ROOT, run_windows
+from Xlib import display
+
+sys.path.append(str(ROOT / "tests/real"))
+
+from programs import await_window  # noqa: E402
 
 KORVANE = WINDOWS / "korvane.exe"
 
@@ -90,6 +97,39 @@ class Windows(unittest.TestCase):
             self.assertGreater(len(content), 3000)
         self.assertIn("11 steps, 0 failed", self.runs(0, "log", "k.log", folder=folder))
         self.assertIn("there is no window \"Order form\"", self.runs(4, "check", "order.json", "--timeout", "200", folder=folder))
+
+    def test_disturbed(self):
+        """Windows: nothing is clicked through a window in front, and a window that moves in between is found where it is"""
+        folder = scratch("disturbed")
+        with form("40,40"):
+            self.runs(0, "record", "order.json", "--script", "Z:" + str(SCRIPT), folder=folder)
+            cover = subprocess.Popen(["wine", WINDOWS / "order_helper.exe", "cover", "40", "40", "500", "460"],
+                                     stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            time.sleep(2)
+            out = self.runs(1, "replay", "order.json", *VALUES, "--timeout", "500", folder=folder)
+            self.assertIn("another window covers it and does not make way", out)
+            self.assertIn("11 steps: 0 ok, 0 healed, 1 failed, 10 not run", out)
+            cover.terminate()
+            cover.wait()
+            steps = {step["name"]: step for step in json.loads((folder / "order.json").read_text(encoding="utf-8"))["steps"]}
+            status = steps["Status"]
+            recording = json.loads((folder / "order.json").read_text(encoding="utf-8"))
+            status.update(text="Go", timeout=20000)
+            # The same field twice: its place of the first time is not the one of the second.
+            recording["steps"] = [steps["Name"], status, {**steps["Name"], "replace": True}, steps["Name again"]]
+            (folder / "moved.json").write_text(json.dumps(recording), encoding="utf-8")
+            with concurrent.futures.ThreadPoolExecutor() as pool:
+                replay = pool.submit(run_windows, KORVANE, "replay", "moved.json", *VALUES, folder=folder)
+                time.sleep(3)
+                screen = display.Display()
+                await_window(screen, "Order form").configure(x=500, y=220)
+                screen.close()
+                time.sleep(0.5)
+                subprocess.run(["wine", WINDOWS / "order_helper.exe", "set-text", "0",
+                                str(int(status["target"]["hwnd"], 16)), "Go"], check=True, stdin=subprocess.DEVNULL)
+                code, out = replay.result()
+            self.assertEqual(0, code, out)
+            self.assertIn("4 steps: 4 ok, 0 healed, 0 failed, 0 not run", out)
 
     def test_pointing(self):
         """Windows: steps are recorded by pointing and pressing keys in the terminal"""
