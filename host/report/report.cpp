@@ -9,6 +9,7 @@
 #include "host/engine/find_window.h"
 #include "host/engine/result_words.h"
 #include "host/recording/record_json.h"
+#include "host/report/fold_log.h"
 #include "host/report/template.h"
 
 namespace host {
@@ -97,7 +98,7 @@ Json ResultToJson(const Recording& recording, const StepResult& result, double r
   json["milliseconds"] = result.milliseconds;
   json["remark"] = result.remark;
   json["explanation"] = result.explanation;
-  json["lines"] = result.lines;
+  json["lines"] = FoldLog(result.lines);
   if (result.picture) {
     json["picture"] = PictureToJson(recording, result, pictures);
   }
