@@ -124,13 +124,6 @@ class Range final : public ControlClass {
   const UINT ask_;
 };
 
-class Pane final : public ControlClass {
- public:
-  CONTROLTYPEID Type(HWND) const override {
-    return kPaneType;
-  }
-};
-
 }  // namespace
 
 const ControlClass& ButtonClass() {
@@ -171,11 +164,6 @@ const ControlClass& ScrollBarClass() {
 const ControlClass& UpDownClass() {
   static const Range upDown(kSpinnerType, UDM_GETPOS32);
   return upDown;
-}
-
-const ControlClass& PaneClass() {
-  static const Pane pane;
-  return pane;
 }
 
 }  // namespace wine_automation

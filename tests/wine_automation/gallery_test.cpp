@@ -251,6 +251,8 @@ Window 'Gallery'
   ProgressBar '' #20 range=40
   Document '' #21 value='rich'
   Pane 'own' #22
+    Button 'Left' disabled
+    CheckBox 'Right' toggle=1
   List '' #31
     ListItem 'row 1' selected=0
     ListItem 'row 2' selected=-1

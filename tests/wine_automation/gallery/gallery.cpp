@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "accessible_parts.h"
+
 namespace {
 
 enum Command : WORD { kOpen = 101, kWrap = 102, kGrey = 103, kAbout = 104, kNew = 201, kBold = 202 };
@@ -166,6 +168,11 @@ void AddStatusBar(HWND window) {
   Send(bar, SB_SETTEXTW, 1, L"line 1");
 }
 
+LRESULT CALLBACK ServeOwn(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  return message == WM_GETOBJECT ? AnswerAccessible(window, wParam, lParam)
+                                 : DefWindowProcW(window, message, wParam, lParam);
+}
+
 LRESULT CALLBACK Serve(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_DESTROY) {
     PostQuitMessage(0);
@@ -183,9 +190,9 @@ LRESULT CALLBACK Serve(HWND window, UINT message, WPARAM wParam, LPARAM lParam) 
   return DefWindowProcW(window, message, wParam, lParam);
 }
 
-void Register(const wchar_t* name) {
+void Register(const wchar_t* name, WNDPROC procedure) {
   WNDCLASSW described{};
-  described.lpfnWndProc = Serve;
+  described.lpfnWndProc = procedure;
   described.lpszClassName = name;
   described.hInstance = GetModuleHandleW(nullptr);
   described.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
@@ -196,10 +203,11 @@ void Register(const wchar_t* name) {
 
 int main(int count, char** arguments) {
   const int rows = count > 1 ? std::atoi(arguments[1]) : 3;
+  CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   INITCOMMONCONTROLSEX controls = {sizeof controls, 0xFFFF};
   InitCommonControlsEx(&controls);
-  Register(L"Gallery");
-  Register(L"Own class");
+  Register(L"Gallery", Serve);
+  Register(L"Own class", ServeOwn);
   const HWND window = CreateWindowW(L"Gallery", L"Gallery", WS_OVERLAPPEDWINDOW, 40, 40, 820, 420, nullptr, Menus(),
                                     GetModuleHandleW(nullptr), nullptr);
   AddToolBar(window, rows);
