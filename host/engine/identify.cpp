@@ -90,6 +90,21 @@ Attempt ByAutomationId(Attempt attempt, const Sought& sought, const world::Eleme
   return Compared(std::move(attempt), sought, found.front());
 }
 
+TargetRecord LevelsFrom(const TargetRecord& record, std::size_t first) {
+  const std::size_t levels = LevelsOf(record);
+  TargetRecord rest = record;
+  rest.pathLength = static_cast<std::int32_t>(levels - first);
+  for (std::size_t i = 0; i < KORVANE_MAX_PATH_LEVELS; ++i) {
+    const bool used = i + first < levels;
+    rest.controlTypes[i] = used ? record.controlTypes[i + first] : 0;
+    rest.childIndices[i] = used ? record.childIndices[i + first] : 0;
+    for (std::size_t unit = 0; unit < KORVANE_CLASS_NAME_SIZE; ++unit) {
+      rest.classNames[i][unit] = used ? record.classNames[i + first][unit] : KorvaneChar{0};
+    }
+  }
+  return rest;
+}
+
 // Most windows have the class that UI Automation tells: then it need not be asked.
 bool BeginsWith(const TargetRecord& path, const world::Window& window) {
   return TextOf(path.classNames[0]) == Wide(window.className);
@@ -102,8 +117,7 @@ TargetRecord PathIn(const Sought& sought, const world::Element& root) {
 }
 
 // Goes the way that the library goes.
-Attempt ByTreePath(Attempt attempt, const Sought& sought, const world::Element& root) {
-  const TargetRecord path = PathIn(sought, root);
+Attempt AlongPath(Attempt attempt, const Sought& sought, const world::Element& root, const TargetRecord& path) {
   const bool skipsRoot =
       path.controlTypes[0] == kWindowType &&
       (BeginsWith(path, sought.window) || TextOf(path.classNames[0]) == world::Described(root).className);
@@ -123,6 +137,25 @@ Attempt ByTreePath(Attempt attempt, const Sought& sought, const world::Element& 
     element = siblings[position - 1];
   }
   return Compared(std::move(attempt), sought, std::move(element));
+}
+
+Attempt ByTreePath(Attempt attempt, const Sought& sought, const world::Element& root) {
+  TargetRecord path = PathIn(sought, root);
+  Attempt whole = AlongPath(attempt, sought, root, path);
+  whole.path = std::make_shared<const TargetRecord>(path);
+  if (whole.finding != Finding::NotFound) {
+    return whole;
+  }
+  // A dialog of a dialog: the class of the first level does not tell which of the two it is.
+  for (std::size_t level = LevelsOf(path); level-- > 1;) {
+    if (path.controlTypes[level] == kWindowType && TextOf(path.classNames[level]) == TextOf(path.classNames[0])) {
+      path = LevelsFrom(path, level);
+      Attempt rest = AlongPath(std::move(attempt), sought, root, path);
+      rest.path = std::make_shared<const TargetRecord>(path);
+      return rest.finding == Finding::Found ? rest : whole;
+    }
+  }
+  return whole;
 }
 
 Attempt ByScreenPoint(Attempt attempt, const Sought& sought) {
@@ -150,8 +183,9 @@ bool ProvesIdentity(const Attempt& attempt, const Sought& sought, const std::vec
   return attempt.by != Identification::ScreenPoint || uniqueId || !sought.label.empty();
 }
 
-TargetRecord RecordFor(const Sought& sought, Identification by, const world::Element& root) {
-  TargetRecord record = PathIn(sought, root);
+TargetRecord RecordFor(const Sought& sought, const Attempt& answer, const world::Element& root) {
+  TargetRecord record = answer.path ? *answer.path : PathIn(sought, root);
+  const Identification by = answer.by;
   record.identificationMethod = MethodOf(by);
   const world::Point point = PointNow(sought);
   record.x = by == Identification::ScreenPoint ? point.x : 0;
@@ -258,7 +292,7 @@ Identified Identify(const Sought& sought) {
   }
   identified.element = answer->element;
   identified.by = answer->by;
-  identified.record = RecordFor(sought, identified.by, *root);
+  identified.record = RecordFor(sought, *answer, *root);
   return identified;
 }
 
@@ -273,17 +307,7 @@ TargetRecord FittedTo(const TargetRecord& record, const world::Element& window) 
     }
     // The library passes over the window's own level only when that is a window.
     const std::size_t first = record.controlTypes[level] == kWindowType ? level : level + 1;
-    TargetRecord fitted = record;
-    fitted.pathLength = static_cast<std::int32_t>(levels - first);
-    for (std::size_t i = 0; i < KORVANE_MAX_PATH_LEVELS; ++i) {
-      const bool used = i + first < levels;
-      fitted.controlTypes[i] = used ? record.controlTypes[i + first] : 0;
-      fitted.childIndices[i] = used ? record.childIndices[i + first] : 0;
-      for (std::size_t unit = 0; unit < KORVANE_CLASS_NAME_SIZE; ++unit) {
-        fitted.classNames[i][unit] = used ? record.classNames[i + first][unit] : KorvaneChar{0};
-      }
-    }
-    return fitted;
+    return LevelsFrom(record, first);
   }
   return record;
 }

@@ -2,6 +2,7 @@
 // Only the very same element is found; what merely stands where it stood is another one.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,7 +35,8 @@ struct Attempt {
   Finding finding = Finding::NotRecorded;
   std::string why;  // of all but Found
   double milliseconds = 0;
-  std::optional<world::Element> element;  // of Found and Another
+  std::optional<world::Element> element;     // of Found and Another
+  std::shared_ptr<const TargetRecord> path;  // of Found by it: the levels that lead there from the window
 };
 std::string Describe(const Attempt& attempt);
 

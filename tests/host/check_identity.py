@@ -107,14 +107,17 @@ class Identity(unittest.TestCase):
                                    {"name": "OK", "action": "click", "at": [70, 84]}, window=DIALOG, desktop="dialog 0")
         self.assertEqual(["Confirm"], [window["title"] for window in recording["windows"]])
 
-        def from_owner(r):
+        def from_owner(r, owner="OrderForm"):
             for step in r["steps"]:
                 step["target"]["identificationMethod"] = "tree-path"
-                step["target"]["levels"].insert(0, {"controlType": 50032, "className": "OrderForm", "childIndex": 1})
+                step["target"]["levels"].insert(0, {"controlType": 50032, "className": owner, "childIndex": 1})
                 step["target"]["pathLength"] += 1
         self.changed(from_owner, json.dumps(recording))
         self.assertIn("  2 steps: 2 ok, 0 healed", self.agree(0, "dialog 0; form 300,300; dialog 0")[1])
         self.assertIn("  2 steps: 2 ok, ", self.says(0, *REPLAY, desktop="dialog 300"))
+        # A message box over a wizard: both have the class of every dialog.
+        self.changed(lambda r: from_owner(r, "OrderDialog"), json.dumps(recording))
+        self.assertIn("  2 steps: 2 ok, 0 healed", self.agree(0, "dialog 0")[1])
 
     def test_late_target(self):
         """identity: a target that comes later is waited for, as long as the time-out says"""
