@@ -218,6 +218,26 @@ class Report(unittest.TestCase):
         self.assertGreater(min(seen.values()), 0.99)
         self.assertGreater(min(contrast for name, contrast in seen.items() if name != "page"), 7)
 
+    def test_errors_of_the_log(self):
+        """report: the library's error lines stand out, and only they"""
+        written = self.pages["stopped"].read_text(encoding="utf-8")
+        page = self.pages["stopped"].with_name("errors.html")
+        page.write_text(written.replace("[CACHE] Cleared", "ERROR [CACHE] Cleared"), encoding="utf-8")
+        self.pages["errors"] = page
+        marked = self.open("errors").run("""
+          return [...document.querySelectorAll("pre > span")].map((line) => [line.textContent, line.className])""")
+        self.assertEqual([True], sorted({name == "error" for line, name in marked if " ERROR " in line}))
+        self.assertEqual([False], sorted({name == "error" for line, name in marked if " ERROR " not in line}))
+
+    def test_policy(self):
+        """report: the page may not turn a text into elements"""
+        refused = self.open("good").run("""
+          try { document.createElement("div").innerHTML = "<b>"; return "" } catch (error) { return error.name }""")
+        self.assertEqual("TypeError", refused)
+        (problem,), _ = self.browser.heard()
+        self.assertIn("TrustedHTML", problem)
+        self.open("good")
+
     def test_hostile(self):
         """report: names and texts are shown as they are, and do nothing"""
         page = self.open("hostile")

@@ -111,7 +111,7 @@
     log.setAttribute("aria-label", "Log of the step");
     for (const line of lines) {
       const [, when, rest] = /^(\[?[\d-]+ [\d:.]+\]?(?: -)? )?(.*)$/su.exec(line);
-      const row = make("span", / ERROR[ :]|FAILED/.test(rest) ? "error" : "");
+      const row = make("span", /(^| )ERROR[ :]|FAILED/.test(rest) ? "error" : "");
       if (when) row.append(make("span", "when", when));
       row.append(rest);
       log.append(row, "\n");
