@@ -229,6 +229,17 @@ class Report(unittest.TestCase):
         self.assertEqual([True], sorted({name == "error" for line, name in marked if " ERROR " in line}))
         self.assertEqual([False], sorted({name == "error" for line, name in marked if " ERROR " not in line}))
 
+    def test_link(self):
+        """report: an address that ends in #step-N leads to that step, first where it failed"""
+        page = self.open("rows")
+        page.driver.execute_async_script("""
+          const done = arguments[0];
+          addEventListener("hashchange", () => setTimeout(done));
+          location.hash = "#step-8";
+        """)
+        (chosen,) = [card for card in page.cards() if card["current"]]
+        self.assertEqual(("row 3", 8, True), (chosen["row"], chosen["number"], chosen["open"]))
+
     def test_policy(self):
         """report: the page may not turn a text into elements"""
         refused = self.open("good").run("""

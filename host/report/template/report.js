@@ -223,6 +223,13 @@
     choose(entry);
   }
 
+  // Of a step that ran for several rows, a link means the one that failed.
+  function followLink() {
+    const number = Number(/^#step-(\d+)$/.exec(location.hash)?.[1]);
+    const entry = [...failed, ...entries].find(({ step }) => step.number === number);
+    if (entry) reveal(entry);
+  }
+
   function move(by) {
     if (shown.length === 0) return;
     const at = shown.indexOf(current);
@@ -268,4 +275,6 @@
   drawTimeline();
   entries.forEach(drawCard);
   apply();
+  followLink();
+  window.addEventListener("hashchange", followLink);
 })();
