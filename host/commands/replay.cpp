@@ -12,6 +12,7 @@
 #include "host/commands/progress.h"
 #include "host/engine/readiness.h"
 #include "host/recording/recording_file.h"
+#include "host/recording/secrets.h"
 #include "host/report/junit.h"
 #include "host/report/report.h"
 #include "host/world/interruption.h"
@@ -20,7 +21,7 @@ namespace host {
 
 namespace {
 
-std::vector<DataRow> RowsOf(const ReplayCommandOptions& options) {
+std::vector<DataRow> RowsOf(const Recording& recording, const ReplayCommandOptions& options) {
   std::vector<DataRow> rows(1);
   if (!options.data.empty()) {
     const std::string bytes = ReadFile(options.data);
@@ -30,6 +31,7 @@ std::vector<DataRow> RowsOf(const ReplayCommandOptions& options) {
     for (const std::string& assignment : options.set) {
       SetVariable(row.values, assignment);
     }
+    TakeSecrets(recording, options.set, row.values);
   }
   return rows;
 }
@@ -112,7 +114,7 @@ void Tell(const Replayed& replayed, const ReplayCommandOptions& options) {
 
 ExitCode RunReplay(const ReplayCommandOptions& options) {
   const Recording recording = LoadRecording(options.file);
-  const std::vector<DataRow> rows = RowsOf(options);
+  const std::vector<DataRow> rows = RowsOf(recording, options);
   const std::size_t firstRow = FirstRow(rows, options);
   const auto from = static_cast<std::size_t>(options.from) - 1;
   if (from >= recording.steps.size()) {
@@ -126,11 +128,15 @@ ExitCode RunReplay(const ReplayCommandOptions& options) {
   Outputs outputs(options);
   // Until everything is written: whoever closes the console still gets the report of what was done.
   const world::InterruptionWatch watch;
-  LibraryLog log(options.log);
+  Secrets secrets;
+  for (const DataRow& row : rows) {
+    secrets.AddFrom(row.values);
+  }
+  LibraryLog log(options.log, secrets);
   for (const std::string& line : CheckReadiness(recording, options.file)) {
     std::cout << "  note: " << line << "\n";
   }
-  const RunOptions run{options.timeoutMs, options.dryRun, !options.report.empty(), options.strict};
+  const RunOptions run{options.timeoutMs, options.dryRun, !options.report.empty(), options.strict, secrets};
   const ReplayOptions replay{options.file, run, firstRow, from, options.keepGoing};
   const Replayed replayed = Replay(recording, rows, log, replay, ShowProgress(recording));
   // What is told does not depend on what can be written.

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <filesystem>
+#include <utility>
 
 #include "host/base/failure.h"
 #include "host/base/text.h"
@@ -42,12 +43,15 @@ std::vector<std::string> LogLines(const std::string& bytes) {
   return lines;
 }
 
-LibraryLog::LibraryLog(const std::string& file) : file_(file) {
-  if (file_.empty()) {
+LibraryLog::LibraryLog(const std::string& file, Secrets secrets) : secrets_(std::move(secrets)), file_(file) {
+  if (!file_.empty()) {
+    // Before anything is done, and so that a new one is for its owner alone.
+    kept_.emplace(file_);
+  }
+  if (file_.empty() || !secrets_.IsEmpty()) {
     file_ = temporary_.emplace(".log").Name();
   } else {
-    // Before anything is done, and so that a new one is for its owner alone.
-    const AppendedFile opened(file_);
+    kept_.reset();
   }
   std::error_code problem;
   const auto size = std::filesystem::file_size(PathOf(file_), problem);
@@ -77,12 +81,23 @@ LibraryLog::~LibraryLog() {
   clearElementCache();
   elements_.reset();
   cleanupAutomation();
+  if (kept_) {
+    try {
+      NewLines();
+    } catch (const Failure&) {
+      // The disk is full at the very end; what was done is told all the same.
+    }
+  }
 }
 
 std::vector<std::string> LibraryLog::NewLines() {
   const std::string bytes = ReadFileFrom(file_, read_);
   read_ += bytes.size();
-  return LogLines(bytes);
+  const std::string kept = secrets_.MaskedLog(bytes);
+  if (kept_) {
+    kept_->Write(kept);
+  }
+  return LogLines(kept);
 }
 
 }  // namespace host

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/base/file.h"
+#include "host/recording/secrets.h"
 #include "host/world/elements.h"
 
 namespace host {
@@ -18,7 +19,8 @@ std::vector<std::string> LogLines(const std::string& bytes);
 // temporary. One at a time.
 class LibraryLog {
  public:
-  explicit LibraryLog(const std::string& file);
+  // What is kept in the file, and read back, is free of the secrets.
+  explicit LibraryLog(const std::string& file, Secrets secrets = {});
   LibraryLog(const LibraryLog&) = delete;
   LibraryLog& operator=(const LibraryLog&) = delete;
   ~LibraryLog();
@@ -30,7 +32,9 @@ class LibraryLog {
   }
 
  private:
+  Secrets secrets_;
   std::optional<TemporaryFile> temporary_;
+  std::optional<AppendedFile> kept_;  // where lines go when the library must not write there itself
   std::string file_;
   std::uintmax_t read_ = 0;
   std::optional<world::ElementAccess> elements_;

@@ -148,10 +148,24 @@ StepResult StepRunner::Run(std::size_t index, Variables& variables) {
             static_cast<int>(result.milliseconds));
   result.lines = log_.NewLines();
   Judge(turn);
-  if (options_.pictures && result.window) {
+  if (options_.pictures && result.window && !tellingWindows_.contains(result.window->handle)) {
     Illustrate(result);
   }
+  Conceal(result);
   return result;
+}
+
+// What is kept of a step is free of secrets from here on; the lines of the log are already.
+void StepRunner::Conceal(StepResult& result) const {
+  const Secrets& secrets = options_.secrets;
+  for (std::string* const text : {&result.text, &result.remark, &result.healing}) {
+    *text = secrets.Masked(std::move(*text));
+  }
+  for (std::optional<std::string>* const text : {&result.expected, &result.received}) {
+    if (*text) {
+      *text = secrets.Masked(**text);
+    }
+  }
 }
 
 int StepRunner::Do(Turn& turn) {
@@ -300,6 +314,10 @@ int StepRunner::ClickSeen(Turn& turn) {
 }
 
 int StepRunner::Paste(Turn& turn) {
+  // The clipboard is for everybody to read, and some keep what was on it.
+  if (options_.secrets.AreIn(turn.result.text)) {
+    return Type(turn);
+  }
   StepResult& result = turn.result;
   const world::Element& field = *turn.aim.identified.element;
   const std::string expected = AsHeld(result.text);
@@ -369,6 +387,11 @@ int StepRunner::Paste(Turn& turn) {
 int StepRunner::Type(Turn& turn) {
   StepResult& result = turn.result;
   const world::Element& field = *turn.aim.identified.element;
+  const WideText text = Wide(result.text);
+  if (!std::all_of(text.begin(), text.end(), world::HasKeysFor)) {
+    result.remark = "the keyboard layout has no keys for a character of the text; nothing was typed";
+    return KORVANE_FAILED;
+  }
   if (const int code = Click(turn, 1); code != KORVANE_OK) {
     return code;
   }
@@ -381,7 +404,6 @@ int StepRunner::Type(Turn& turn) {
   }
   const auto before = HeldBy(field);
   constexpr std::size_t kAtOnce = 20;
-  const WideText text = Wide(result.text);
   for (std::size_t i = 0; i < text.size(); i += kAtOnce) {
     if (IsCancelled()) {
       return KORVANE_CANCELLED;
@@ -393,15 +415,20 @@ int StepRunner::Type(Turn& turn) {
       return code;
     }
   }
-  if (!before && !turn.step.replace) {
+  if (!before && (!turn.step.replace || options_.secrets.AreIn(result.text))) {
     result.remark = "what was typed cannot be read back: the target tells no text";
     return KORVANE_OK;
   }
   // A field may change what it is given; it must change in some way.
   const std::string expected = AsHeld(result.text);
+  const bool secret = options_.secrets.AreIn(result.text);
   const bool seen = Await(std::min(turn.timeoutMs, kSettleMs), [&] {
     const auto now = HeldBy(field);
-    return turn.step.replace ? now == expected : result.text.empty() || now != before;
+    if (secret && now && options_.secrets.AreIn(*now)) {
+      tellingWindows_.insert(turn.Window());
+    }
+    // A field for passwords tells other characters, or none.
+    return turn.step.replace && !secret ? now == expected : result.text.empty() || now != before;
   });
   result.expected = result.text;
   result.received = HeldBy(field);

@@ -8,6 +8,7 @@
 #include "host/engine/library_log.h"
 #include "host/engine/step_result.h"
 #include "host/recording/recording.h"
+#include "host/recording/secrets.h"
 #include "host/recording/variables.h"
 #include "host/world/world.h"
 
@@ -18,6 +19,7 @@ struct RunOptions {
   bool dryRun = false;    // resolve, but do not act
   bool pictures = false;  // take one after each step
   bool strict = false;    // a healed step is a failed one
+  Secrets secrets{};
 };
 
 class StepRunner {
@@ -61,12 +63,15 @@ class StepRunner {
   void KeepClearOfDoubleClick(world::Point point);
   void Judge(const Turn& turn) const;
   void Illustrate(StepResult& result);
+  void Conceal(StepResult& result) const;
 
   const Recording& recording_;
   LibraryLog& log_;
   RunOptions options_;
   std::optional<world::Point> lastClicked_;
   double lastClickAt_ = 0;
+  // Windows that show a secret in plain text: no picture is taken of them any more.
+  std::set<HWND> tellingWindows_;
 };
 
 // What Judge tells of a target that was found, also when nothing is done with it.

@@ -56,6 +56,20 @@ std::string Expand(const std::string& text, const Variables& variables, const st
   return expanded;
 }
 
+std::set<std::string> VariablesOf(const Recording& recording) {
+  std::set<std::string> names;
+  for (const Step& step : recording.steps) {
+    const std::string& text = step.text;
+    for (std::size_t begin = text.find("${"); TakesVariables(step.action) && begin != std::string::npos;
+         begin = text.find("${", begin + 1)) {
+      if (const auto end = text.find('}', begin); end != std::string::npos) {
+        names.insert(text.substr(begin + 2, end - begin - 2));
+      }
+    }
+  }
+  return names;
+}
+
 void CheckVariables(const Recording& recording, const std::string& file, std::size_t from, Variables variables) {
   for (std::size_t i = from; i < recording.steps.size(); ++i) {
     const Step& step = recording.steps[i];

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,8 @@ using Variables = std::map<std::string, std::string>;
 void SetVariable(Variables& variables, const std::string& assignment);
 // "$$" stands for a dollar sign. Failure: Usage, naming `where`, when a value is missing.
 std::string Expand(const std::string& text, const Variables& variables, const std::string& where);
+// The names of the variables in its texts.
+std::set<std::string> VariablesOf(const Recording& recording);
 // Fails as `Expand` does before anything is done, when a step would lack a value. Steps before `from` are not run.
 void CheckVariables(const Recording& recording, const std::string& file, std::size_t from, Variables variables);
 

@@ -86,6 +86,10 @@ bool SendKeys(const std::vector<int>& keys) {
   return Send(std::move(inputs));
 }
 
+bool HasKeysFor(KorvaneChar unit) {
+  return VkKeyScanW(unit) != -1;
+}
+
 std::optional<std::string> WhyNoInput() {
   const std::unique_ptr<HDESK__, DesktopCloser> desktop(OpenInputDesktop(0, FALSE, GENERIC_READ));
   WCHAR name[64] = {};

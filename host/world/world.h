@@ -34,6 +34,8 @@ struct Window {
 void Start();
 // The words behind the program's name, in UTF-8.
 std::vector<std::string> Arguments(int count, char** arguments);
+// In UTF-8; nothing when there is none of that name.
+std::optional<std::string> EnvironmentVariable(const std::string& name);
 // One paragraph for `--help`; empty where nothing is special.
 std::string HelpAboutThisWorld();
 
@@ -53,6 +55,9 @@ Point Cursor();
 bool Click(Point point, int times);
 // Keys by their virtual-key codes, held down in this order and let go in the other. False: the desktop took none.
 bool SendKeys(const std::vector<int>& keys);
+
+// Whether the keyboard layout has keys for the character; typing passes over all others.
+bool HasKeysFor(KorvaneChar unit);
 
 // Why input would go nowhere: the desktop is locked, or nobody sees it.
 std::optional<std::string> WhyNoInput();

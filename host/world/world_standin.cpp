@@ -66,6 +66,11 @@ std::vector<std::string> Arguments(int count, char** arguments) {
   return {arguments + 1, arguments + count};
 }
 
+std::optional<std::string> EnvironmentVariable(const std::string& name) {
+  const char* const value = std::getenv(name.c_str());
+  return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+}
+
 std::string HelpAboutThisWorld() {
   return "This is the build for the scripted desktop: every run begins with a fresh order form at 40,40. The "
          "environment\nvariable " +
@@ -128,6 +133,10 @@ bool SendKeys(const std::vector<int>& keys) {
     up.ki.dwFlags = KEYEVENTF_KEYUP;
   }
   return SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)) == inputs.size();
+}
+
+bool HasKeysFor(KorvaneChar unit) {
+  return VkKeyScanW(unit) != -1;
 }
 
 std::optional<std::string> WhyNoInput() {

@@ -157,6 +157,11 @@ std::vector<std::string> Arguments(int /*count*/, char** /*arguments*/) {
   return words;
 }
 
+std::optional<std::string> EnvironmentVariable(const std::string& name) {
+  const wchar_t* const value = _wgetenv(Wide(name).c_str());
+  return value == nullptr ? std::nullopt : std::optional(Utf8(value));
+}
+
 std::string HelpAboutThisWorld() {
   return {};
 }

@@ -268,6 +268,28 @@ class Commands(unittest.TestCase):
         self.says(0, *words, "--report", "/dev/null")
         self.assertTrue(Path("/dev/null").is_char_device())
 
+    def test_secrets(self):
+        """commands: a secret is typed, and stands in no output, report, log or file of results"""
+        secret = "Lowe7pass"
+        self.changed(lambda recording: [
+            recording["steps"][1].update(text="${SECRET_1}", replace=True),
+            recording["steps"][10].update(text="not ${SECRET_1}")])
+        words = ("replay", "order.json", "--set", "ARTICLE=Lamp", "--report", "r.html", "--log", "k.log", "--junit", "r.xml")
+        self.refuses(2, "--set SECRET_1: others can read a command line; give the value in the environment variable of that "
+                     "name, or in the data", *words, "--set", f"SECRET_1={secret}")
+        with unittest.mock.patch.dict(os.environ, SECRET_1=secret):
+            out = self.says(1, *words)
+        self.assertIn('shows "*****", not "not *****"', out)
+        self.assertNotIn(secret, out)
+        for name in ("r.html", "r.xml", "k.log"):
+            content = (self.folder / name).read_bytes()
+            for coded in (secret.encode("utf-8"), secret.encode("latin-1"), b"7pass"):
+                self.assertNotIn(coded, content, name)
+        self.assertIn(b"*****", (self.folder / "k.log").read_bytes())
+        # What the keyboard cannot type is not left out in silence.
+        with unittest.mock.patch.dict(os.environ, SECRET_1="Löwe"):
+            self.assertIn("the keyboard layout has no keys for a character of the text", self.says(1, *words))
+
     def test_junit(self):
         """commands: test services get a suite for each row and a case for each step, and annotations where they show them"""
         (self.folder / "rows.csv").write_text("NAME,ARTICLE,SEEN\nAda,Lamp,Ada\n<B&b>\x1b,Rope,Bob\n", encoding="utf-8")
