@@ -92,7 +92,9 @@ Json ResultToJson(const Recording& recording, const StepResult& result, double r
   json["state"] = WordOf(result.state);
   json["healing"] = result.healing;
   json["code"] = result.code;
-  json["words"] = result.windowGone ? "no window" : WordsOfCode(result.code);
+  json["words"] = result.windowGone                   ? "no window"
+                  : result.state == StepState::Healed ? WordOf(result.state)
+                                                      : WordsOfCode(result.code);
   json["text"] = result.step->action == Action::Read ? std::string() : result.text;
   json["start"] = result.start - runStart;
   json["milliseconds"] = result.milliseconds;
@@ -140,6 +142,7 @@ std::string WriteReport(const Recording& recording, const Replayed& replayed, co
                {"row", options.row == 0 ? std::string() : replayed.runs.front().name},
                {"from", options.from + 1},
                {"dryRun", options.run.dryRun},
+               {"milliseconds", replayed.milliseconds},
                {"rowsLeft", replayed.rowsLeft},
                {"windows", windows},
                {"runs", Json::array()}};

@@ -19,7 +19,7 @@ class Report(unittest.TestCase):
     def setUpClass(cls):
         cls.browser = Browser()
         cls.addClassCleanup(cls.browser.close)
-        pages = (replays.good, replays.stopped, replays.rows, replays.cancelled, replays.hostile)
+        pages = (replays.good, replays.healed, replays.stopped, replays.rows, replays.cancelled, replays.hostile)
         cls.pages = {make.__name__: make() for make in pages}
 
     def setUp(self):
@@ -71,6 +71,17 @@ class Report(unittest.TestCase):
         self.assertLess(len(data["pictures"]), len(pictures))
         drawn = base64.b64decode(data["pictures"][-1].split(",")[1]).decode()
         self.assertIn(">Submitted: Anna / <", drawn)
+
+    def test_healed(self):
+        """report: a healed step is told as one, with what healed it, and does not pass for good"""
+        page = self.open("healed")
+        self.assertEqual(("passed, 1 healed", "Healed: healed.json"), (page.text("#verdict"), page.driver.title))
+        self.assertEqual([(1, "ok"), (2, "healed"), (3, "ok")], [(card["number"], card["words"]) for card in page.cards()][:3])
+        page.driver.execute_async_script("""
+          addEventListener("hashchange", () => setTimeout(arguments[0]));
+          location.hash = "#step-2";
+        """)
+        self.assertIn("its AutomationId found the same element", page.text(".healing"))
 
     def test_failure(self):
         """report: a failure comes first and open, with why and where; what was not run is told"""

@@ -70,6 +70,17 @@ def stopped():
     return report("stopped", 1, "--set", "NAME=Anna", "--set", "EXPECTED=Anna", change=lose_street)
 
 
+def lose_path(recording):
+    """The path of the second step leads nowhere; its AutomationId finds it all the same."""
+    target = recording["steps"][1]["target"]
+    target.update(identificationMethod="tree-path")
+    target["levels"][-1]["childIndex"] = 9
+
+
+def healed():
+    return report("healed", 0, "--set", "NAME=Anna", "--set", "EXPECTED=Anna", change=lose_path)
+
+
 def rows():
     """The second waits in vain."""
     table = [["NAME", "EXPECTED"], ["Anna", "Anna"], ["Bob", "Robert"], ["Cleo", "Cleo"]]

@@ -25,6 +25,7 @@
   const entries = data.runs.flatMap((run) => run.steps.map((step) => ({ run, step, open: step.state === "failed" })));
   const ran = entries.filter((entry) => entry.step.state !== "not run");
   const failed = entries.filter((entry) => entry.step.state === "failed");
+  const healed = entries.filter((entry) => entry.step.state === "healed");
   let shown = [];
   let current = null;
   let needle = null;
@@ -33,18 +34,21 @@
   function drawHead() {
     const name = data.file.replace(/^.*[\\/]/, "");
     const cancelled = failed.some((entry) => entry.step.words === "cancelled");
-    const verdict = cancelled ? "cancelled" : failed.length ? plural(failed.length, "failure") : "all steps passed";
-    document.title = (cancelled ? "Cancelled: " : failed.length ? "Failed: " : "Passed: ") + name;
+    const verdict = cancelled ? "cancelled" : failed.length ? plural(failed.length, "failure")
+      : healed.length ? "passed, " + healed.length + " healed" : "all steps passed";
+    document.title = (cancelled ? "Cancelled: " : failed.length ? "Failed: " : healed.length ? "Healed: " : "Passed: ") + name;
     byId("title").textContent = name;
     byId("verdict").textContent = verdict;
     byId("verdict").classList.toggle("failed", failed.length > 0);
+    byId("verdict").classList.toggle("healed", failed.length === 0 && healed.length > 0);
     const bad = new Set(failed.map((entry) => entry.run)).size;
     byId("about").textContent = together([
-      plural(ran.length, "step") + " in " + duration(timeOf(ran)) + (data.dryRun ? " (dry run: nothing was done)" : ""),
+      plural(ran.length, "step") + " in " + duration(data.milliseconds) + (data.dryRun ? " (dry run: nothing was done)" : ""),
       data.row ? "begun with " + data.row : "",
       data.from > 1 ? "begun with step " + data.from : "",
       ran.length < entries.length ? entries.length - ran.length + " not run" : "",
       data.runs.length > 1 ? plural(data.runs.length, "run") + ", " + (bad ? bad + " failed" : "all passed") : "",
+      failed.length && healed.length ? healed.length + " healed" : "",
       data.rowsLeft ? plural(data.rowsLeft, "row") + " not begun" : "",
       data.windows.join(", "),
       data.time,
@@ -122,7 +126,8 @@
   function drawBody(step) {
     const body = make("div", "body");
     if (step.explanation) body.append(make("p", "explanation", step.explanation));
-    else if (step.remark) body.append(make("p", "remark", step.remark));
+    if (step.healing) body.append(make("p", "healing", "Healed: " + step.healing + ". Correct it with `korvane check --fix`."));
+    if (!step.explanation && step.remark) body.append(make("p", "remark", step.remark));
     const evidence = make("div", "evidence");
     if (step.picture) evidence.append(drawPicture(step));
     if (step.lines.length) evidence.append(drawLog(step.lines));
@@ -147,7 +152,7 @@
     entry.card = card;
     entry.head = head;
     entry.inHead = [step.title, run.name, step.text, step.words || "not run"].join("\n");
-    entry.inBody = [step.explanation, step.remark, ...(step.lines || [])].join("\n");
+    entry.inBody = [step.explanation, step.healing, step.remark, ...(step.lines || [])].join("\n");
   }
 
   const isFound = (entry) => !needle || [entry.inHead, entry.inBody].some((text) => text.search(needle) >= 0);
