@@ -30,17 +30,17 @@ Identification Choose(const BestIdentification& best, const world::Element& elem
 void Warn(BestIdentification& best, const world::Element& element) {
   const Attempt& id = best.attempts[0];
   if (id.finding == Finding::Ambiguous) {
-    best.warnings.push_back("its AutomationId is not unique: " + id.why);
+    best.warnings.emplace_back("its AutomationId is not unique: " + id.why);
   }
   if (best.by == Identification::AutomationId && LooksGenerated(element.automationId)) {
-    best.warnings.push_back("its AutomationId looks generated: it may be another one when the program starts again");
+    best.warnings.emplace_back("its AutomationId looks generated: it may be another one when the program starts again");
   }
   if (IsContainer(element.controlType)) {
-    best.warnings.push_back("the target is a whole " + NameOfType(element.controlType) +
-                            ", no part of it: what counts is the place in it");
+    best.warnings.emplace_back("the target is a whole " + NameOfType(element.controlType) +
+                               ", no part of it: what counts is the place in it");
   }
   if (best.by == Identification::ScreenPoint) {
-    best.warnings.push_back("only its point is left to find it by: the step fails when its place changes");
+    best.warnings.emplace_back("only its point is left to find it by: the step fails when its place changes");
   } else if (!Finds(best, best.by, element)) {
     best.warnings.push_back(std::string("its ") + NameOf(best.by) +
                             " does not lead back to it: " + best.attempts[static_cast<std::size_t>(best.by)].why);

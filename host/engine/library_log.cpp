@@ -43,7 +43,7 @@ std::vector<std::string> LogLines(const std::string& bytes) {
   return lines;
 }
 
-LibraryLog::LibraryLog(const std::string& file, Secrets secrets) : secrets_(std::move(secrets)), file_(file) {
+LibraryLog::LibraryLog(std::string file, Secrets secrets) : secrets_(std::move(secrets)), file_(std::move(file)) {
   if (!file_.empty()) {
     // Before anything is done, and so that a new one is for its owner alone.
     kept_.emplace(file_);
@@ -70,7 +70,7 @@ LibraryLog::LibraryLog(const std::string& file, Secrets secrets) : secrets_(std:
     cleanupAutomation();
     throw Failure(ExitCode::NotHere, "UI Automation does not start: " + why);
   }
-  if (elements_.emplace(); !elements_->IsGranted()) {
+  if (elements_.emplace(); !world::ElementAccess::IsGranted()) {
     elements_.reset();
     cleanupAutomation();
     throw Failure(ExitCode::NotHere, "UI Automation does not start: its object cannot be made");

@@ -20,7 +20,7 @@ std::vector<std::string> LogLines(const std::string& bytes);
 class LibraryLog {
  public:
   // What is kept in the file, and read back, is free of the secrets.
-  explicit LibraryLog(const std::string& file, Secrets secrets = {});
+  explicit LibraryLog(std::string file, Secrets secrets = {});
   LibraryLog(const LibraryLog&) = delete;
   LibraryLog& operator=(const LibraryLog&) = delete;
   ~LibraryLog();

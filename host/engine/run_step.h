@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "host/engine/aim.h"
 #include "host/engine/library_log.h"
@@ -25,7 +26,7 @@ struct RunOptions {
 class StepRunner {
  public:
   StepRunner(const Recording& recording, LibraryLog& log, RunOptions options)
-      : recording_(recording), log_(log), options_(options) {}
+      : recording_(recording), log_(log), options_(std::move(options)) {}
 
   // Values that steps read are added to the variables.
   StepResult Run(std::size_t index, Variables& variables);
@@ -51,7 +52,7 @@ class StepRunner {
   bool AimAt(Turn& turn) const;
   int Act(Turn& turn);
   int Click(Turn& turn, int times);
-  int ClickSeen(Turn& turn);
+  static int ClickSeen(Turn& turn);
   int Paste(Turn& turn);
   int Type(Turn& turn);
   int SendShortcut(Turn& turn);

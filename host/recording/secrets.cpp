@@ -1,5 +1,6 @@
 #include "host/recording/secrets.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -53,12 +54,8 @@ void Secrets::AddFrom(const Variables& variables) {
 }
 
 bool Secrets::AreIn(std::string_view text) const {
-  for (const std::string& value : values_) {
-    if (text.find(value) != std::string_view::npos) {
-      return true;
-    }
-  }
-  return false;
+  return std::any_of(values_.begin(), values_.end(),
+                     [text](const std::string& value) { return text.find(value) != std::string_view::npos; });
 }
 
 std::string Secrets::Masked(std::string text) const {

@@ -76,7 +76,7 @@ ConditionPtr ConditionOf(int controlType, const WideText& className) {
     g_automation->CreateTrueCondition(condition.Receive());
     return condition;
   }
-  const ConditionPtr ofType = PropertyIs(UIA_ControlTypePropertyId, Variant(LONG{controlType}));
+  ConditionPtr ofType = PropertyIs(UIA_ControlTypePropertyId, Variant(LONG{controlType}));
   if (className.empty()) {
     return ofType;
   }
@@ -126,7 +126,7 @@ ElementAccess::~ElementAccess() {
   g_automation = {};
 }
 
-bool ElementAccess::IsGranted() const {
+bool ElementAccess::IsGranted() {
   return static_cast<bool>(g_automation);
 }
 

@@ -21,7 +21,7 @@ class ElementAccess {
   ~ElementAccess();
 
   // False: UI Automation is not there; then nothing may be asked.
-  bool IsGranted() const;
+  static bool IsGranted();
 };
 
 struct Element {
