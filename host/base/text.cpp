@@ -192,6 +192,13 @@ std::string Lower(std::string text) {
   return text;
 }
 
+std::string Replaced(std::string text, std::string_view what, std::string_view by) {
+  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
+    text.replace(at, what.size(), by);
+  }
+  return text;
+}
+
 std::string Trimmed(std::string_view text) {
   const auto first = text.find_first_not_of(" \t\r\n");
   const auto last = text.find_last_not_of(" \t\r\n");

@@ -31,6 +31,8 @@ inline constexpr std::size_t kNameColumns = 60;
 
 bool EqualsIgnoringCase(std::string_view left, std::string_view right);  // of ASCII letters
 std::string Lower(std::string text);                                     // of ASCII letters
+// Every `what`, which is not empty, by `by`.
+std::string Replaced(std::string text, std::string_view what, std::string_view by);
 std::string Trimmed(std::string_view text);
 std::string Milliseconds(double milliseconds);  // "12.3 ms"
 std::string Base64(std::string_view bytes);

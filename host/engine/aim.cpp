@@ -17,18 +17,8 @@ std::string PlaceText(world::Point point) {
 }
 
 // Whether `above` is the element or one that it lies in.
-bool IsOrHolds(const world::Element& above, world::Element element) {
-  for (int level = 0; level <= kMostLevels; ++level) {
-    if (world::Same(above, element)) {
-      return true;
-    }
-    auto parent = world::Parent(element);
-    if (!parent) {
-      return false;
-    }
-    element = std::move(*parent);
-  }
-  return false;
+bool IsOrHolds(const world::Element& above, const world::Element& element) {
+  return world::HoldsUpwards(element, [&](const world::Element& level) { return world::Same(above, level); });
 }
 
 // Whether every element that the target lies in reaches to the point, up to `last`: what scrolled out of a list or a

@@ -322,19 +322,9 @@ world::Point PointNow(const Sought& sought) {
           static_cast<int>(std::int64_t{sought.record.y} - then.top + now.top)};
 }
 
-bool LiesIn(world::Element element, HWND window) {
-  constexpr int kMostLevels = KORVANE_MAX_PATH_LEVELS;
-  for (int level = 0; window != nullptr && level <= kMostLevels; ++level) {
-    if (world::WindowOf(element) == window) {
-      return true;
-    }
-    auto parent = world::Parent(element);
-    if (!parent) {
-      return false;
-    }
-    element = std::move(*parent);
-  }
-  return false;
+bool LiesIn(const world::Element& element, HWND window) {
+  return window != nullptr &&
+         world::HoldsUpwards(element, [&](const world::Element& level) { return world::WindowOf(level) == window; });
 }
 
 bool LooksGenerated(const WideText& automationId) {

@@ -73,7 +73,7 @@ TargetRecord FittedTo(const TargetRecord& record, const world::Element& window);
 world::Point PointNow(const Sought& sought);
 // Whether the element, or one that it lies in, is that window. A list that a combo box drops is a window that nothing
 // owns, but lies in the combo box all the same.
-bool LiesIn(world::Element element, HWND window);
+bool LiesIn(const world::Element& element, HWND window);
 // Numbers that a program gives anew at each start: long ones, and UUIDs.
 bool LooksGenerated(const WideText& automationId);
 // Windows, lists, panes and whatever else is made of parts: pointing at one means a place in it.

@@ -15,13 +15,6 @@ namespace {
 constexpr std::string_view kPrefix = "SECRET_";
 constexpr std::string_view kMark = "*****";
 
-std::string Replaced(std::string text, const std::string& what, std::string_view by) {
-  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
-    text.replace(at, what.size(), by);
-  }
-  return text;
-}
-
 // A text as the library's log has it.
 std::string AsLogged(WideView text) {
   std::string bytes;

@@ -10,13 +10,6 @@ namespace host {
 
 namespace {
 
-std::string Replaced(std::string text, std::string_view what, std::string_view by) {
-  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
-    text.replace(at, what.size(), by);
-  }
-  return text;
-}
-
 // XML has no characters for most controls, so that they are shown as on the terminal. Line breaks stay.
 std::string Xml(const std::string& text) {
   std::string shown;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/base/text.h"
@@ -45,6 +46,22 @@ std::optional<Element> Parent(const Element& element);
 std::vector<Element> Children(const Element& parent, int controlType, const WideText& className);
 // All below `root` that have it.
 std::vector<Element> WithAutomationId(const Element& root, const WideText& automationId);
+
+// Whether something holds of the element or of one that it lies in, as far up as a path can reach.
+template <class Condition>
+bool HoldsUpwards(Element element, Condition holds) {
+  for (int level = 0; level <= KORVANE_MAX_PATH_LEVELS; ++level) {
+    if (holds(element)) {
+      return true;
+    }
+    auto parent = Parent(element);
+    if (!parent) {
+      return false;
+    }
+    element = std::move(*parent);
+  }
+  return false;
+}
 
 bool Same(const Element& left, const Element& right);
 std::optional<Rect> RectOf(const Element& element);
