@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cwctype>
 #include <optional>
-#include <utility>
 
 #include "automation/target_window.h"
 #include "clipboard/clipboard.h"
@@ -41,17 +40,24 @@ class ComparedUnits {
   WCHAR common_[256];
 };
 
-// Lower-cased, and without what applications change on their own: blanks, line ends, typographic signs. In place: a
-// copy of a large text costs more than this does.
-void Normalize(WideText& text) {
+// Lower-cased, and without what applications change on their own: blanks, line ends, typographic signs. By way of a
+// piece that the processor keeps near, so that a text of millions of units is read once and written once.
+WideText Normalize(WideView text) {
   const ComparedUnits compared;
-  WCHAR* end = text.data();
-  for (const WCHAR unit : text) {
-    const WCHAR kept = compared(unit);
-    *end = kept;
-    end += kept != 0 ? 1 : 0;
+  WideText normalized;
+  normalized.reserve(text.size());
+  WCHAR piece[2048];
+  while (!text.empty()) {
+    const WideView read = text.substr(0, std::size(piece));
+    WCHAR* end = piece;
+    for (const WCHAR unit : read) {
+      *end = compared(unit);
+      end += *end != 0 ? 1 : 0;
+    }
+    normalized.append(piece, end);
+    text.remove_prefix(read.size());
   }
-  text.resize(static_cast<std::size_t>(end - text.data()));
+  return normalized;
 }
 
 // Where two texts part; none when they are the same.
@@ -67,10 +73,8 @@ std::optional<std::size_t> FirstDifference(WideView a, WideView b) {
 
 // What is compared of a text, and what the log shows of it.
 struct ComparedText {
-  explicit ComparedText(WideText text)
-      : length(text.size()), beginning(text.substr(0, kShown)), normalized(std::move(text)) {
-    Normalize(normalized);
-  }
+  explicit ComparedText(WideView text)
+      : length(text.size()), beginning(text.substr(0, kShown)), normalized(Normalize(text)) {}
   static constexpr std::size_t kShown = 100;
   std::size_t length;
   WideText beginning;
@@ -127,14 +131,14 @@ bool ClearClipboard() {
   return true;
 }
 
-std::optional<WideText> ReadCopiedText() {
+std::optional<ComparedText> ReadCopiedText() {
   const ClipboardText clipboard(OpenClipboardOnce());
   const std::optional<WideView> text = clipboard.View();
-  return text ? std::optional(WideText(*text)) : std::nullopt;
+  return text ? std::optional<ComparedText>(*text) : std::nullopt;
 }
 
 // The focused field's whole text, by way of the clipboard.
-std::optional<WideText> CopyFocusedField() {
+std::optional<ComparedText> CopyFocusedField() {
   // What applications need to select and to copy.
   constexpr DWORD kSelectMilliseconds = 50;
   constexpr DWORD kCopyMilliseconds = 100;
@@ -157,15 +161,14 @@ Outcome CompareFocusedField(const WCHAR* expectedText, HWND window) {
   if (ChooseWindow(window) == nullptr) {
     return KORVANE_INVALID_ARGUMENT;
   }
-  std::optional<WideText> copied = CopyFocusedField();
-  if (!copied) {
+  const std::optional<ComparedText> clipboard = CopyFocusedField();
+  if (!clipboard) {
     return KORVANE_FAILED;
   }
-  const ComparedText clipboard(*std::move(copied));
-  const ComparedText expected((WideText(ViewOf(expectedText))));
+  const ComparedText expected(ViewOf(expectedText));
   const bool matches =
-      Contains(clipboard.normalized, expected.normalized) || Contains(expected.normalized, clipboard.normalized);
-  LogComparison(clipboard, expected, matches);
+      Contains(clipboard->normalized, expected.normalized) || Contains(expected.normalized, clipboard->normalized);
+  LogComparison(*clipboard, expected, matches);
   return matches ? KORVANE_OK : KORVANE_NOT_FOUND;
 }
 

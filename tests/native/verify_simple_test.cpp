@@ -66,6 +66,25 @@ TEST_F(VerifySimpleTest, WhichUnitsCount) {
   }
 }
 
+// A long text is worked on in pieces: nothing is lost, repeated or joined where one begins.
+TEST_F(VerifySimpleTest, LongTexts) {
+  standin::Text shown;
+  standin::Text normalized;
+  while (shown.size() < 20'000) {
+    const auto letter = static_cast<char16_t>(u'a' + shown.size() % 23);
+    shown += shown.size() % 5 == 0 ? standin::Text(u" \r\n") + letter : standin::Text(1, letter);
+    normalized += letter;
+  }
+  EXPECT_EQ(Verify(shown, normalized.c_str()), 0);
+  EXPECT_NE(Block().find("identical!"), std::string::npos);
+  for (const std::size_t at : {1'000U, 4'000U, 7'900U}) {
+    standin::Text other = normalized;
+    other[at] = u'z';
+    EXPECT_EQ(Verify(shown, other.c_str()), -1);
+    EXPECT_NE(Block().find("First difference at position: " + std::to_string(at) + "\r\n"), std::string::npos);
+  }
+}
+
 TEST_F(VerifySimpleTest, BlocksByteForByte) {
   const std::string x150(150, 'x');
   const std::string x100 = x150.substr(0, 100);
