@@ -7,6 +7,7 @@
 
 #include "host/engine/aim.h"
 #include "host/engine/library_log.h"
+#include "host/engine/step_actions.h"
 #include "host/engine/step_result.h"
 #include "host/recording/recording.h"
 #include "host/recording/secrets.h"
@@ -26,42 +27,16 @@ struct RunOptions {
 class StepRunner {
  public:
   StepRunner(const Recording& recording, LibraryLog& log, RunOptions options)
-      : recording_(recording), log_(log), options_(std::move(options)) {}
+      : recording_(recording), log_(log), options_(std::move(options)), actions_(options_.secrets) {}
+  StepRunner(const StepRunner&) = delete;
+  StepRunner& operator=(const StepRunner&) = delete;
 
   // Values that steps read are added to the variables.
   StepResult Run(std::size_t index, Variables& variables);
 
  private:
-  // The step at hand.
-  struct Turn {
-    const Step& step;
-    int timeoutMs;
-    StepResult& result;
-    Variables& variables;
-    Aim aim;
-
-    HWND Window() const {
-      return result.window->handle;
-    }
-    const TargetRecord& Target() const {
-      return aim.identified.record;
-    }
-  };
-
   int Do(Turn& turn);
   bool AimAt(Turn& turn) const;
-  int Act(Turn& turn);
-  int Click(Turn& turn, int times);
-  static int ClickSeen(Turn& turn);
-  int Paste(Turn& turn);
-  int Type(Turn& turn);
-  int SendShortcut(Turn& turn);
-  static int ReadyForKeys(Turn& turn);
-  static int Press(Turn& turn, const char* keys);
-  static int Wait(Turn& turn);
-  static int Check(Turn& turn);
-  static int Read(Turn& turn);
-  void KeepClearOfDoubleClick(world::Point point);
   void Judge(const Turn& turn) const;
   void Illustrate(StepResult& result);
   void Conceal(StepResult& result) const;
@@ -69,10 +44,7 @@ class StepRunner {
   const Recording& recording_;
   LibraryLog& log_;
   RunOptions options_;
-  std::optional<world::Point> lastClicked_;
-  double lastClickAt_ = 0;
-  // Windows that show a secret in plain text: no picture is taken of them any more.
-  std::set<HWND> tellingWindows_;
+  StepActions actions_;
 };
 
 // What Judge tells of a target that was found, also when nothing is done with it.
