@@ -1,6 +1,7 @@
 #include "host/engine/explain.h"
 
 #include "host/base/text.h"
+#include "host/engine/log_line.h"
 #include "host/engine/result_words.h"
 #include "host/world/interruption.h"
 
@@ -8,19 +9,13 @@ namespace host {
 
 namespace {
 
-// What the library reported last: "… ERROR FUNCTION Code:N Details:REASON".
+// What the library reported last.
 std::string Verdict(const StepResult& result) {
   std::string verdict;
-  for (const std::string& line : result.lines) {
-    const auto error = line.find(" ERROR ");
-    if (error == std::string::npos || line.find(" Code:", error) == std::string::npos) {
-      continue;
+  for (const LogLine& line : ReadLog(result.lines)) {
+    if (line.kind == LogLine::Kind::Error) {
+      verdict = line.details.empty() ? std::string(line.text) + " failed" : std::string(line.details);
     }
-    constexpr std::string_view kDetails = " Details:";
-    const auto details = line.find(kDetails, error);
-    const std::string what = line.substr(error + 7);
-    verdict = details == std::string::npos ? what.substr(0, what.find(' ')) + " failed"
-                                           : line.substr(details + kDetails.size());
   }
   return verdict;
 }
