@@ -82,6 +82,9 @@ void AddReplay(CLI::App& program, ReplayCommandOptions& options, ExitCode& code)
       ->check(CLI::PositiveNumber);
   command->add_option("--timeout", options.timeoutMs, "Milliseconds to wait for windows and texts (3000)")
       ->check(CLI::Range(1, kLongestTimeoutMs));
+  command
+      ->add_option("--retries", options.retries, "Try a failed step again so often, unless it may be done in part (0)")
+      ->check(CLI::Range(0, 100));
   command->add_option("--log", options.log, "Keep the library's log in this file");
   command->add_option("--proposals", options.proposals, "Write the recording here, with what heals its steps");
   command->add_flag("--strict", options.strict, "A healed step is a failed one");

@@ -44,6 +44,7 @@ struct ReplayCommandOptions {
   int row = 0;  // as the file counts; 0: the first of the data
   int from = 1;
   int timeoutMs = 3000;
+  int retries = 0;
   bool dryRun = false;
   bool keepGoing = false;
   bool strict = false;

@@ -70,9 +70,15 @@ Progress ShowProgress(const Recording& recording) {
                 << Shortened(Title(recording.steps[index]), kTitleWidth) << std::flush;
     }
   };
+  progress.stepIsTriedAgain = [all, erase](const StepResult& result) {
+    erase();
+    std::cout << LineOf(result, all) << "        " << (result.remark.empty() ? "" : result.remark + "; ")
+              << "trying again\n"
+              << std::flush;
+  };
   progress.stepEnds = [all, terminal, erase](const StepResult& result) {
     // On a terminal the bar is enough for what went well.
-    if (!terminal || result.state != StepState::Ok) {
+    if (!terminal || result.state != StepState::Ok || !result.earlier.empty()) {
       erase();
       std::cout << LineOf(result, all) << std::flush;
     } else if (result.index + 1 == all) {

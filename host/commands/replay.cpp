@@ -137,7 +137,7 @@ ExitCode RunReplay(const ReplayCommandOptions& options) {
     std::cout << "  note: " << line << "\n";
   }
   const RunOptions run{options.timeoutMs, options.dryRun, !options.report.empty(), options.strict, secrets};
-  const ReplayOptions replay{options.file, run, firstRow, from, options.keepGoing};
+  const ReplayOptions replay{options.file, run, firstRow, from, options.retries, options.keepGoing};
   const Replayed replayed = Replay(recording, rows, log, replay, ShowProgress(recording));
   // What is told does not depend on what can be written.
   Tell(replayed, options);

@@ -1,5 +1,8 @@
 #include "host/engine/replay.h"
 
+#include <utility>
+
+#include "host/engine/await.h"
 #include "host/engine/explain.h"
 
 namespace host {
@@ -30,6 +33,31 @@ ExitCode CodeOf(const StepResult& result) {
                                             : ExitCode::StepFailed;
 }
 
+// Whether another try cannot do twice what was meant once: nothing was sent to the window, as when the target was not
+// there, or the step leaves the same however often it is done. All else may have happened in part: a click that answers
+// a failure may have been a click.
+bool MayBeTriedAgain(const StepResult& result) {
+  return result.state == StepState::Failed && result.code != KORVANE_CANCELLED &&
+         (!result.touched || result.step->replace);
+}
+
+StepResult RunStep(StepRunner& runner, std::size_t index, Variables& variables, const ReplayOptions& options,
+                   const Progress& progress) {
+  // What a program needs to get over a bad moment.
+  constexpr int kPauseMs = 500;
+  StepResult result = runner.Run(index, variables);
+  for (int left = options.retries; left > 0 && MayBeTriedAgain(result); --left) {
+    result.explanation = Explain(result, options.file);
+    progress.stepIsTriedAgain(result);
+    Await(kPauseMs, [] { return false; });
+    std::vector<StepResult> earlier = std::move(result.earlier);
+    earlier.push_back(std::move(result));
+    result = runner.Run(index, variables);
+    result.earlier = std::move(earlier);
+  }
+  return result;
+}
+
 }  // namespace
 
 Replayed Replay(const Recording& recording, const std::vector<DataRow>& rows, LibraryLog& log,
@@ -50,7 +78,7 @@ Replayed Replay(const Recording& recording, const std::vector<DataRow>& rows, Li
     progress.runBegins(run);
     for (std::size_t i = run.from; i < recording.steps.size(); ++i) {
       progress.stepBegins(i);
-      run.steps.push_back(runner.Run(i, variables));
+      run.steps.push_back(RunStep(runner, i, variables, options, progress));
       StepResult& result = run.steps.back();
       const ExitCode code = CodeOf(result);
       const bool ends = code == ExitCode::Cancelled || (code != ExitCode::Ok && !options.keepGoing);
@@ -82,6 +110,7 @@ Totals Sum(const Replayed& replayed) {
       totals.ok += result.state == StepState::Ok ? 1 : 0;
       totals.healed += result.state == StepState::Healed ? 1 : 0;
       totals.failed += result.state == StepState::Failed ? 1 : 0;
+      totals.retried += result.state != StepState::Failed && !result.earlier.empty() ? 1 : 0;
     }
   }
   totals.steps += replayed.rowsLeft * replayed.stepsOfRow;
@@ -92,7 +121,8 @@ Totals Sum(const Replayed& replayed) {
 std::string Describe(const Totals& totals) {
   return std::to_string(totals.steps) + " steps: " + std::to_string(totals.ok) + " ok, " +
          std::to_string(totals.healed) + " healed, " + std::to_string(totals.failed) + " failed, " +
-         std::to_string(totals.notRun) + " not run";
+         std::to_string(totals.notRun) + " not run" +
+         (totals.retried > 0 ? "; " + std::to_string(totals.retried) + " not on the first try" : "");
 }
 
 Recording Corrected(const Recording& recording, const Replayed& replayed) {

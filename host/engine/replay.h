@@ -15,6 +15,7 @@ struct ReplayOptions {
   RunOptions run;
   std::size_t row = 0;     // index of the first row
   std::size_t from = 0;    // index of its first step
+  int retries = 0;         // how often a step that failed may be tried again
   bool keepGoing = false;  // after a failure: with the next row, or with the next step when there is one row
 };
 
@@ -42,6 +43,7 @@ struct Totals {
   std::size_t healed = 0;
   std::size_t failed = 0;
   std::size_t notRun = 0;
+  std::size_t retried = 0;  // of the ok and healed ones: not on the first try
 };
 Totals Sum(const Replayed& replayed);
 // "11 steps: 9 ok, 1 healed, 1 failed, 0 not run"
@@ -53,6 +55,7 @@ Recording Corrected(const Recording& recording, const Replayed& replayed);
 struct Progress {
   std::function<void(const Run&)> runBegins;
   std::function<void(std::size_t index)> stepBegins;
+  std::function<void(const StepResult&)> stepIsTriedAgain;  // what the try before came to
   std::function<void(const StepResult&)> stepEnds;
 };
 

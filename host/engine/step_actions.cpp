@@ -97,6 +97,7 @@ void StepActions::KeepClearOfDoubleClick(world::Point point) {
 
 int StepActions::Click(Turn& turn, int times) {
   KeepClearOfDoubleClick(*turn.aim.point);
+  turn.result.touched = true;
   if (times == 1 && !turn.aim.exact) {
     if (const int code = clickTarget(&turn.Target(), turn.Window()); code != KORVANE_OK) {
       return code;
@@ -164,6 +165,7 @@ int StepActions::Paste(Turn& turn) {
     }
   } else {
     KeepClearOfDoubleClick(*turn.aim.point);
+    result.touched = true;
     code = pasteToTargetWithVerifyEx(&turn.Target(), turn.Window(), turn.timeoutMs);
     if (code == KORVANE_OK) {
       code = ClickSeen(turn);
@@ -280,6 +282,7 @@ int StepActions::Press(Turn& turn, const char* keys) {
   if (const int code = ReadyForKeys(turn); code != KORVANE_OK) {
     return code;
   }
+  turn.result.touched = true;
   return world::SendKeys(*FindShortcut(keys)) ? KORVANE_OK : KORVANE_FAILED;
 }
 

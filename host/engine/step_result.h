@@ -26,6 +26,7 @@ struct StepResult {
   StepState state = StepState::NotRun;
   int code = 0;             // of the library, or what it would answer
   bool windowGone = false;  // the step's window was not there, or went away
+  bool touched = false;     // input was sent, or may have been
   std::string text;         // with the variables' values
 
   // How the target was looked for, the last time; empty for a step without one.
@@ -49,6 +50,8 @@ struct StepResult {
   std::optional<world::Rect> mark;      // the target on the screen
   std::optional<world::Point> clicked;  // where the click went
   std::optional<world::Picture> picture;
+
+  std::vector<StepResult> earlier;  // tries that failed before this one
 };
 
 }  // namespace host

@@ -42,6 +42,18 @@ std::string CaseName(std::size_t index, const Step& step) {
   return std::to_string(index + 1) + " " + Title(step);
 }
 
+// What failed before, by the names that test services know for it.
+std::string EarlierTries(const StepResult& result) {
+  const std::string element =
+      std::string(result.state == StepState::Failed ? "rerun" : "flaky") + (IsError(result) ? "Error" : "Failure");
+  std::string tries;
+  for (const StepResult& earlier : result.earlier) {
+    tries += "<" + element + Attribute("message", earlier.remark) + Attribute("type", "try") + "><system-out>" +
+             Xml(earlier.explanation) + "</system-out></" + element + ">";
+  }
+  return tries;
+}
+
 std::string Outcome(const StepResult& result) {
   if (result.state == StepState::Failed) {
     const std::string element = IsError(result) ? "error" : "failure";
@@ -79,7 +91,7 @@ std::string Suite(const Recording& recording, const Run& run, const std::string&
   };
   for (const StepResult& result : run.steps) {
     begin(result.index, result.milliseconds);
-    cases += Outcome(result) + "</testcase>\n";
+    cases += Outcome(result) + EarlierTries(result) + "</testcase>\n";
     const bool failed = result.state == StepState::Failed;
     counts.errors += failed && IsError(result) ? 1 : 0;
     counts.failures += failed && !IsError(result) ? 1 : 0;
@@ -121,11 +133,15 @@ std::string WriteAnnotations(const Replayed& replayed, const ReplayOptions& opti
   for (const Run& run : replayed.runs) {
     for (const StepResult& result : run.steps) {
       const bool failed = result.state == StepState::Failed;
-      if (!failed && result.state != StepState::Healed) {
+      const bool healed = result.state == StepState::Healed;
+      if (!failed && !healed && result.earlier.empty()) {
         continue;
       }
-      const std::string text = (run.name.empty() ? "" : run.name + ": ") + NameOf(result.index, *result.step) + ": " +
-                               (failed ? result.explanation : "healed: " + result.healing);
+      const std::string what = failed   ? result.explanation
+                               : healed ? "healed: " + result.healing
+                                        : "not on the first try: " + result.earlier.front().explanation;
+      const std::string text =
+          (run.name.empty() ? "" : run.name + ": ") + NameOf(result.index, *result.step) + ": " + what;
       // Between the properties and the text, ':' and ',' would end them.
       std::string file = Instruction(options.file);
       file = Replaced(Replaced(std::move(file), ":", "%3A"), ",", "%2C");

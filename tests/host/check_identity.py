@@ -3,6 +3,7 @@
 import json
 import re
 import unittest
+from xml.etree import ElementTree
 
 from program import SCRIPT, VALUES, korvane, recorded, scratch
 
@@ -124,6 +125,25 @@ class Identity(unittest.TestCase):
         self.record({"name": "Next", "action": "click", "at": [60, 403]}, desktop="late 0")
         self.assertRegex(self.says(0, *REPLAY, desktop="late 300"), r"1/1 +click Next +ok +3\d\d\.\d ms")
         self.assertIn("nothing in the window has it", self.says(1, *REPLAY, desktop="late 900"))
+
+    def test_retries(self):
+        """identity: a step is tried again when nothing was touched, every try is told, and nothing is done twice"""
+        self.record({"name": "Next", "action": "click", "at": [60, 403]}, desktop="late 0")
+        words = (*REPLAY, "--retries", 2, "--junit", "r.xml")
+        out = self.says(0, *words, desktop="late 1500")
+        self.assertEqual(2, out.count("trying again"), out)
+        self.assertIn("1 ok, 0 healed, 0 failed, 0 not run; 1 not on the first try", out)
+        case = ElementTree.parse(self.folder / "r.xml").getroot()[0][0]
+        self.assertEqual(2, len(case.findall("flakyFailure")))
+        self.assertIn("nothing in the window has it", case.find("flakyFailure/system-out").text)
+        self.says(1, *words, desktop="late 9000")
+        case = ElementTree.parse(self.folder / "r.xml").getroot()[0][0]
+        self.assertEqual((1, 2), (len(case.findall("failure")), len(case.findall("rerunFailure"))))
+        # A button takes the click, and shows no text: what else the click did nobody knows.
+        self.record({"name": "Submit", "action": "paste", "text": "x", "at": [63, 370]})
+        self.assertNotIn("trying again", self.says(1, *words))
+        self.record({"name": "Confirmation", "action": "check", "text": "x", "at": [63, 370]})
+        self.assertEqual(2, self.says(1, *words).count("trying again"))
 
     def test_out_of_reach(self):
         """identity: nothing is clicked where the target cannot be seen"""
