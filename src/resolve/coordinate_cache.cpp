@@ -25,8 +25,8 @@ using PointMap = std::unordered_map<std::string, POINT, TextHash, std::equal_to<
 
 Mutex g_cacheMutex;
 PointMap g_elementCoordinateCache;
-std::atomic<std::int32_t> g_cacheHits{0};
-std::atomic<std::int32_t> g_cacheMisses{0};
+std::atomic<std::int32_t> g_cacheHits{};
+std::atomic<std::int32_t> g_cacheMisses{};
 
 // Stands for an AutomationId whose UTF-8 form is too long for the conversion's buffer: its digits tell such ids apart,
 // and the first byte, which UTF-8 never has, keeps them from being mistaken for an id.

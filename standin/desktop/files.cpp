@@ -97,12 +97,13 @@ BOOL CreateDirectoryW(const WCHAR* path, void* /*security*/) {
 }
 
 // Answers only calls that open a file for appending and make it when it does not exist.
-HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD /*share*/, void* /*security*/, DWORD disposition,
+HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, void* /*security*/, DWORD disposition,
                    DWORD /*attributes*/, HANDLE /*templateFile*/) {
   STANDIN_CALL(CreateFileW);
   if (call.Fails() || access != FILE_APPEND_DATA || disposition != OPEN_ALWAYS) {
     return INVALID_HANDLE_VALUE;
   }
+  call->Note("CreateFileW", "share=", share);
   const int file = open(MachinePath(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
   return file < 0 ? INVALID_HANDLE_VALUE : call->MakeHandle({.kind = KernelObject::Kind::File, .file = file});
 }

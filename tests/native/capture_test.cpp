@@ -1,4 +1,9 @@
 // Capturing: the element and the window at a point, every byte of the record, and the two traces.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+
 #include "automation/automation_context.h"
 #include "capture/element_at_point.h"
 #include "tests/native/fixture.h"
@@ -330,6 +335,22 @@ TEST_F(CaptureTest, AtTheCursorChoosesThePathAndTracesToTheConsole) {
                        "Captured HWND: 0x" +
                        ConsoleHandle(edit_) + "\n=== CAPTURE END ===\n");
   EXPECT_THAT(Starting(Log(), "[captureTargetAtCursor]"), IsEmpty());
+}
+
+// Whoever reads it through a pipe sees it before the capture is over.
+TEST_F(CaptureTest, AtTheCursorTheTraceIsWrittenAtOnce) {
+  const auto file = Folder() / "trace.txt";
+  std::fflush(stdout);
+  const int kept = dup(STDOUT_FILENO);
+  const int trace = open(file.c_str(), O_WRONLY | O_CREAT, 0600);
+  dup2(trace, STDOUT_FILENO);
+  EXPECT_EQ(captureTargetAtCursor(nullptr), KORVANE_NOT_FOUND);
+  const auto written = std::filesystem::file_size(file);
+  std::fflush(stdout);
+  dup2(kept, STDOUT_FILENO);
+  close(kept);
+  close(trace);
+  EXPECT_GT(written, 0U);
 }
 
 TEST_F(CaptureTest, AtTheCursorWithoutPathWindowOrSecondReading) {

@@ -208,6 +208,12 @@ TEST_F(LogTest, APathThatCannotBeOpenedClosesTheLogAndMakesNoFolder) {
   EXPECT_EQ(Log(), (Lines{"ERROR tag Code:-2"}));
 }
 
+TEST_F(LogTest, OthersMayReadAndWriteTheFile) {
+  TheDesktop().Calls().ClearTrace();
+  OpenLog();
+  EXPECT_EQ(TheDesktop().Calls().Trace().back().detail, "share=" + std::to_string(FILE_SHARE_READ | FILE_SHARE_WRITE));
+}
+
 TEST_F(LogTest, TheDefaultFileLiesInAFolderOfTheUser) {
   const auto file = Folder() / "Tavrin" / "automation_execution.log";
   TheDesktop().Host().SetLocalAppData(Folder().string());
