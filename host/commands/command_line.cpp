@@ -31,6 +31,7 @@ struct Options {
   RecordOptions record;
   CheckOptions check;
   ReplayCommandOptions replay;
+  bool windowInJson = false;
   std::string log;
 };
 
@@ -62,6 +63,7 @@ void AddCheck(CLI::App& program, CheckOptions& options, ExitCode& code) {
   CLI::Option* const fix =
       command->add_flag("--fix", options.fix, "Write what heals the steps into a copy, FILE.fixed.json");
   command->add_flag("--force", options.force, "With --fix: into the recording itself")->needs(fix);
+  command->add_flag("--json", options.json, "Answer in JSON on the standard output");
   command->callback([&] { code = Check(options); });
 }
 
@@ -90,13 +92,14 @@ void AddReplay(CLI::App& program, ReplayCommandOptions& options, ExitCode& code)
   command->add_flag("--strict", options.strict, "A healed step is a failed one");
   command->add_flag("--dry-run", options.dryRun, "Find the targets, but do nothing");
   command->add_flag("--keep-going", options.keepGoing, "After a failure go on with the next step, or the next row");
+  command->add_flag("--json", options.json, "Answer in JSON on the standard output, tell the rest on the other one");
   command->callback([&] { code = RunReplay(options); });
 }
 
-void AddWindow(CLI::App& program, ExitCode& code) {
-  program.add_subcommand("window", "Pick a window with a click and show how it is named")->callback([&] {
-    code = PickWindow();
-  });
+void AddWindow(CLI::App& program, bool& json, ExitCode& code) {
+  CLI::App* const command = program.add_subcommand("window", "Pick a window with a click and show how it is named");
+  command->add_flag("--json", json, "As JSON");
+  command->callback([&] { code = PickWindow(json); });
 }
 
 void AddLog(CLI::App& program, std::string& file, ExitCode& code) {
@@ -182,7 +185,7 @@ int RunCommandLine(std::vector<std::string> words) {
   AddRecord(program, options.record, code);
   AddCheck(program, options.check, code);
   AddReplay(program, options.replay, code);
-  AddWindow(program, code);
+  AddWindow(program, options.windowInJson, code);
   AddLog(program, options.log, code);
   CheckWords(program, words);
   const std::string first = words[0];

@@ -29,6 +29,7 @@ struct CheckOptions {
   bool strict = false;
   bool fix = false;
   bool force = false;  // correct the recording itself
+  bool json = false;
 };
 ExitCode Check(const CheckOptions& options);
 
@@ -48,10 +49,11 @@ struct ReplayCommandOptions {
   bool dryRun = false;
   bool keepGoing = false;
   bool strict = false;
+  bool json = false;
 };
 ExitCode RunReplay(const ReplayCommandOptions& options);
 
-ExitCode PickWindow();
+ExitCode PickWindow(bool json);
 ExitCode ShowLog(const std::string& file);
 
 }  // namespace host

@@ -46,9 +46,8 @@ std::string RowLine(const Run& run, std::size_t firstRow, double milliseconds) {
 
 }  // namespace
 
-Progress ShowProgress(const Recording& recording) {
+Progress ShowProgress(const Recording& recording, bool terminal) {
   const std::size_t all = recording.steps.size();
-  const bool terminal = world::OutputIsTerminal();
   // The line of the bar, taken away for what stays.
   const auto erase = [terminal] {
     if (terminal) {

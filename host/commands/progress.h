@@ -5,6 +5,7 @@
 
 namespace host {
 
-Progress ShowProgress(const Recording& recording);
+// `terminal`: whether a line can be written over.
+Progress ShowProgress(const Recording& recording, bool terminal);
 
 }  // namespace host

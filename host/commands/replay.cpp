@@ -9,12 +9,14 @@
 #include "host/base/file.h"
 #include "host/base/text.h"
 #include "host/commands/commands.h"
+#include "host/commands/json_answer.h"
 #include "host/commands/progress.h"
 #include "host/engine/readiness.h"
 #include "host/recording/recording_file.h"
 #include "host/recording/secrets.h"
 #include "host/report/junit.h"
 #include "host/report/report.h"
+#include "host/report/result_json.h"
 #include "host/world/interruption.h"
 
 namespace host {
@@ -110,9 +112,8 @@ void Tell(const Replayed& replayed, const ReplayCommandOptions& options) {
   }
 }
 
-}  // namespace
-
-ExitCode RunReplay(const ReplayCommandOptions& options) {
+ExitCode ReplayAndTell(const ReplayCommandOptions& options, Json& answer) {
+  answer["file"] = options.file;
   const Recording recording = LoadRecording(options.file);
   const std::vector<DataRow> rows = RowsOf(recording, options);
   const std::size_t firstRow = FirstRow(rows, options);
@@ -138,7 +139,9 @@ ExitCode RunReplay(const ReplayCommandOptions& options) {
   }
   const RunOptions run{options.timeoutMs, options.dryRun, !options.report.empty(), options.strict, secrets};
   const ReplayOptions replay{options.file, run, firstRow, from, options.retries, options.keepGoing};
-  const Replayed replayed = Replay(recording, rows, log, replay, ShowProgress(recording));
+  const Replayed replayed =
+      Replay(recording, rows, log, replay, ShowProgress(recording, world::OutputIsTerminal() && !options.json));
+  answer.update(ReplayToJson(recording, rows, replayed));
   // What is told does not depend on what can be written.
   Tell(replayed, options);
   if (outputs.report) {
@@ -157,6 +160,12 @@ ExitCode RunReplay(const ReplayCommandOptions& options) {
     std::cout << "  proposals: " << options.proposals << "\n";
   }
   return replayed.code;
+}
+
+}  // namespace
+
+ExitCode RunReplay(const ReplayCommandOptions& options) {
+  return AnswerInJson(options.json, "replay", [&](Json& answer) { return ReplayAndTell(options, answer); });
 }
 
 }  // namespace host

@@ -2,12 +2,15 @@
 
 #include "host/base/table.h"
 #include "host/commands/commands.h"
+#include "host/commands/json_answer.h"
 #include "host/engine/library_log.h"
 #include "host/world/world.h"
 
 namespace host {
 
-ExitCode PickWindow() {
+namespace {
+
+ExitCode PickAndTell(Json& answer) {
   if (const auto why = world::WhyNobodyCanClick()) {
     throw Failure(ExitCode::NotHere, *why);
   }
@@ -25,7 +28,17 @@ ExitCode PickWindow() {
   table.Add({"rect", std::to_string(rect.left) + "," + std::to_string(rect.top) + " to " + std::to_string(rect.right) +
                          "," + std::to_string(rect.bottom)});
   std::cout << table.Text();
+  answer["window"] = {{"title", window->title},
+                      {"class", window->className},
+                      {"process", window->process},
+                      {"rect", {rect.left, rect.top, rect.right, rect.bottom}}};
   return ExitCode::Ok;
+}
+
+}  // namespace
+
+ExitCode PickWindow(bool json) {
+  return AnswerInJson(json, "window", PickAndTell);
 }
 
 }  // namespace host

@@ -231,9 +231,13 @@ int MethodOf(Identification identification) {
   return kMethods[static_cast<int>(identification)];
 }
 
-std::string Describe(const Attempt& attempt) {
+const char* WordOf(Finding finding) {
   constexpr const char* kWords[] = {"not recorded", "not found", "another element", "not unique", "found"};
-  const std::string word = kWords[static_cast<int>(attempt.finding)];
+  return kWords[static_cast<int>(finding)];
+}
+
+std::string Describe(const Attempt& attempt) {
+  const std::string word = WordOf(attempt.finding);
   return attempt.finding == Finding::NotRecorded ? word : word + ", " + Milliseconds(attempt.milliseconds);
 }
 

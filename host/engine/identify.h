@@ -30,6 +30,9 @@ enum class Finding {
   Found,
 };
 
+// "not recorded", "not found", "another element", "not unique", "found"
+const char* WordOf(Finding finding);
+
 struct Attempt {
   Identification by = Identification::AutomationId;
   Finding finding = Finding::NotRecorded;

@@ -281,6 +281,8 @@ class Commands(unittest.TestCase):
             out = self.says(1, *words)
         self.assertIn('shows "*****", not "not *****"', out)
         self.assertNotIn(secret, out)
+        with unittest.mock.patch.dict(os.environ, SECRET_1=secret):
+            self.assertNotIn(secret, self.says(1, *words, "--json"))
         for name in ("r.html", "r.xml", "k.log"):
             content = (self.folder / name).read_bytes()
             for coded in (secret.encode("utf-8"), secret.encode("latin-1"), b"7pass"):
@@ -289,6 +291,41 @@ class Commands(unittest.TestCase):
         # What the keyboard cannot type is not left out in silence.
         with unittest.mock.patch.dict(os.environ, SECRET_1="Löwe"):
             self.assertIn("the keyboard layout has no keys for a character of the text", self.says(1, *words))
+
+    def answer(self, expected, *words, **options):
+        """The JSON that is all of the standard output, and what was told beside it."""
+        code, out, err = korvane(*words, "--json", folder=self.folder, **options)
+        self.assertEqual(expected, code, out + err)
+        answer = json.loads(out)
+        self.assertEqual((1, words[0], code), (answer["korvane"], answer["command"], answer["exitCode"]))
+        self.assertTrue(out.isascii())
+        return answer, err
+
+    def test_json(self):
+        """commands: programs get one JSON document, and all that is for people is told beside it"""
+        (self.folder / "rows.csv").write_text("NAME,ARTICLE\nAda \x9b,Lamp\nBob,Rope\n", encoding="utf-8")
+        answer, err = self.answer(0, "replay", "order.json", "--data", "rows.csv")
+        self.assertEqual({"steps": 22, "ok": 22, "healed": 0, "failed": 0, "notRun": 0, "notOnTheFirstTry": 0},
+                         answer["totals"])
+        self.assertEqual([2, 3], [row["row"] for row in answer["rows"]])
+        self.assertIn("22 steps: 22 ok", err)
+        first = answer["rows"][0]["steps"][1]
+        self.assertEqual((2, "Name", "paste", "ok", 0, "Ada \x9b"),
+                         tuple(first[key] for key in ("number", "name", "action", "state", "code", "received")))
+        self.changed(lambda recording: recording["steps"][2]["target"].update(automationId="999", pathLength=0, levels=[]))
+        answer, err = self.answer(1, "replay", "order.json", *VALUES, "--timeout", 100, "--retries", 1)
+        steps = answer["rows"][0]["steps"]
+        self.assertEqual((None, 11, ["ok", "ok", "failed"] + ["not run"] * 8),
+                         (answer["rows"][0]["row"], len(steps), [step["state"] for step in steps]))
+        self.assertIn(steps[2]["explanation"], err)
+        self.assertEqual((1, "failed", False), (len(steps[2]["earlier"]), steps[2]["earlier"][0]["state"], steps[2]["inputSent"]))
+        answer, _ = self.answer(1, "check", "order.json")
+        self.assertEqual(("failed", [("tree path", "not recorded"), ("AutomationId", "not found")]),
+                         (answer["steps"][2]["state"],
+                          [(each["by"], each["finding"]) for each in answer["steps"][2]["identifications"][:2]]))
+        self.assertIn("there is no window", self.answer(4, "check", "order.json", "--timeout", 1, desktop="no-form")[0]["error"])
+        self.assertIn("no.json", self.answer(3, "replay", "no.json")[0]["error"])
+        self.assertEqual("OrderForm", self.answer(0, "window", desktop="click 300 100,100")[0]["window"]["class"])
 
     def test_junit(self):
         """commands: test services get a suite for each row and a case for each step, and annotations where they show them"""
