@@ -35,6 +35,7 @@ std::vector<DataRow> RowsOf(const Recording& recording, const ReplayCommandOptio
     }
     TakeSecrets(recording, options.set, row.values);
   }
+  AskForSecrets(recording, rows);
   return rows;
 }
 

@@ -6,6 +6,7 @@
 
 #include "host/base/failure.h"
 #include "host/base/text.h"
+#include "host/world/secret_line.h"
 #include "host/world/world.h"
 
 namespace host {
@@ -89,6 +90,25 @@ void TakeSecrets(const Recording& recording, const std::vector<std::string>& set
     if (IsSecretName(name) && !variables.contains(name)) {
       if (const auto value = world::EnvironmentVariable(name)) {
         variables[name] = *value;
+      }
+    }
+  }
+}
+
+void AskForSecrets(const Recording& recording, std::vector<DataRow>& rows) {
+  std::set<std::string> read;
+  for (const Step& step : recording.steps) {
+    read.insert(step.action == Action::Read ? step.text : "");
+  }
+  for (const std::string& name : VariablesOf(recording)) {
+    const auto lacks = [&](const DataRow& row) { return !row.values.contains(name); };
+    if (!IsSecretName(name) || read.contains(name) || std::none_of(rows.begin(), rows.end(), lacks)) {
+      continue;
+    }
+    const auto typed = world::AskForSecret(name + " (is not shown): ");
+    for (DataRow& row : rows) {
+      if (typed && lacks(row)) {
+        row.values[name] = *typed;
       }
     }
   }

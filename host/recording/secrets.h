@@ -40,4 +40,8 @@ class Secrets {
 // Failure: Usage, when `set` names a secret: other users of the machine can read command lines.
 void TakeSecrets(const Recording& recording, const std::vector<std::string>& set, Variables& variables);
 
+// Gives those that have no value in some row what somebody types into the terminal, asked for once each; none where
+// nobody can be asked. Failure: Cancelled
+void AskForSecrets(const Recording& recording, std::vector<DataRow>& rows);
+
 }  // namespace host

@@ -1,9 +1,13 @@
 """How the program behaves at a terminal, in a script and in Explorer."""
 
+import fcntl
+import json
 import os
 import pty
 import re
+import select
 import subprocess
+import termios
 import unittest
 import xml.etree.ElementTree as ElementTree
 
@@ -71,6 +75,34 @@ class Manners(unittest.TestCase):
         for plain in (self.at_terminal("dumb", *words), korvane(*words, folder=self.folder)[1]):
             self.assertNotRegex(plain, r"\x1b|\r[^\n]|█")
             self.assertEqual(11, len(re.findall(r"^  \d+/11 +.* ok ", plain, re.M)), plain)
+
+    def test_secret_is_asked_for(self):
+        """manners: a secret without a value is asked for where there is a terminal, unseen, and not again for each row"""
+        recording = json.loads(recorded())
+        recording["steps"][1].update(text="${SECRET_1}", replace=True)
+        (self.folder / "secret.json").write_text(json.dumps(recording), encoding="utf-8")
+        (self.folder / "rows.csv").write_text("ARTICLE,NAME\nLamp,Ada\nRope,Ada\n", encoding="utf-8")
+        words = ("replay", "secret.json", "--data", "rows.csv", "--dry-run")
+        code, _, err = korvane(*words, folder=self.folder)
+        self.assertEqual((2, True), (code, "SECRET_1" in err), err)
+        for typed, expected in ("Lowe7pass\n", 0), ("Lowe\x03", 5), ("\x04", 5):
+            ours, theirs = pty.openpty()
+            process = subprocess.Popen([NATIVE, *words], cwd=self.folder, stdin=theirs, stdout=theirs, stderr=theirs,
+                                       start_new_session=True, preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0),
+                                       env={**os.environ, "KORVANE_DESKTOP": "", "TERM": "dumb"})
+            sent = b""
+            while b"(is not shown): " not in sent:
+                sent += os.read(ours, 4096)
+            os.write(ours, typed.encode())
+            while select.select([ours], [], [], 0)[0] or process.poll() is None:
+                if select.select([ours], [], [], 0.05)[0]:
+                    sent += os.read(ours, 4096)
+            self.assertEqual(expected, process.returncode, sent)
+            self.assertTrue(termios.tcgetattr(theirs)[3] & termios.ECHO)
+            os.close(ours)
+            os.close(theirs)
+            self.assertNotIn(b"Lowe", sent)
+            self.assertEqual(1, sent.count(b"(is not shown)"))
 
     def test_manifest(self):
         """manners: korvane.exe tells Windows of physical pixels, long paths and UTF-8, and Explorer its version"""

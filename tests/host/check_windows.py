@@ -44,7 +44,7 @@ class Terminal:
         if self.child == 0:
             os.chdir(folder)
             os.execvp(command[0], command)
-        self.seen = ""
+        self.seen = self.before = ""
 
     def read_until(self, words, seconds=60):
         end = time.monotonic() + seconds
@@ -54,7 +54,7 @@ class Terminal:
                 raise AssertionError(f"no {words!r} in {self.seen!r}")
             data = os.read(self.handle, 4096).decode("utf-8", "replace")
             self.seen += re.sub(r"\x1b\[[?\d;]*[A-Za-z]", "", data)
-        self.seen = self.seen[self.seen.index(words) + len(words):]
+        self.before, _, self.seen = self.seen.partition(words)
 
     def press(self, keys):
         os.write(self.handle, keys.encode())
@@ -130,6 +130,27 @@ class Windows(unittest.TestCase):
                 code, out = replay.result()
             self.assertEqual(0, code, out)
             self.assertIn("4 steps: 4 ok, 0 healed, 0 failed, 0 not run", out)
+
+    def test_terminal(self):
+        """Windows: a secret is asked for unseen; Ctrl+C ends a replay, whose report is written"""
+        folder = scratch("terminal")
+        with form("40,40"):
+            self.runs(0, "record", "order.json", "--script", "Z:" + str(SCRIPT), folder=folder)
+            recording = json.loads((folder / "order.json").read_text(encoding="utf-8"))
+            steps = {step["name"]: step for step in recording["steps"]}
+            steps["Status"].update(text="never", timeout=60000)
+            recording["steps"] = [{**steps["Name"], "text": "${SECRET_1}", "replace": True}, steps["Status"]]
+            (folder / "secret.json").write_text(json.dumps(recording), encoding="utf-8")
+            user = Terminal("wine", KORVANE, "replay", "secret.json", "--report", "r.html", folder=folder)
+            user.read_until("shown):")
+            # Until the console under Wine reads keys, the terminal itself echoes them.
+            time.sleep(1)
+            user.press("Lowe7pass\r")
+            user.read_until("Status")
+            self.assertNotIn("Lowe", user.before)
+            user.press("\x03")
+            self.assertEqual(5, user.wait())
+        self.assertIn("The program was told to end", (folder / "r.html").read_text(encoding="utf-8"))
 
     def test_pointing(self):
         """Windows: steps are recorded by pointing and pressing keys in the terminal"""
