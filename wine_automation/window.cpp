@@ -17,10 +17,12 @@ constexpr Part kTitleBar = 0x10000;
 
 struct TitleButton {
   LONG_PTR hit;
+  int state;  // its place in TITLEBARINFO
   const WCHAR* name;
 };
 
-constexpr TitleButton kTitleButtons[] = {{HTMINBUTTON, L"Minimize"}, {HTMAXBUTTON, L"Maximize"}, {HTCLOSE, L"Close"}};
+constexpr TitleButton kTitleButtons[] = {
+    {HTMINBUTTON, 2, L"Minimize"}, {HTMAXBUTTON, 3, L"Maximize"}, {HTCLOSE, 5, L"Close"}};
 
 const TitleButton& ButtonOf(Part part) {
   return kTitleButtons[part - kTitleBar - 1];
@@ -44,10 +46,22 @@ LONG_PTR HitAt(HWND window, LONG x, LONG y) {
   return Ask(window, WM_NCHITTEST, 0, MAKELPARAM(x, y)).value_or(HTNOWHERE);
 }
 
-std::optional<RECT> TitleBarRect(HWND window) {
+std::optional<TITLEBARINFO> TitleBarOf(HWND window) {
   TITLEBARINFO info{};
   info.cbSize = sizeof info;
-  return GetTitleBarInfo(window, &info) ? std::optional(info.rcTitleBar) : std::nullopt;
+  return GetTitleBarInfo(window, &info) ? std::optional(info) : std::nullopt;
+}
+
+std::optional<RECT> TitleBarRect(HWND window) {
+  const auto bar = TitleBarOf(window);
+  return bar ? std::optional(bar->rcTitleBar) : std::nullopt;
+}
+
+// Said by the system, without a look for its place: each search of a window passes here.
+bool HasButton(HWND window, const TitleButton& button) {
+  const auto bar = TitleBarOf(window);
+  const bool isToolWindow = (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOOLWINDOW) != 0;
+  return bar && (bar->rgstate[button.state] & STATE_SYSTEM_INVISIBLE) == 0 && (!isToolWindow || button.hit == HTCLOSE);
 }
 
 // Where the window itself takes a click for one on the button.
@@ -129,7 +143,7 @@ class Window final : public ControlClass {
   bool HasPart(HWND control, Part part) const override {
     if (part >= kTitleBar) {
       return HasTitleBar(control) && (part == kTitleBar || (part <= kTitleBar + std::size(kTitleButtons) &&
-                                                            ButtonRect(control, ButtonOf(part).hit)));
+                                                            HasButton(control, ButtonOf(part))));
     }
     const HMENU menu = GetMenu(control);
     return menu != nullptr && part <= kMenuBar + MenuItemCount(menu);
@@ -153,7 +167,7 @@ class Window final : public ControlClass {
       }
     } else if (parent == kTitleBar) {
       for (Part part = kTitleBar + 1; part <= kTitleBar + std::size(kTitleButtons); ++part) {
-        if (ButtonRect(control, ButtonOf(part).hit)) {
+        if (HasButton(control, ButtonOf(part))) {
           parts.push_back(part);
         }
       }
