@@ -1,5 +1,5 @@
 #!/bin/bash
-# Feeds the library records, texts and sequences of calls that nobody would think of.
+# Feeds the library records, texts and sequences of calls, and the companion program files, that nobody would think of.
 #
 #   scripts/fuzz.sh [SECONDS]        # each fuzzer runs this long; 600 by default
 #
@@ -8,7 +8,7 @@
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 source scripts/setup.sh
 
-SUBJECTS=(records texts calls)
+SUBJECTS=(records texts calls files)
 export ASAN_OPTIONS="malloc_context_size=8" UBSAN_OPTIONS="print_stacktrace=1"
 
 # Runs one fuzzer and prints what it did; the output is kept.
@@ -21,7 +21,7 @@ fuzz() { # subject seconds
   awk -v subject="$1" '
     match($0, /cov: [0-9]+/) { edges = substr($0, RSTART + 5, RLENGTH - 5) }
     /number_of_executed_units/ { inputs = $2 }
-    END { printf "  %-8s %9d inputs, %d edges of the library reached\n", subject, inputs, edges }' "$output"
+    END { printf "  %-8s %9d inputs, %d edges reached\n", subject, inputs, edges }' "$output"
   if [ $status -ne 0 ]; then
     grep -E "broken promise|answered|ERROR|SUMMARY|runtime error|Test unit written" "$output"
     echo "  $1: failed; all of it: $output"
