@@ -10,7 +10,8 @@ endforeach()
 
 install(TARGETS korvane RUNTIME DESTINATION bin ARCHIVE DESTINATION lib COMPONENT library)
 install(FILES $<TARGET_FILE:korvane>.debug ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/korvane.pdb DESTINATION bin COMPONENT library)
-install(FILES include/korvane/korvane.h bindings/cpp/korvane/korvane.hpp ${PROJECT_BINARY_DIR}/packaging/version.h
+install(FILES include/korvane/korvane.h bindings/cpp/korvane/korvane.hpp bindings/cpp/korvane/recording.hpp
+              ${PROJECT_BINARY_DIR}/packaging/version.h
         DESTINATION include/korvane COMPONENT library)
 install(FILES packaging/korvaneConfig.cmake ${PROJECT_BINARY_DIR}/packaging/korvaneConfigVersion.cmake
         DESTINATION lib/cmake/korvane COMPONENT library)

@@ -9,7 +9,8 @@ import sys
 import textwrap
 
 from bindings import capital, underscored
-from interface import ROOT, functions
+from interface import functions
+from written import write_or_check
 
 WIDTH = 120
 CONSTANT = re.compile(r"KORVANE_(METHOD_|KEY_)?([A-Z_]+)")
@@ -288,14 +289,7 @@ WRITTEN = {"bindings/node/functions.d.ts": typescript, "bindings/python/korvane/
 
 
 def main():
-    problems = []
-    for name, write in WRITTEN.items():
-        file, text = ROOT / name, write()
-        if sys.argv[1:] != ["--check"]:
-            file.parent.mkdir(parents=True, exist_ok=True)
-            file.write_text(text, encoding="utf-8")
-        elif not file.exists() or file.read_text(encoding="utf-8") != text:
-            problems.append(f"{name} is not up to date: scripts/make_bindings.py writes it")
+    problems = write_or_check("make_bindings.py", {name: write() for name, write in WRITTEN.items()})
     print("\n".join(problems) if problems else f"{len(WRITTEN)} files from korvane.h")
     return 1 if problems else 0
 

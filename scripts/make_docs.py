@@ -9,6 +9,7 @@ import sys
 
 from bindings import BINDINGS, covered
 from interface import DECLARATION, HEADER, ROOT, SECTION, plain
+from written import write_or_check
 
 CODES = {"0": "OK", "-1": "NOT_FOUND", "-2": "INVALID_ARGUMENT", "-3": "FAILED", "-4": "CANCELLED"}
 NUMBERS = {name: number for number, name in CODES.items()}
@@ -48,7 +49,7 @@ OBJECTS = [
      "session.target_of_step(file, step)",
      "session.targetOfStep(file, step)",
      "session.TargetOfStep(file, step)",
-     ""),
+     "TargetOfStep(target, file, step)"),
     ("act",
      "target.click(), .paste(text), .type(text)",
      "target.click(), .paste(text), .type(text)",
@@ -183,13 +184,7 @@ def bindings(names):
 def main():
     page, names = reference()
     table, gaps = bindings(names)
-    problems = gaps
-    for name, text in (("reference.md", page), ("bindings.md", table)):
-        file = ROOT / "docs" / name
-        if sys.argv[1:] != ["--check"]:
-            file.write_text(text, encoding="utf-8")
-        elif not file.exists() or file.read_text(encoding="utf-8") != text:
-            problems.append(f"docs/{name} is not up to date: scripts/make_docs.py writes it")
+    problems = write_or_check("make_docs.py", {"docs/reference.md": page, "docs/bindings.md": table}, gaps)
     print("\n".join(problems) if problems else f"{len(names)} functions, in every binding")
     return 1 if problems else 0
 

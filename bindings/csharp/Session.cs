@@ -104,14 +104,22 @@ namespace Korvane
         /// <param name="step">The step's name.</param>
         /// <param name="timeout">How long its window is waited for, 5 seconds unless told.</param>
         /// <exception cref="NotFoundException">The window is not there.</exception>
-        public Target TargetOfStep(string file, string step, TimeSpan? timeout = null)
+        public Target TargetOfStep(string file, string step, TimeSpan? timeout = null) =>
+            TargetOfStep(file, steps => steps.FirstOrDefault(each => (string)each.Element("name") == step), "\"" + step + "\"", timeout);
+
+        /// <summary>The target of a step in a recording of the companion program, by the step's number from 1.</summary>
+        /// <exception cref="NotFoundException">The window is not there.</exception>
+        public Target TargetOfStep(string file, int step, TimeSpan? timeout = null) =>
+            TargetOfStep(file, steps => steps.ElementAtOrDefault(step - 1), step.ToString(), timeout);
+
+        private Target TargetOfStep(string file, Func<IEnumerable<XElement>, XElement> find, string step, TimeSpan? timeout)
         {
             XElement recording;
             using (var reader = JsonReaderWriterFactory.CreateJsonReader(File.ReadAllBytes(file), XmlDictionaryReaderQuotas.Max))
                 recording = XElement.Load(reader);
-            var found = recording.Element("steps").Elements().FirstOrDefault(each => (string)each.Element("name") == step);
+            var found = find(recording.Element("steps").Elements());
             if (found == null || found.Element("target") == null)
-                throw new ArgumentException(file + " has no step \"" + step + "\" with a target");
+                throw new ArgumentException(file + " has no step " + step + " with a target");
             var named = recording.Element("windows").Elements().ElementAt(((int?)found.Element("window") ?? 1) - 1);
             Func<string, string> given = name => string.IsNullOrEmpty((string)named.Element(name)) ? null : (string)named.Element(name);
             return Window(given("title"), given("class"), given("process"), timeout)

@@ -98,19 +98,20 @@ class Bindings(unittest.TestCase):
         folder = scratch("cpp")
         names = [own_name("C++", name) for name in exported_functions() if name != "freeTextResult"]
         (folder / "offers.inc").write_text("".join(f"OFFERS({name})\n" for name in names))
-        program = folder / "binding"
         # A second file of the same program: nothing is defined twice.
-        (folder / "other.cpp").write_text("#include <korvane/korvane.hpp>\n")
-        self.succeeds(
-            tool("g++"), "-std=c++17", "-Wall", "-Wextra", "-Wshadow", "-Wconversion", "-Werror",
-            "-I", ROOT / "include", "-I", ROOT / "bindings/cpp", "-I", ROOT / "samples/stage", "-I", folder,
-            HERE / "binding.cpp", folder / "other.cpp", "-o", program, STANDIN, f"-Wl,-rpath,{STANDIN.parent}",
-        )
-        self.describes("C++", self.succeeds(program, cwd=folder))
+        (folder / "other.cpp").write_text("#include <korvane/recording.hpp>\n")
+        for program in ("binding", "recording"):
+            self.succeeds(
+                tool("g++"), "-std=c++17", "-Wall", "-Wextra", "-Wshadow", "-Wconversion", "-Werror",
+                "-I", ROOT / "include", "-I", ROOT / "bindings/cpp", "-I", ROOT / "samples/stage", "-I", folder,
+                HERE / f"{program}.cpp", folder / "other.cpp", "-o", folder / program, STANDIN, f"-Wl,-rpath,{STANDIN.parent}",
+            )
+        self.describes("C++", self.succeeds(folder / "binding", cwd=folder))
+        self.succeeds(folder / "recording", cwd=folder)
 
     def test_cpp_beside_windows(self):
         """C++: the header compiles for Windows before and after that of the system"""
-        for order in (("windows.h", "korvane/korvane.hpp"), ("korvane/korvane.hpp", "windows.h")):
+        for order in (("windows.h", "korvane/recording.hpp"), ("korvane/recording.hpp", "windows.h")):
             source = "".join(f"#include <{name}>\n" for name in order)
             self.succeeds(
                 tool("x86_64-w64-mingw32-g++-win32"), "-std=c++17", "-Wall", "-Wextra", "-Wshadow", "-Wconversion", "-Werror", "-fsyntax-only",

@@ -27,7 +27,7 @@ class Package(unittest.TestCase):
         there = {file.relative_to(unpacked()).as_posix() for file in unpacked().rglob("*") if file.is_file()}
         needed = {
             "bin/korvane.dll", "bin/korvane.dll.debug", "bin/korvane.exe", "bin/korvane.pdb", "lib/korvane.lib", "lib/libkorvane.dll.a",
-            "include/korvane/korvane.h", "include/korvane/korvane.hpp", "include/korvane/version.h",
+            "include/korvane/korvane.h", "include/korvane/korvane.hpp", "include/korvane/recording.hpp", "include/korvane/version.h",
             "lib/cmake/korvane/korvaneConfig.cmake", "lib/cmake/korvane/korvaneConfigVersion.cmake",
             "lib/pkgconfig/korvane.pc", "README.md", "CHANGELOG.md", "LICENSE.txt", "NOTICES.txt", "docs/reference.md",
             "examples/session/order.steps.json", "demo.cmd", "docs/images/report.png",

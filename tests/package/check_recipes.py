@@ -63,7 +63,7 @@ class Recipes(unittest.TestCase):
         there = {file.relative_to(prefix).as_posix() for file in prefix.rglob("*") if file.is_file()}
         self.assertLessEqual({
             "bin/korvane.dll", "bin/korvane.dll.debug", "lib/libkorvane.dll.a", "include/korvane/korvane.h",
-            "include/korvane/korvane.hpp", "include/korvane/version.h", "lib/pkgconfig/korvane.pc", "share/korvane/LICENSE.txt",
+            "include/korvane/korvane.hpp", "include/korvane/recording.hpp", "include/korvane/version.h", "lib/pkgconfig/korvane.pc", "share/korvane/LICENSE.txt",
         }, there)
         (folder / "host.c").write_text(HOST)
         (folder / "CMakeLists.txt").write_text(PROJECT.format(version=version()))

@@ -412,6 +412,10 @@ class Target {
   const TargetRecord& Record() const noexcept {
     return record_;
   }
+  /** The window that it is in. */
+  HWND WindowHandle() const noexcept {
+    return window_;
+  }
   /** Two calls are two clicks, never a double click. */
   Code Click() const {
     return detail::AsOneClick(window_, record_, [this] { return ClickTarget(record_, window_); });

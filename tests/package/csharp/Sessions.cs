@@ -43,6 +43,7 @@ internal static class Sessions
             Check(form.TargetAt(60, 60).Record.Method == Method.TreePath, "method of the form");
             name.Paste("Ada");
             Check(name.Text() == "Ada" && name.Check("Ad") && !name.Check("Ad", exact: true), "text");
+            Check(form.TargetAtCursor().Record.AutomationId == name.Record.AutomationId, "what was clicked is under the mouse");
             form.Target(name.Record).Type("x");
             name.Wait("Adax", exact: true);
             var late = Fails<FailedException>(() => name.Wait("never", TimeSpan.FromMilliseconds(20)));
@@ -61,6 +62,8 @@ internal static class Sessions
             var recorded = session.TargetOfStep("order.json", "Name");
             Check(recorded.Record.Equals(name.Record), recorded.Record + " is not " + name.Record);
             recorded.Click();
+            Check(session.TargetOfStep("order.json", 1).Record.Equals(name.Record), "by number");
+            Fails<ArgumentException>(() => session.TargetOfStep("order.json", 2));
             Fails<ArgumentException>(() => session.TargetOfStep("order.json", "Street"));
             Stage.CloseForm();
         }

@@ -25,6 +25,8 @@ await Session.use({ log: 'session.log' }, async (session) => {
   await name.paste('Ada');
   assert.strictEqual(await name.text(), 'Ada');
   assert.deepStrictEqual([await name.check('Ad'), await name.check('Ad', { exact: true })], [true, false]);
+  // What was clicked is under the mouse.
+  assert.strictEqual((await form.targetAtCursor()).record.automationId, name.record.automationId);
   await form.target(name.record).type('x');
   await name.wait('Adax', { exact: true });
 

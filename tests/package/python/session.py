@@ -30,6 +30,8 @@ with korvane.Session("session.log") as session:
     name.paste("Ada")
     assert name.text() == "Ada"
     assert (name.check("Ad"), name.check("Ad", exact=True)) == (True, False)
+    # What was clicked is under the mouse.
+    assert form.target_at_cursor().record.automation_id == name.record.automation_id
     form.target(name.record).type("x")
     name.wait("Adax", exact=True)
     error = fails(korvane.FailedError, name.wait, "never", timeout=0.2)
