@@ -189,6 +189,10 @@ int RunCommandLine(std::vector<std::string> words) {
   AddLog(program, options.log, code);
   CheckWords(program, words);
   const std::string first = words[0];
+  options.replay.commandLine = "korvane";
+  for (const std::string& word : words) {
+    options.replay.commandLine += " " + (word.find_first_of(" \t\"'") == std::string::npos ? word : "\"" + word + "\"");
+  }
   try {
     // It takes the last word first.
     std::reverse(words.begin(), words.end());

@@ -34,6 +34,7 @@ struct CheckOptions {
 ExitCode Check(const CheckOptions& options);
 
 struct ReplayCommandOptions {
+  std::string commandLine;  // as it was given
   std::string file;
   std::string report;
   std::string junit;

@@ -18,6 +18,7 @@
 #include "host/report/report.h"
 #include "host/report/result_json.h"
 #include "host/world/interruption.h"
+#include "host/world/machine.h"
 
 namespace host {
 
@@ -113,6 +114,18 @@ void Tell(const Replayed& replayed, const ReplayCommandOptions& options) {
   }
 }
 
+std::vector<std::pair<std::string, std::string>> FactsOf(const ReplayCommandOptions& options, const Secrets& secrets) {
+  const world::Screen screen = world::TheScreen();
+  const int percent = screen.dpi * 100 / 96;
+  return {{"Command", secrets.Masked(options.commandLine)},
+          {"Program", "korvane " HOST_VERSION},
+          {"Machine", world::MachineName()},
+          {"System", world::SystemName()},
+          {"Screen", std::to_string(screen.rect.right - screen.rect.left) + " × " +
+                         std::to_string(screen.rect.bottom - screen.rect.top) +
+                         (percent > 0 ? ", scaled to " + std::to_string(percent) + " %" : "")}};
+}
+
 ExitCode ReplayAndTell(const ReplayCommandOptions& options, Json& answer) {
   answer["file"] = options.file;
   const Recording recording = LoadRecording(options.file);
@@ -139,14 +152,15 @@ ExitCode ReplayAndTell(const ReplayCommandOptions& options, Json& answer) {
     std::cout << "  note: " << line << "\n";
   }
   const RunOptions run{options.timeoutMs, options.dryRun, !options.report.empty(), options.strict, secrets};
-  const ReplayOptions replay{options.file, run, firstRow, from, options.retries, options.keepGoing};
+  const ReplayOptions replay{options.file,     run, firstRow, from, options.retries, FactsOf(options, secrets),
+                             options.keepGoing};
   const Replayed replayed =
       Replay(recording, rows, log, replay, ShowProgress(recording, world::OutputIsTerminal() && !options.json));
   answer.update(ReplayToJson(recording, rows, replayed));
   // What is told does not depend on what can be written.
   Tell(replayed, options);
   if (outputs.report) {
-    outputs.report->Write(WriteReport(recording, replayed, replay));
+    outputs.report->Write(WriteReport(recording, rows, replayed, replay));
     std::cout << "  report: " << options.report << "\n";
   }
   if (outputs.junit) {

@@ -13,9 +13,10 @@ namespace host {
 struct ReplayOptions {
   std::string file;  // the recording's name, for messages
   RunOptions run;
-  std::size_t row = 0;     // index of the first row
-  std::size_t from = 0;    // index of its first step
-  int retries = 0;         // how often a step that failed may be tried again
+  std::size_t row = 0;                                       // index of the first row
+  std::size_t from = 0;                                      // index of its first step
+  int retries = 0;                                           // how often a step that failed may be tried again
+  std::vector<std::pair<std::string, std::string>> facts{};  // of the run, for the report: what, and which
   bool keepGoing = false;  // after a failure: with the next row, or with the next step when there is one row
 };
 

@@ -72,9 +72,7 @@ StepResult StepRunner::Run(std::size_t index, Variables& variables) {
             static_cast<int>(result.milliseconds));
   result.lines = log_.NewLines();
   Judge(turn);
-  if (options_.pictures && result.window && !actions_.ShowsSecret(result.window->handle)) {
-    Illustrate(result);
-  }
+  IllustrateAfter(result);
   Conceal(result);
   return result;
 }
@@ -84,6 +82,9 @@ void StepRunner::Conceal(StepResult& result) const {
   const Secrets& secrets = options_.secrets;
   for (std::string* const text : {&result.text, &result.remark, &result.healing}) {
     *text = secrets.Masked(std::move(*text));
+  }
+  for (Attempt& attempt : result.attempts) {
+    attempt.why = secrets.Masked(std::move(attempt.why));
   }
   for (std::optional<std::string>* const text : {&result.expected, &result.received}) {
     if (*text) {
@@ -111,8 +112,10 @@ int StepRunner::Do(Turn& turn) {
   }
   int code = KORVANE_NOT_FOUND;
   if (!turn.step.hasTarget) {
+    IllustrateBefore(result);
     code = options_.dryRun ? KORVANE_OK : actions_.Do(turn);
   } else if (AimAt(turn)) {
+    IllustrateBefore(result);
     code = options_.dryRun || (options_.strict && turn.aim.identified.IsHealed()) ? KORVANE_OK : actions_.Do(turn);
   }
   code = code == KORVANE_NOT_FOUND ? Cancelled(code) : code;
@@ -152,6 +155,7 @@ bool StepRunner::AimAt(Turn& turn) const {
   TellFinding(turn.aim, turn.step, *result.window, name, result);
   if (options_.pictures && turn.aim.identified.element) {
     result.mark = world::RectOf(*turn.aim.identified.element);
+    result.aim = ClicksTarget(turn.step) ? turn.aim.point : std::nullopt;
   }
   result.remark = turn.aim.refusal.empty() ? turn.aim.remark : turn.aim.refusal;
   return turn.aim.refusal.empty();
@@ -168,9 +172,23 @@ void StepRunner::Judge(const Turn& turn) const {
   result.state = result.code != KORVANE_OK ? StepState::Failed : healed ? StepState::Healed : StepState::Ok;
 }
 
-void StepRunner::Illustrate(StepResult& result) {
-  if (const auto now = world::Describe(result.window->handle)) {
-    result.picture = world::TakePicture(now->handle);
+void StepRunner::IllustrateBefore(StepResult& result) const {
+  if (options_.pictures && !actions_.ShowsSecret(result.window->handle)) {
+    result.before = world::TakePicture(result.window->handle, world::Settle::No);
+  }
+}
+
+// What a step led to is in the picture before the next one; only where nothing follows is it waited for.
+void StepRunner::IllustrateAfter(StepResult& result) {
+  const bool failed = result.state == StepState::Failed;
+  if (!options_.pictures || (!failed && result.index + 1 < recording_.steps.size())) {
+    return;
+  }
+  if (result.window && !actions_.ShowsSecret(result.window->handle)) {
+    result.picture = world::TakePicture(result.window->handle, world::Settle::Yes);
+  }
+  if (failed && !actions_.ShowsAnySecret()) {
+    result.screen = world::TakePictureOfScreen();
   }
   log_.NewLines();
 }

@@ -19,7 +19,7 @@ namespace host {
 struct RunOptions {
   int timeoutMs = 3000;
   bool dryRun = false;    // resolve, but do not act
-  bool pictures = false;  // take one after each step
+  bool pictures = false;  // take them
   bool strict = false;    // a healed step is a failed one
   Secrets secrets{};
 };
@@ -38,7 +38,8 @@ class StepRunner {
   int Do(Turn& turn);
   bool AimAt(Turn& turn) const;
   void Judge(const Turn& turn) const;
-  void Illustrate(StepResult& result);
+  void IllustrateBefore(StepResult& result) const;
+  void IllustrateAfter(StepResult& result);
   void Conceal(StepResult& result) const;
 
   const Recording& recording_;

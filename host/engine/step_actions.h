@@ -38,6 +38,9 @@ class StepActions {
   bool ShowsSecret(HWND window) const {
     return tellingWindows_.contains(window);
   }
+  bool ShowsAnySecret() const {
+    return !tellingWindows_.empty();
+  }
 
  private:
   int Click(Turn& turn, int times);

@@ -47,9 +47,13 @@ struct StepResult {
   std::string explanation;         // of a failure
 
   std::optional<world::Window> window;
-  std::optional<world::Rect> mark;      // the target on the screen
-  std::optional<world::Point> clicked;  // where the click went
+  std::optional<world::Rect> mark;       // the target on the screen
+  std::optional<world::Point> aim;       // where a click on it is to go
+  std::optional<world::Point> clicked;   // where the click went
+  std::optional<world::Picture> before;  // just before the target was touched
+  // Afterwards, where no later step shows it: of a failure, and of the last step.
   std::optional<world::Picture> picture;
+  std::optional<world::Picture> screen;  // of a failure: everything
 
   std::vector<StepResult> earlier;  // tries that failed before this one
 };

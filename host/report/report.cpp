@@ -67,19 +67,51 @@ std::optional<world::Rect> RecordedPlace(const WindowName& recorded, const StepR
   return known && inside ? std::optional(world::Rect{x, y, x, y}) : std::nullopt;
 }
 
-Json PictureToJson(const Recording& recording, const StepResult& result, Pictures& pictures) {
-  const world::Rect& area = result.picture->area;
-  Json json = {{"index", pictures.IndexOf(result.picture->address)},
-               {"width", area.right - area.left},
-               {"height", area.bottom - area.top}};
-  if (!result.step->hasTarget) {
-    json["aimless"] = true;
-  } else if (result.mark) {
+Json PictureToJson(const world::Picture& picture, Pictures& pictures) {
+  const world::Rect& area = picture.area;
+  return {{"index", pictures.IndexOf(picture.address)},
+          {"width", area.right - area.left},
+          {"height", area.bottom - area.top}};
+}
+
+// The target where it was when the picture was taken, and the point that the click was to go to.
+Json PictureBefore(const StepResult& result, Pictures& pictures) {
+  const world::Rect& area = result.before->area;
+  Json json = PictureToJson(*result.before, pictures);
+  if (result.mark) {
     json["mark"] = MarkToJson(*result.mark, area);
-  } else if (const auto place = RecordedPlace(recording.windows[result.step->window], result, area)) {
-    json["recorded"] = MarkToJson(*place, area);
+  }
+  if (result.aim) {
+    json["aim"] = MarkToJson({result.aim->x, result.aim->y, result.aim->x, result.aim->y}, area);
   }
   return json;
+}
+
+// Of a target that was not found, the place where it was recorded.
+Json PictureAfter(const Recording& recording, const StepResult& result, Pictures& pictures) {
+  Json json = PictureToJson(*result.picture, pictures);
+  if (result.before || !result.step->hasTarget) {
+    return json;
+  }
+  if (result.mark) {
+    json["mark"] = MarkToJson(*result.mark, result.picture->area);
+  } else if (const auto place = RecordedPlace(recording.windows[result.step->window], result, result.picture->area)) {
+    json["recorded"] = MarkToJson(*place, result.picture->area);
+  }
+  return json;
+}
+
+// A try that failed before another one.
+Json TryToJson(const StepResult& result) {
+  return {{"words", WordsOfCode(result.code)},
+          {"milliseconds", result.milliseconds},
+          {"remark", result.remark},
+          {"explanation", result.explanation},
+          {"lines", FoldLog(result.lines)}};
+}
+
+Json TextToJson(const std::optional<std::string>& text) {
+  return text ? Json(*text) : Json(nullptr);
 }
 
 Json StepToJson(const Recording& recording, std::size_t index) {
@@ -101,13 +133,34 @@ Json ResultToJson(const Recording& recording, const StepResult& result, double r
   json["remark"] = result.remark;
   json["explanation"] = result.explanation;
   json["lines"] = FoldLog(result.lines);
+  if (result.expected) {
+    json["expected"] = *result.expected;
+    json["received"] = TextToJson(result.received);
+  }
+  if (result.proposal) {
+    json["proposal"] = ToJson(*result.proposal).dump(2);
+  }
+  for (const Attempt& attempt : result.attempts) {
+    json["attempts"].push_back({NameOf(attempt.by), Describe(attempt), attempt.why});
+  }
+  for (const StepResult& earlier : result.earlier) {
+    json["earlier"].push_back(TryToJson(earlier));
+  }
+  json["hasTarget"] = result.step->hasTarget;
+  if (result.before) {
+    json["before"] = PictureBefore(result, pictures);
+  }
   if (result.picture) {
-    json["picture"] = PictureToJson(recording, result, pictures);
+    json["after"] = PictureAfter(recording, result, pictures);
+  }
+  if (result.screen) {
+    json["screen"] = PictureToJson(*result.screen, pictures);
   }
   return json;
 }
 
-Json RunToJson(const Recording& recording, const Run& run, Pictures& pictures) {
+Json RunToJson(const Recording& recording, const Run& run, const DataRow& row, const Secrets& secrets,
+               Pictures& pictures) {
   Json steps = Json::array();
   const double start = run.steps.empty() ? 0 : run.steps.front().start;
   for (const StepResult& result : run.steps) {
@@ -118,7 +171,11 @@ Json RunToJson(const Recording& recording, const Run& run, Pictures& pictures) {
     skipped["state"] = "not run";
     steps.push_back(skipped);
   }
-  return {{"name", run.name}, {"steps", steps}};
+  Json values = Json::array();
+  for (const auto& [name, value] : row.values) {
+    values.push_back({name, secrets.Masked(value)});
+  }
+  return {{"name", run.name}, {"values", values}, {"steps", steps}};
 }
 
 // Nothing in the data may look like the end of the script element that holds it.
@@ -132,7 +189,8 @@ std::string WithoutTags(const std::string& json) {
 
 }  // namespace
 
-std::string WriteReport(const Recording& recording, const Replayed& replayed, const ReplayOptions& options) {
+std::string WriteReport(const Recording& recording, const std::vector<DataRow>& rows, const Replayed& replayed,
+                        const ReplayOptions& options) {
   Json windows = Json::array();
   for (const WindowName& window : recording.windows) {
     windows.push_back(Describe(window));
@@ -143,12 +201,14 @@ std::string WriteReport(const Recording& recording, const Replayed& replayed, co
                {"from", options.from + 1},
                {"dryRun", options.run.dryRun},
                {"milliseconds", replayed.milliseconds},
+               {"exitCode", static_cast<int>(replayed.code)},
+               {"facts", options.facts},
                {"rowsLeft", replayed.rowsLeft},
                {"windows", windows},
                {"runs", Json::array()}};
   Pictures pictures;
   for (const Run& run : replayed.runs) {
-    data["runs"].push_back(RunToJson(recording, run, pictures));
+    data["runs"].push_back(RunToJson(recording, run, rows[run.row], options.run.secrets, pictures));
   }
   data["pictures"] = pictures.Addresses();
   return kReportBeforeData + WithoutTags(data.dump(-1, ' ', false, Json::error_handler_t::replace)) + kReportAfterData;

@@ -1,4 +1,5 @@
-// A replay as one HTML file that needs nothing else: steps, durations, pictures with the target marked, the log.
+// A replay as one HTML file that needs nothing else: steps, durations, pictures with the target marked, the log,
+// and where it was run.
 #pragma once
 
 #include <string>
@@ -7,6 +8,7 @@
 
 namespace host {
 
-std::string WriteReport(const Recording& recording, const Replayed& replayed, const ReplayOptions& options);
+std::string WriteReport(const Recording& recording, const std::vector<DataRow>& rows, const Replayed& replayed,
+                        const ReplayOptions& options);
 
 }  // namespace host

@@ -76,7 +76,11 @@ struct Picture {
   std::string address;
   Rect area;
 };
-std::optional<Picture> TakePicture(HWND window);
+// Whether a window has time to draw what has just changed.
+enum class Settle { No, Yes };
+std::optional<Picture> TakePicture(HWND window, Settle settle);
+// Of all monitors.
+std::optional<Picture> TakePictureOfScreen();
 
 // Whether a click can be waited for here; if not, why.
 std::optional<std::string> WhyNobodyCanClick();

@@ -157,9 +157,13 @@ double Now() {
   return TheDesktop().Clock().Now();
 }
 
-std::optional<Picture> TakePicture(HWND window) {
+std::optional<Picture> TakePicture(HWND window, Settle /*settle*/) {
   const auto& form = TheScene().form;
   return form && window == form->Window() ? std::optional(DrawForm(*form)) : std::nullopt;
+}
+
+std::optional<Picture> TakePictureOfScreen() {
+  return DrawScreen(TheScreen().rect, TheScene().form.get());
 }
 
 std::optional<std::string> WhyNobodyCanClick() {

@@ -1,5 +1,7 @@
 #include "host/world/world_standin_picture.h"
 
+#include <algorithm>
+
 #include "host/base/text.h"
 #include "standin/desktop/desktop.h"
 
@@ -125,18 +127,38 @@ void DrawControl(Drawing& drawing, const order_form::Twin& form, const Control& 
   }
 }
 
+void DrawWindow(Drawing& drawing, Rect window, const std::string& title) {
+  drawing.Box(window, "#f0f0f0", "#3c4a57");
+  drawing.Box({window.left, window.top, window.right, window.top + kCaption}, "#2f5f8f", "#2f5f8f");
+  drawing.WriteInside({window.left + kPadding, window.top, window.right, window.top + kCaption},
+                      Shortened(title, kLongestText), "fill=\"#ffffff\" font-weight=\"600\"");
+}
+
+void DrawControls(Drawing& drawing, const order_form::Twin& form) {
+  for (const Control& control : order_form::kControls) {
+    DrawControl(drawing, form, control);
+  }
+}
+
 }  // namespace
 
 Picture DrawForm(const order_form::Twin& form) {
   const Rect window = RectOf(form.Window());
   Drawing drawing({window.left - kMargin, window.top - kMargin, window.right + kMargin, window.bottom + kMargin});
-  drawing.Box(window, "#f0f0f0", "#3c4a57");
-  drawing.Box({window.left, window.top, window.right, window.top + kCaption}, "#2f5f8f", "#2f5f8f");
-  const std::string title = Utf8(TheDesktop().Controls().TextOf(form.Window()));
-  drawing.WriteInside({window.left + kPadding, window.top, window.right, window.top + kCaption},
-                      Shortened(title, kLongestText), "fill=\"#ffffff\" font-weight=\"600\"");
-  for (const Control& control : order_form::kControls) {
-    DrawControl(drawing, form, control);
+  DrawWindow(drawing, window, Utf8(TheDesktop().Controls().TextOf(form.Window())));
+  DrawControls(drawing, form);
+  return drawing.Finish();
+}
+
+Picture DrawScreen(Rect area, const order_form::Twin* form) {
+  Drawing drawing(area);
+  std::vector<Window> windows = Windows();
+  std::reverse(windows.begin(), windows.end());
+  for (const Window& window : windows) {
+    DrawWindow(drawing, window.rect, window.title);
+    if (form != nullptr && window.handle == form->Window()) {
+      DrawControls(drawing, *form);
+    }
   }
   return drawing.Finish();
 }

@@ -7,5 +7,7 @@
 namespace host::world {
 
 Picture DrawForm(const order_form::Twin& form);
+// Other windows are drawn as boxes with their titles. `form`: null when there is none.
+Picture DrawScreen(Rect area, const order_form::Twin* form);
 
 }  // namespace host::world

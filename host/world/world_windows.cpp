@@ -107,6 +107,32 @@ void Append(void* bytes, void* data, int size) {
   static_cast<std::string*>(bytes)->append(static_cast<const char*>(data), static_cast<std::size_t>(size));
 }
 
+// Most steps begin with what the one before left: nothing costs as much here as to compress a picture.
+std::optional<Picture> PictureOf(Rect area) {
+  static std::vector<std::uint8_t> last;
+  static Picture picture;
+  const int width = area.right - area.left;
+  const int height = area.bottom - area.top;
+  if (width <= 0 || height <= 0) {
+    return std::nullopt;
+  }
+  std::vector<std::uint8_t> pixels = PixelsOf(area);
+  const bool isSameSize =
+      width == picture.area.right - picture.area.left && height == picture.area.bottom - picture.area.top;
+  if (pixels.empty() || (isSameSize && pixels == last)) {
+    return pixels.empty() ? std::nullopt : std::optional(Picture{picture.address, area});
+  }
+  // Windows are made of even areas, which need no filter to become small: trying all of them takes most of the time.
+  stbi_write_force_png_filter = 0;
+  std::string png;
+  if (!stbi_write_png_to_func(Append, &png, width, height, 3, pixels.data(), width * 3)) {
+    return std::nullopt;
+  }
+  last = std::move(pixels);
+  picture = {"data:image/png;base64," + Base64(png), area};
+  return picture;
+}
+
 HANDLE Input() {
   return GetStdHandle(STD_INPUT_HANDLE);
 }
@@ -213,26 +239,21 @@ double Now() {
   return static_cast<double>(count.QuadPart) * 1000.0 / static_cast<double>(frequency.QuadPart);
 }
 
-std::optional<Picture> TakePicture(HWND window) {
+std::optional<Picture> TakePicture(HWND window, Settle settle) {
   RECT rect{};
   if (!IsWindow(window) || IsIconic(window) || !GetWindowRect(window, &rect)) {
     return std::nullopt;
   }
-  // Time for the window to draw what has just changed.
-  UpdateWindow(window);
-  Sleep(60);
-  const Rect area = PictureArea(FromRect(rect));
-  if (area.right <= area.left || area.bottom <= area.top) {
-    return std::nullopt;
+  if (settle == Settle::Yes) {
+    constexpr DWORD kSettleMilliseconds = 60;
+    UpdateWindow(window);
+    Sleep(kSettleMilliseconds);
   }
-  const std::vector<std::uint8_t> pixels = PixelsOf(area);
-  std::string png;
-  const int width = area.right - area.left;
-  if (pixels.empty() ||
-      !stbi_write_png_to_func(Append, &png, width, area.bottom - area.top, 3, pixels.data(), width * 3)) {
-    return std::nullopt;
-  }
-  return Picture{"data:image/png;base64," + Base64(png), area};
+  return PictureOf(PictureArea(FromRect(rect)));
+}
+
+std::optional<Picture> TakePictureOfScreen() {
+  return PictureOf(TheScreen().rect);
 }
 
 std::optional<std::string> WhyNobodyCanClick() {

@@ -37,7 +37,8 @@ return Promise.all(images.map((image) => image.decode().catch(() => {}))).then((
   const inner = mark?.getBoundingClientRect();
   const scale = image.naturalWidth / outer.width;
   return {
-    number: Number(image.closest("article").dataset.number), width: image.naturalWidth, height: image.naturalHeight,
+    number: Number(image.closest("article").dataset.number),
+    before: image.alt.startsWith("Before: "), screen: image.alt.startsWith("The whole screen"), width: image.naturalWidth, height: image.naturalHeight,
     ring: Boolean(mark?.classList.contains("recorded")),
     mark: inner && [inner.left - outer.left, inner.top - outer.top, inner.right - outer.left, inner.bottom - outer.top]
       .map((length) => length * scale),

@@ -87,7 +87,7 @@ class Windows(unittest.TestCase):
             self.assertIn("  11 steps: 11 ok, 0 healed, 0 failed, 0 not run, in ", out)
         data = re.search(r'id="data">(.*?)</script>', (folder / "r.html").read_text(encoding="utf-8"), re.S)[1]
         report = json.loads(data)
-        pictures = [step["picture"] for step in report["runs"][0]["steps"]]
+        pictures = [step["before"] for step in report["runs"][0]["steps"]]
         self.assertEqual(11, len([picture for picture in pictures if "mark" in picture]))
         for picture in report["pictures"]:
             kind, _, content = picture.partition(",")

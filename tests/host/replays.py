@@ -70,6 +70,10 @@ def stopped():
     return report("stopped", 1, "--set", "NAME=Anna", "--set", "EXPECTED=Anna", change=lose_street)
 
 
+def retried():
+    return report("retried", 1, "--set", "NAME=Anna", "--set", "EXPECTED=Anna", "--retries", 1, change=lose_street)
+
+
 def lose_path(recording):
     """The path of the second step leads nowhere; its AutomationId finds it all the same."""
     target = recording["steps"][1]["target"]

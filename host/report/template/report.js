@@ -3,7 +3,7 @@
   const data = JSON.parse(document.getElementById("data").textContent);
   const byId = (id) => document.getElementById(id);
   const search = byId("search");
-  const failedOnly = byId("failed-only");
+  const state = byId("state");
   const inOrder = byId("in-order");
   const openAll = byId("open-all");
 
@@ -14,6 +14,9 @@
     return element;
   };
   const duration = (ms) => (ms < 1000 ? ms.toFixed(1) + " ms" : (ms / 1000).toFixed(2) + " s");
+  // What is longer would keep the page from opening.
+  const LONGEST = 300;
+  const cut = (text) => (text.length > LONGEST ? text.slice(0, LONGEST) + "… (" + text.length + " characters)" : text);
   const plural = (count, word) => count + " " + word + (count === 1 ? "" : "s");
   const together = (pieces) => pieces.filter(Boolean).join(" · ");
   const classOf = (step) => step.state.replace(" ", "-");
@@ -23,9 +26,13 @@
 
   // One entry per step of each run, in order of time; `card` and `bar` are its two places on the page.
   const entries = data.runs.flatMap((run) => run.steps.map((step) => ({ run, step, open: step.state === "failed" })));
+  const ownOf = new Map(data.runs.map((run) => [run, []]));
+  for (const entry of entries) ownOf.get(entry.run).push(entry);
   const ran = entries.filter((entry) => entry.step.state !== "not run");
   const failed = entries.filter((entry) => entry.step.state === "failed");
   const healed = entries.filter((entry) => entry.step.state === "healed");
+  const LONG_RUN = 100;
+  document.body.classList.toggle("long", entries.length > LONG_RUN);
   let shown = [];
   let current = null;
   let needle = null;
@@ -53,16 +60,61 @@
       data.windows.join(", "),
       data.time,
     ]);
+    const list = byId("facts").querySelector("dl");
+    for (const [what, which] of [...data.facts, ["Exit code", data.exitCode]]) {
+      if (which !== "") list.append(make("dt", "", what), make("dd", "", which));
+    }
+  }
+
+  // The rows that failed come first.
+  function drawRows() {
+    if (data.runs.length < 2) return;
+    const rows = data.runs.map((run) => ({ run, own: ownOf.get(run) }));
+    const stateOf = ({ own }) => ["failed", "healed", "ok"].find((word) => own.some(({ step }) => step.state === word));
+    rows.sort((a, b) => (stateOf(b) === "failed") - (stateOf(a) === "failed"));
+    const names = data.runs[0].values.map(([name]) => name);
+    const line = (tag, texts) => {
+      const row = make("tr");
+      row.append(...texts.map((text) => make(tag, "", text)));
+      return row;
+    };
+    const table = byId("rows").querySelector("table");
+    table.append(line("th", ["row", "outcome", "steps", "time", ...names]));
+    for (const { run, own } of rows) {
+      const first = own.find(({ step }) => step.state === "failed") ?? own[0];
+      const done = own.filter(({ step }) => step.state === "ok" || step.state === "healed").length;
+      const cells = line("td", ["", stateOf({ own }) ?? "not run", done + " of " + own.length,
+        duration(timeOf(own)), ...run.values.map(([, value]) => cut(value))]);
+      const link = make("button", "link", run.name);
+      link.type = "button";
+      link.addEventListener("click", () => reveal(first));
+      cells.className = classOf(first.step);
+      cells.firstChild.append(link);
+      cells.children[1].className = "words";
+      table.append(cells);
+    }
+    byId("rows").hidden = false;
+    byId("rows").open = data.runs.length <= 12;
+    byId("rows").querySelector("summary").textContent = plural(data.runs.length, "row");
+  }
+
+  // The film: what a step began with, while the mouse is over its bar.
+  function preview(entry) {
+    const picture = entry?.step.before ?? entry?.step.after;
+    byId("preview").hidden = !picture;
+    if (!picture) return;
+    byId("preview").querySelector("img").src = data.pictures[picture.index];
+    byId("preview").querySelector("figcaption").textContent = entry.step.number + " " + entry.step.title;
   }
 
   // Runs share one scale, so that a slow one looks slow.
   function drawTimeline() {
-    const longest = Math.max(...data.runs.map((run) => timeOf(entries.filter((entry) => entry.run === run))));
+    const longest = Math.max(...data.runs.map((run) => timeOf(ownOf.get(run))));
     for (const run of data.runs) {
-      const steps = entries.filter((entry) => entry.run === run);
+      const steps = ownOf.get(run);
       const total = timeOf(steps);
       const line = make("div", "run");
-      const bars = make("div", "bars");
+      const bars = make("div", entries.length > LONG_RUN ? "bars dense" : "bars");
       bars.style.width = (longest > 0 ? Math.max(10, (100 * total) / longest) : 100) + "%";
       for (const entry of steps) {
         const { step } = entry;
@@ -75,6 +127,8 @@
         bar.title = together([run.name, step.number + " " + step.title + ": " + outcome]);
         bar.setAttribute("aria-label", bar.title);
         bar.addEventListener("click", () => reveal(entry));
+        bar.addEventListener("mouseenter", () => preview(entry));
+        bar.addEventListener("mouseleave", () => preview(null));
         entry.bar = bar;
         bars.append(bar);
       }
@@ -86,27 +140,119 @@
     }
   }
 
-  function drawPicture(step) {
-    const { picture } = step;
+  function place(className, box) {
+    const mark = make("div", className);
+    for (const side of ["left", "top", "width", "height"]) mark.style[side] = (box[side] || 0) + "%";
+    return mark;
+  }
+
+  function drawPicture(picture, alt, caption) {
     const figure = make("figure");
     const frame = make("div", "picture");
     const image = make("img");
     image.src = data.pictures[picture.index];
     image.width = picture.width;
     image.height = picture.height;
-    image.alt = "The window after: " + step.title;
+    image.alt = alt;
     frame.append(image);
-    const box = picture.mark || picture.recorded;
-    if (box) {
-      const mark = make("div", picture.mark ? "mark" : "mark recorded");
-      for (const side of ["left", "top", "width", "height"]) mark.style[side] = (box[side] || 0) + "%";
-      frame.append(mark);
-    }
-    const where = picture.mark ? "the target is marked"
-      : picture.recorded ? "the target was not seen; the dashed ring is where it was recorded"
-      : picture.aimless ? "" : "the target was not seen, and its recorded place is outside this picture";
-    figure.append(frame, make("figcaption", "", "After the step" + (where ? ": " + where : "") + "."));
+    if (picture.mark) frame.append(place("mark", picture.mark));
+    if (picture.recorded) frame.append(place("mark recorded", picture.recorded));
+    if (picture.aim) frame.append(place("aim", picture.aim));
+    figure.append(frame, make("figcaption", "", caption));
     return figure;
+  }
+
+  function drawPictures({ step, run }) {
+    const pictures = make("div", "pictures");
+    const next = run.steps[run.steps.indexOf(step) + 1];
+    const { before } = step;
+    if (before) {
+      pictures.append(drawPicture(before, "Before: " + step.title, "Before the step"
+        + (before.aim ? ": the target is marked, and the point of the click." : before.mark ? ": the target is marked." : ".")));
+    }
+    // What a step led to is what the next one began with.
+    const after = step.after ?? next?.before;
+    if (after && after.index !== before?.index) {
+      const { mark, recorded, index, width, height } = after;
+      const where = before || !step.hasTarget ? "."
+        : mark ? ": the target is marked."
+        : recorded ? ": the target was not found; the dashed ring is where it was recorded."
+        : ": the target was not found, and its recorded place is outside this picture.";
+      pictures.append(drawPicture(step.after ?? { index, width, height }, "After: " + step.title,
+        (step.after ? "After the step" : "After the step, as the next one began") + where));
+    } else if (after) {
+      pictures.append(make("p", "same", "After the step it looked the same."));
+    }
+    if (step.screen) {
+      const screen = make("details");
+      screen.append(make("summary", "", "The whole screen when it failed"),
+        drawPicture(step.screen, "The whole screen after: " + step.title, "All monitors, after the step."));
+      pictures.append(screen);
+    }
+    return pictures;
+  }
+
+  // The part in which two texts differ, with a little before it.
+  function drawComparison(step) {
+    const expected = step.expected;
+    const received = step.received ?? "";
+    let begin = 0;
+    while (begin < expected.length && expected[begin] === received[begin]) ++begin;
+    let end = 0;
+    while (end < Math.min(expected.length, received.length) - begin && expected.at(-1 - end) === received.at(-1 - end)) ++end;
+    const table = make("table", "comparison");
+    for (const [what, text] of [["expected", expected], ["received", step.received]]) {
+      const cell = make("td");
+      if (text === null) {
+        cell.append(make("em", "", "no text could be read"));
+      } else {
+        const from = Math.max(0, begin - 40);
+        const different = text.slice(begin, text.length - end);
+        cell.append((from > 0 ? "…" : "") + text.slice(from, begin), make("ins", "", cut(different)),
+          cut(text.slice(text.length - end)));
+      }
+      const row = make("tr");
+      row.append(make("th", "", what), cell);
+      table.append(row);
+    }
+    return table;
+  }
+
+  function drawCopy(label, text) {
+    const button = make("button", "copy", label);
+    button.type = "button";
+    button.addEventListener("click", async () => {
+      await navigator.clipboard.writeText(text);
+      button.textContent = "copied";
+      setTimeout(() => { button.textContent = label; }, 1500);
+    });
+    return button;
+  }
+
+  // The same command once more, from here on.
+  function commandFrom(step) {
+    const options = /the same command with ([^.]*)\./u.exec(step.explanation ?? "")?.[1];
+    const command = data.facts.find(([what]) => what === "Command")?.[1];
+    return options && command && command.replace(/ --(?:row|from)[ =]\d+/gu, "") + " " + options;
+  }
+
+  function drawAttempts(step) {
+    const list = make("ul", "attempts");
+    for (const [by, what, why] of step.attempts ?? []) {
+      list.append(make("li", "", by + ": " + what + (why ? ": " + why : "")));
+    }
+    return list;
+  }
+
+  function drawTries(step) {
+    const tries = make("div", "tries");
+    step.earlier.forEach((each, index) => {
+      const one = make("section");
+      one.append(make("h3", "", "Try " + (index + 1) + ": " + each.words + ", " + duration(each.milliseconds)),
+        make("p", "remark", each.remark || each.explanation), drawLog(each.lines));
+      tries.append(one);
+    });
+    return tries;
   }
 
   function drawLog(lines) {
@@ -123,13 +269,24 @@
     return log;
   }
 
-  function drawBody(step) {
+  function drawBody(entry) {
+    const { step } = entry;
     const body = make("div", "body");
     if (step.explanation) body.append(make("p", "explanation", step.explanation));
     if (step.healing) body.append(make("p", "healing", "Healed: " + step.healing + ". Correct it with `korvane check --fix`."));
-    if (!step.explanation && step.remark) body.append(make("p", "remark", step.remark));
+    if (!step.explanation && step.remark) body.append(make("p", "remark", cut(step.remark)));
+    if (step.expected !== undefined && step.state === "failed") body.append(drawComparison(step));
+    // A failure's explanation tells them.
+    if (step.state === "healed" && step.attempts) body.append(drawAttempts(step));
+    const copies = make("p", "copies");
+    const command = commandFrom(step);
+    if (command) copies.append(drawCopy("Copy the command to go on", command));
+    if (step.proposal) copies.append(drawCopy("Copy the corrected target", step.proposal));
+    if (copies.childNodes.length) body.append(copies);
+    if (step.earlier) body.append(drawTries(step));
     const evidence = make("div", "evidence");
-    if (step.picture) evidence.append(drawPicture(step));
+    const pictures = drawPictures(entry);
+    if (pictures.childNodes.length) evidence.append(pictures);
     if (step.lines.length) evidence.append(drawLog(step.lines));
     body.append(evidence, make("p", "began", "code " + step.code + ", begun " + duration(step.start) + " into the run"));
     return body;
@@ -143,23 +300,38 @@
     head.type = "button";
     const name = make("span", "name", step.title);
     if (run.name) name.append(make("small", "row", run.name));
-    if (step.text) name.append(make("small", "", "“" + step.text + "”"));
-    head.append(make("span", "number", step.number), name, make("span", "words", step.words || "not run"),
+    if (step.text) name.append(make("small", "", "“" + cut(step.text) + "”"));
+    const tries = step.earlier ? ", try " + (step.earlier.length + 1) : "";
+    head.append(make("span", "number", step.number), name, make("span", "words", (step.words || "not run") + tries),
       make("span", "time", step.milliseconds === undefined ? "" : duration(step.milliseconds)));
     head.addEventListener("click", () => { entry.open = !entry.open; choose(entry); });
     // The body comes when it is first seen: there may be thousands.
     card.append(head);
     entry.card = card;
+    byCard.set(card, entry);
     entry.head = head;
     entry.inHead = [step.title, run.name, step.text, step.words || "not run"].join("\n");
-    entry.inBody = [step.explanation, step.healing, step.remark, ...(step.lines || [])].join("\n");
+    entry.inBody = [step.explanation, step.healing, step.remark, step.expected, step.received, ...(step.lines || [])].join("\n");
   }
 
   const isFound = (entry) => !needle || [entry.inHead, entry.inBody].some((text) => text.search(needle) >= 0);
   const isOpen = (entry) => entry.step.state !== "not run" && (entry.open || revealed.has(entry));
 
+  // Of a long run, an opened step has its body when it comes near the window.
+  const nearby = new IntersectionObserver((seen) => {
+    for (const { target, isIntersecting } of seen) {
+      const entry = byCard.get(target);
+      if (isIntersecting && isOpen(entry) && !entry.body) {
+        fill(entry);
+        highlight(entry.card);
+      }
+    }
+  }, { rootMargin: "400px" });
+  const byCard = new Map();
+
   function fill(entry) {
-    entry.body ??= entry.card.appendChild(drawBody(entry.step));
+    nearby.unobserve(entry.card);
+    entry.body ??= entry.card.appendChild(drawBody(entry));
   }
 
   // Marks what was searched for; undone by joining the pieces again.
@@ -183,7 +355,7 @@
     const words = search.value.trim();
     needle = words ? matcher(words) : null;
     const isFailed = (entry) => entry.step.state === "failed";
-    shown = entries.filter((entry) => isFound(entry) && (!failedOnly.checked || isFailed(entry)));
+    shown = entries.filter((entry) => isFound(entry) && (!state.value || entry.step.state === state.value));
     if (!inOrder.checked) shown = [...shown.filter(isFailed), ...shown.filter((entry) => !isFailed(entry))];
     // What was found inside must be seen; thousands of opened steps would take long, and nobody reads them.
     revealed = new Set(needle ? shown.filter((entry) => entry.inHead.search(needle) < 0).slice(0, 30) : []);
@@ -200,8 +372,12 @@
     for (const entry of entries) {
       const open = isOpen(entry);
       if (open && !entry.body) {
-        fill(entry);
-        highlight(entry.card);
+        if (entries.length > LONG_RUN && entry !== current) {
+          nearby.observe(entry.card);
+        } else {
+          fill(entry);
+          highlight(entry.card);
+        }
       }
       entry.card.classList.toggle("open", open);
       entry.card.classList.toggle("current", entry === current);
@@ -215,13 +391,13 @@
     current = entry;
     refresh();
     entry.head.focus({ preventScroll: true });
-    entry.card.scrollIntoView({ block: "nearest" });
+    entry.head.scrollIntoView({ block: "nearest" });
   }
 
   function reveal(entry) {
     entry.open = true;
     if (!shown.includes(entry)) {
-      failedOnly.checked = false;
+      state.value = "";
       search.value = "";
       apply();
     }
@@ -241,6 +417,13 @@
     choose(shown[at < 0 ? (by > 0 ? 0 : shown.length - 1) : Math.min(shown.length - 1, Math.max(0, at + by))]);
   }
 
+  function moveToFailure(by) {
+    const bad = shown.filter((entry) => entry.step.state === "failed");
+    if (bad.length === 0) return;
+    const at = bad.indexOf(current);
+    reveal(bad[at < 0 ? (by > 0 ? 0 : bad.length - 1) : (at + by + bad.length) % bad.length]);
+  }
+
   function toggleAll() {
     const open = !ran.every((entry) => entry.open);
     for (const entry of ran) entry.open = open;
@@ -255,12 +438,13 @@
 
   const keys = {
     j: () => move(1), ArrowDown: () => move(1), k: () => move(-1), ArrowUp: () => move(-1),
-    "/": () => search.focus(), o: toggleAll, Escape: clearSearch,
+    n: () => moveToFailure(1), p: () => moveToFailure(-1), "/": () => search.focus(), o: toggleAll, Escape: clearSearch,
   };
   const keysInSearch = { Escape: clearSearch, Enter: () => move(1), ArrowDown: () => move(1) };
   document.addEventListener("keydown", (event) => {
     if (event.ctrlKey || event.altKey || event.metaKey) return;
     // A log that has the focus scrolls with the arrows.
+    if (event.target === state) return;
     if (event.target.tagName === "PRE" && event.key.startsWith("Arrow")) return;
     const act = (event.target === search ? keysInSearch : keys)[event.key];
     if (!act) return;
@@ -268,16 +452,21 @@
     event.preventDefault();
   });
   search.addEventListener("input", apply);
-  failedOnly.addEventListener("change", apply);
+  state.addEventListener("change", apply);
   inOrder.addEventListener("change", apply);
   openAll.addEventListener("click", toggleAll);
-  // Paper cannot be opened.
-  window.addEventListener("beforeprint", () => shown.filter((entry) => entry.step.state !== "not run").forEach(fill));
+  // Paper cannot be opened. Of a long run it has the failures and the rows.
+  window.addEventListener("beforeprint", () => {
+    for (const details of document.querySelectorAll("#facts, #rows")) details.open = true;
+    const isPrinted = ({ step }) => (entries.length > LONG_RUN ? step.state === "failed" : step.state !== "not run");
+    shown.filter(isPrinted).forEach(fill);
+  });
 
   // With nothing to put right, how it ended is what one wants to see.
   if (!failed.length && ran.length) ran[ran.length - 1].open = true;
   drawHead();
   drawTimeline();
+  drawRows();
   entries.forEach(drawCard);
   apply();
   followLink();
