@@ -21,7 +21,7 @@ import pdb_file  # noqa: E402
 from interface import functions  # noqa: E402
 
 TEMPLATES = ROOT / "packaging"
-DLLTOOL = "llvm-dlltool-14"
+DLLTOOL = "llvm-dlltool"
 # The earliest that a zip can tell.
 NO_DATE = (1980, 1, 1, 0, 0, 0)
 

@@ -9,7 +9,6 @@ setup coverage || exit 1
 LEAST_LINES=97
 LEAST_BRANCHES=92
 FOLDER=build/coverage
-TOOLS=/usr/lib/llvm-14/bin
 mkdir -p "$FOLDER"
 
 if ! { cmake --preset coverage && cmake --build --preset coverage --target native_tests -- -j2; } \
@@ -24,7 +23,7 @@ if ! LLVM_PROFILE_FILE="$FOLDER/tests.profraw" "$FOLDER/bin/native_tests" >"$FOL
   echo "coverage: the tests failed; all of it: $FOLDER/tests.txt" >&2
   exit 1
 fi
-$TOOLS/llvm-profdata merge -o "$FOLDER/tests.profdata" "$FOLDER/tests.profraw" &&
-  $TOOLS/llvm-cov export -instr-profile="$FOLDER/tests.profdata" "$FOLDER/bin/native_tests" 2>"$FOLDER/export.txt" \
+llvm-profdata merge -o "$FOLDER/tests.profdata" "$FOLDER/tests.profraw" &&
+  llvm-cov export -instr-profile="$FOLDER/tests.profdata" "$FOLDER/bin/native_tests" 2>"$FOLDER/export.txt" \
     >"$FOLDER/tests.json" &&
   scripts/coverage_report.py "$FOLDER/tests.json" $LEAST_LINES $LEAST_BRANCHES

@@ -37,7 +37,7 @@ setup_needs() {
     package)
       setup_needs native
       echo g++-mingw-w64-x86-64-win32 x86_64-w64-mingw32-g++-win32
-      echo llvm-14 llvm-dlltool-14
+      echo llvm llvm-dlltool
       echo nodejs node
       echo npm npm
       echo mono-mcs mcs
@@ -71,7 +71,8 @@ setup_needs() {
     checks)
       setup_needs native
       echo clang clang
-      echo clang-format clang-format-14
+      # The one version that Debian 12 and 13 both have: two versions would ask for two formattings.
+      echo clang-format-19 clang-format-19
       echo libwine-dev /usr/include/wine/wine/windows/uiautomationclient.h
       ;;
     lint)
@@ -80,7 +81,7 @@ setup_needs() {
       ;;
     coverage)
       setup_needs fuzz
-      echo llvm-14 /usr/lib/llvm-14/bin/llvm-cov
+      echo llvm llvm-cov
       ;;
     bench)
       setup_needs native
@@ -89,7 +90,7 @@ setup_needs() {
     fuzz)
       setup_needs native
       echo clang clang++
-      echo libclang-rt-14-dev /usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a
+      echo libclang-rt-dev '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a'
       ;;
     *)
       echo "setup: no such purpose: $1" >&2

@@ -18,8 +18,7 @@ LRESULT CallOn(State& state, Thread& owner, HookCall& call) {
   }
   owner.hookCalls.push_back(&call);
   state.changed.notify_all();
-  state.Wait(
-      kNever, [&] { return call.done || owner.ended; }, "a hook procedure");
+  state.Wait(kNever, [&] { return call.done || owner.ended; }, "a hook procedure");
   return call.result;
 }
 
@@ -141,8 +140,7 @@ BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) {
   Thread& self = call->Self();
   const bool outer = std::exchange(self.inGetMessage, true);
   while (self.messages.empty() && !self.quit) {
-    call->Wait(
-        kNever, [&self] { return !self.messages.empty() || self.quit || !self.hookCalls.empty(); }, "a message");
+    call->Wait(kNever, [&self] { return !self.messages.empty() || self.quit || !self.hookCalls.empty(); }, "a message");
     AnswerHookCalls(*call, self);
   }
   self.inGetMessage = outer;

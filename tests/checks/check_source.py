@@ -122,7 +122,7 @@ class Source(unittest.TestCase):
 
     def test_format(self):
         """source: formatted by clang-format"""
-        formatter = tool("clang-format-14")
+        formatter = tool("clang-format-19")
         files = [str(file) for file in sources(*CODE)]
         result = run(formatter, "--dry-run", "--Werror", *files, cwd=ROOT)
         wrong = sorted(set(re.findall(rf"^{ROOT}/(\S+?):\d+", result.stderr, re.M)))

@@ -80,8 +80,7 @@ TEST_F(StandinTest, FailingCallsHaveNoEffectButReleasesRelease) {
   desktop.Clipboard().Set(u"before");
   const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 2);
   const HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, desktop.Windows().AddProcess(u"C:\\a.exe"));
-  const HHOOK hook = SetWindowsHookExW(
-      WH_MOUSE_LL, [](int, WPARAM, LPARAM) -> LRESULT { return 0; }, nullptr, 0);
+  const HHOOK hook = SetWindowsHookExW(WH_MOUSE_LL, [](int, WPARAM, LPARAM) -> LRESULT { return 0; }, nullptr, 0);
   SetPropW(window, u"Property", process);
   AttachThreadInput(GetCurrentThreadId(), GetWindowThreadProcessId(window, nullptr), TRUE);
   OpenClipboard(nullptr);
@@ -103,9 +102,7 @@ TEST_F(StandinTest, FailingCallsHaveNoEffectButReleasesRelease) {
   EXPECT_EQ(SysAllocString(u"x"), nullptr);
   EXPECT_EQ(CoTaskMemAlloc(2), nullptr);
   EXPECT_EQ(WaitForSingleObject(process, 5), 0xFFFFFFFF);
-  EXPECT_EQ(CreateThread(
-                nullptr, 0, [](LPVOID) -> DWORD { return 0; }, nullptr, 0, nullptr),
-            nullptr);
+  EXPECT_EQ(CreateThread(nullptr, 0, [](LPVOID) -> DWORD { return 0; }, nullptr, 0, nullptr), nullptr);
 
   EXPECT_FALSE(GlobalUnlock(block));
   EXPECT_NE(GlobalFree(block), nullptr);

@@ -29,8 +29,7 @@ class FaultSweepTest : public DesktopTest {
   };
 
   // Runs the scenario with the faults that `inject` sets. What it writes to the console is dropped.
-  static int Run(
-      const Scenario& scenario, Form& form, const std::function<void()>& inject = [] {}) {
+  static int Run(const Scenario& scenario, Form& form, const std::function<void()>& inject = [] {}) {
     ::testing::internal::CaptureStdout();
     inject();
     const int code = scenario.call(form);
@@ -122,10 +121,8 @@ TEST_F(FaultSweepTest, EveryPlatformCallFailsOnce) {
     for (std::size_t i = 0; i < calls.size(); ++i) {
       const std::string site = "call " + std::to_string(i + 1) + " (" + calls[i] + ")";
       ++counts.sites;
-      RunWith(
-          scenario, [&] { TheDesktop().Faults().FailNth(i + 1); }, site, BelongsToLog(calls[i]));
-      RunWith(
-          scenario, [&] { TheDesktop().Faults().FailFromNth(i + 1); }, site + " and later", true);
+      RunWith(scenario, [&] { TheDesktop().Faults().FailNth(i + 1); }, site, BelongsToLog(calls[i]));
+      RunWith(scenario, [&] { TheDesktop().Faults().FailFromNth(i + 1); }, site + " and later", true);
       counts.runs += 2;
       if (HasFailure()) {
         return;
@@ -225,8 +222,7 @@ TEST_F(FaultSweepTest, EveryAllocationFailsOnce) {
     const std::size_t count = allocations::StopCounting();
     ::testing::internal::GetCapturedStdout();
     for (std::size_t i = 1; i <= count && !HasFailure(); ++i, ++sites) {
-      RunWith(
-          withMemory, [&] { allocations::FailNth(i); }, "allocation " + std::to_string(i), false);
+      RunWith(withMemory, [&] { allocations::FailNth(i); }, "allocation " + std::to_string(i), false);
     }
   }
   std::printf("fault sweep: %d allocation sites\n", sites);

@@ -27,10 +27,15 @@ using Text = std::basic_string<KorvaneChar>;
 using TextView = std::basic_string_view<KorvaneChar>;
 using std::chrono::milliseconds;
 
-enum class [[nodiscard]] Code{Ok = KORVANE_OK, NotFound = KORVANE_NOT_FOUND, InvalidArgument = KORVANE_INVALID_ARGUMENT,
-                              Failed = KORVANE_FAILED, Cancelled = KORVANE_CANCELLED};
+enum class [[nodiscard]] Code {
+  Ok = KORVANE_OK,
+  NotFound = KORVANE_NOT_FOUND,
+  InvalidArgument = KORVANE_INVALID_ARGUMENT,
+  Failed = KORVANE_FAILED,
+  Cancelled = KORVANE_CANCELLED
+};
 
-enum class [[nodiscard]] Answer{Yes = 1, No = 0, Unreadable = -1, InvalidArgument = -2};
+enum class [[nodiscard]] Answer { Yes = 1, No = 0, Unreadable = -1, InvalidArgument = -2 };
 
 enum class Method {
   Undecided = KORVANE_METHOD_UNDECIDED,
