@@ -179,6 +179,42 @@ void AppendedFile::Write(const std::string& bytes) {
   }
 }
 
+GrowingFile::GrowingFile(const std::string& name) : name_(name), path_(Followed(PathOf(name))) {
+  const Kind kind = system_file::KindOf(path_);
+  if (kind == Kind::Folder) {
+    throw CannotWrite(name_, "is a folder");
+  }
+  isStream_ = kind == Kind::Stream;
+  isNew_ = kind == Kind::Missing;
+  file_ = isNew_ ? system_file::CreatePrivate(path_, problem_) : system_file::OpenToWrite(path_, problem_);
+  if (!file_) {
+    throw CannotWrite(name_, problem_.message());
+  }
+}
+
+GrowingFile::~GrowingFile() {
+  if (isNew_ && !begun_) {
+    std::error_code ignored;
+    file_ = {};
+    filesystem::remove(path_, ignored);
+  }
+}
+
+void GrowingFile::Append(std::string_view bytes) {
+  if (!problem_ && !std::exchange(begun_, true) && !isStream_) {
+    system_file::Empty(file_, problem_);
+  }
+  if (!problem_) {
+    system_file::WriteAll(file_, bytes, problem_);
+  }
+}
+
+void GrowingFile::Finish() const {
+  if (problem_) {
+    throw CannotWrite(name_, problem_.message());
+  }
+}
+
 bool AreSameFile(const std::string& left, const std::string& right) {
   if (system_file::KindOf(PathOf(left)) == Kind::Stream) {
     return false;

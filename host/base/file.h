@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <system_error>
 
 #include "host/base/system_file.h"
 
@@ -72,6 +74,31 @@ class AppendedFile {
  private:
   std::string name_;
   system_file::File file_;
+};
+
+// A file that is there from its first part on, so that whatever ends the program leaves what was written until then.
+// Until the first part, what was in it stays. A new file is for its owner alone.
+class GrowingFile {
+ public:
+  // Opens it. Failure: CannotWrite
+  explicit GrowingFile(const std::string& name);
+  GrowingFile(const GrowingFile&) = delete;
+  GrowingFile& operator=(const GrowingFile&) = delete;
+  ~GrowingFile();
+
+  // After a part that cannot be written, nothing more is.
+  void Append(std::string_view bytes);
+  // Failure: CannotWrite, when a part could not be written
+  void Finish() const;
+
+ private:
+  std::string name_;
+  std::filesystem::path path_;
+  system_file::File file_;
+  std::error_code problem_;
+  bool isNew_ = false;
+  bool isStream_ = false;
+  bool begun_ = false;
 };
 
 // Whether two names lead to one file, which is there; a device is none.

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <optional>
+#include <utility>
 
 #include "host/base/encoding.h"
 #include "host/base/file.h"
@@ -80,9 +81,9 @@ void CheckNames(const ReplayCommandOptions& options) {
 
 // Opened before anything is clicked: a replay that ends for want of a file to write has already changed something.
 struct Outputs {
-  explicit Outputs(const ReplayCommandOptions& options) {
+  Outputs(const ReplayCommandOptions& options, const Recording& recording, const std::vector<DataRow>& rows) {
     if (!options.report.empty()) {
-      report.emplace(options.report);
+      report.emplace(options.report, recording, rows);
     }
     if (!options.junit.empty()) {
       junit.emplace(options.junit);
@@ -91,7 +92,7 @@ struct Outputs {
       proposals.emplace(options.proposals);
     }
   }
-  std::optional<OutputFile> report;
+  std::optional<ReportWriter> report;
   std::optional<OutputFile> junit;
   std::optional<OutputFile> proposals;
 };
@@ -126,6 +127,23 @@ std::vector<std::pair<std::string, std::string>> FactsOf(const ReplayCommandOpti
                          (percent > 0 ? ", scaled to " + std::to_string(percent) + " %" : "")}};
 }
 
+// A report that is there already is replaced when the first step begins, and not before.
+Progress WithReport(Progress shown, ReportWriter& report, const ReplayOptions& options) {
+  Progress progress = shown;
+  progress.runBegins = [shown, &report, &options, begun = false](const Run& run) mutable {
+    if (!std::exchange(begun, true)) {
+      report.Begin(options);
+    }
+    report.BeginRun(run);
+    shown.runBegins(run);
+  };
+  progress.stepEnds = [shown, &report](const StepResult& result) {
+    report.Add(result);
+    shown.stepEnds(result);
+  };
+  return progress;
+}
+
 ExitCode ReplayAndTell(const ReplayCommandOptions& options, Json& answer) {
   answer["file"] = options.file;
   const Recording recording = LoadRecording(options.file);
@@ -140,7 +158,7 @@ ExitCode ReplayAndTell(const ReplayCommandOptions& options, Json& answer) {
     CheckVariables(recording, options.file, row == firstRow ? from : 0, rows[row].values);
   }
   CheckNames(options);
-  Outputs outputs(options);
+  Outputs outputs(options, recording, rows);
   // Until everything is written: whoever closes the console still gets the report of what was done.
   const world::InterruptionWatch watch;
   Secrets secrets;
@@ -154,13 +172,16 @@ ExitCode ReplayAndTell(const ReplayCommandOptions& options, Json& answer) {
   const RunOptions run{options.timeoutMs, options.dryRun, !options.report.empty(), options.strict, secrets};
   const ReplayOptions replay{options.file,     run, firstRow, from, options.retries, FactsOf(options, secrets),
                              options.keepGoing};
-  const Replayed replayed =
-      Replay(recording, rows, log, replay, ShowProgress(recording, world::OutputIsTerminal() && !options.json));
+  Progress progress = ShowProgress(recording, world::OutputIsTerminal() && !options.json);
+  if (outputs.report) {
+    progress = WithReport(std::move(progress), *outputs.report, replay);
+  }
+  const Replayed replayed = Replay(recording, rows, log, replay, progress);
   answer.update(ReplayToJson(recording, rows, replayed));
   // What is told does not depend on what can be written.
   Tell(replayed, options);
   if (outputs.report) {
-    outputs.report->Write(WriteReport(recording, rows, replayed, replay));
+    outputs.report->End(replayed);
     std::cout << "  report: " << options.report << "\n";
   }
   if (outputs.junit) {

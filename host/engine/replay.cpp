@@ -58,6 +58,15 @@ StepResult RunStep(StepRunner& runner, std::size_t index, Variables& variables, 
   return result;
 }
 
+// Pictures and lines are for whoever is told of the step as it ends: kept, they would grow with the run.
+void ForgetEvidence(StepResult& result) {
+  result.before = result.picture = result.screen = std::nullopt;
+  result.lines = {};
+  for (StepResult& earlier : result.earlier) {
+    ForgetEvidence(earlier);
+  }
+}
+
 }  // namespace
 
 Replayed Replay(const Recording& recording, const std::vector<DataRow>& rows, LibraryLog& log,
@@ -87,6 +96,7 @@ Replayed Replay(const Recording& recording, const std::vector<DataRow>& rows, Li
         replayed.code = replayed.code == ExitCode::Ok || code == ExitCode::Cancelled ? code : replayed.code;
       }
       progress.stepEnds(result);
+      ForgetEvidence(result);
       if (ends) {
         replayed.rowsLeft = rows.size() - row - 1;
         replayed.milliseconds = world::Now() - start;

@@ -52,7 +52,7 @@ std::string Describe(const Totals& totals);
 // The recording with the targets that healed steps propose.
 Recording Corrected(const Recording& recording, const Replayed& replayed);
 
-// What is told on the way.
+// What is told on the way. A result has its pictures and its lines of the log only there.
 struct Progress {
   std::function<void(const Run&)> runBegins;
   std::function<void(std::size_t index)> stepBegins;

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <ctime>
-#include <map>
-#include <optional>
+#include <functional>
 
 #include "host/engine/find_window.h"
 #include "host/engine/result_words.h"
@@ -22,25 +21,6 @@ std::string LocalTime() {
   std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&now));
   return text;
 }
-
-// Pictures of the replay, each once: a step that only reads leaves the window as it was.
-class Pictures {
- public:
-  std::size_t IndexOf(const std::string& address) {
-    const auto [place, isNew] = indices_.try_emplace(address, indices_.size());
-    if (isNew) {
-      addresses_.push_back(address);
-    }
-    return place->second;
-  }
-  const Json& Addresses() const {
-    return addresses_;
-  }
-
- private:
-  std::map<std::string, std::size_t> indices_;
-  Json addresses_ = Json::array();
-};
 
 // In parts of a hundred of the picture, so that it stays in place at any size.
 double Part(int length, int whole) {
@@ -67,17 +47,15 @@ std::optional<world::Rect> RecordedPlace(const WindowName& recorded, const StepR
   return known && inside ? std::optional(world::Rect{x, y, x, y}) : std::nullopt;
 }
 
-Json PictureToJson(const world::Picture& picture, Pictures& pictures) {
+Json PictureToJson(const world::Picture& picture, std::size_t index) {
   const world::Rect& area = picture.area;
-  return {{"index", pictures.IndexOf(picture.address)},
-          {"width", area.right - area.left},
-          {"height", area.bottom - area.top}};
+  return {{"index", index}, {"width", area.right - area.left}, {"height", area.bottom - area.top}};
 }
 
 // The target where it was when the picture was taken, and the point that the click was to go to.
-Json PictureBefore(const StepResult& result, Pictures& pictures) {
+Json PictureBefore(const StepResult& result, std::size_t index) {
   const world::Rect& area = result.before->area;
-  Json json = PictureToJson(*result.before, pictures);
+  Json json = PictureToJson(*result.before, index);
   if (result.mark) {
     json["mark"] = MarkToJson(*result.mark, area);
   }
@@ -88,8 +66,8 @@ Json PictureBefore(const StepResult& result, Pictures& pictures) {
 }
 
 // Of a target that was not found, the place where it was recorded.
-Json PictureAfter(const Recording& recording, const StepResult& result, Pictures& pictures) {
-  Json json = PictureToJson(*result.picture, pictures);
+Json PictureAfter(const Recording& recording, const StepResult& result, std::size_t index) {
+  Json json = PictureToJson(*result.picture, index);
   if (result.before || !result.step->hasTarget) {
     return json;
   }
@@ -119,8 +97,81 @@ Json StepToJson(const Recording& recording, std::size_t index) {
   return {{"number", index + 1}, {"title", Title(step)}};
 }
 
-Json ResultToJson(const Recording& recording, const StepResult& result, double runStart, Pictures& pictures) {
-  Json json = StepToJson(recording, result.index);
+// Nothing in the data may look like the end of the script element that holds it.
+std::string WithoutTags(const std::string& json) {
+  std::string safe;
+  for (const char character : json) {
+    safe += character == '<' ? std::string("\\u003c") : std::string(1, character);
+  }
+  return safe;
+}
+
+std::string Block(const char* kind, const Json& content) {
+  const Json block = {{kind, content}};
+  return "<script type=\"application/json\">" +
+         WithoutTags(block.dump(-1, ' ', false, Json::error_handler_t::replace)) + "</script>\n";
+}
+
+}  // namespace
+
+std::size_t ReportWriter::Pictures::IndexOf(const std::string& address) {
+  const auto [place, isNew] =
+      indices_.try_emplace({std::hash<std::string>()(address), address.size()}, indices_.size());
+  if (isNew) {
+    file_.Append(Block("picture", address));
+  }
+  return place->second;
+}
+
+ReportWriter::ReportWriter(const std::string& file, const Recording& recording, const std::vector<DataRow>& rows)
+    : file_(file), recording_(recording), rows_(rows) {}
+
+void ReportWriter::Begin(const ReplayOptions& options) {
+  secrets_ = options.run.secrets;
+  Json windows = Json::array();
+  for (const WindowName& window : recording_.windows) {
+    windows.push_back(Describe(window));
+  }
+  Json steps = Json::array();
+  for (std::size_t i = 0; i < recording_.steps.size(); ++i) {
+    steps.push_back(StepToJson(recording_, i));
+  }
+  file_.Append(
+      kReportBeforeData +
+      Block("begin", {{"file", options.file},
+                      {"time", LocalTime()},
+                      {"row", options.row == 0 ? std::string() : "row " + std::to_string(rows_[options.row].number)},
+                      {"from", options.from + 1},
+                      {"dryRun", options.run.dryRun},
+                      {"facts", options.facts},
+                      {"windows", windows},
+                      {"steps", steps}}));
+}
+
+void ReportWriter::BeginRun(const Run& run) {
+  runStart_.reset();
+  Json values = Json::array();
+  for (const auto& [name, value] : rows_[run.row].values) {
+    values.push_back({name, secrets_.Masked(value)});
+  }
+  file_.Append(Block("run", {{"name", run.name}, {"from", run.from}, {"values", values}}));
+}
+
+void ReportWriter::Add(const StepResult& result) {
+  runStart_ = runStart_.value_or(result.start);
+  file_.Append(Block("step", ResultToJson(result)));
+}
+
+void ReportWriter::End(const Replayed& replayed) {
+  file_.Append(Block("end", {{"milliseconds", replayed.milliseconds},
+                             {"exitCode", static_cast<int>(replayed.code)},
+                             {"rowsLeft", replayed.rowsLeft}}) +
+               kReportAfterData);
+  file_.Finish();
+}
+
+Json ReportWriter::ResultToJson(const StepResult& result) {
+  Json json = StepToJson(recording_, result.index);
   json["state"] = WordOf(result.state);
   json["healing"] = result.healing;
   json["code"] = result.code;
@@ -128,7 +179,7 @@ Json ResultToJson(const Recording& recording, const StepResult& result, double r
                   : result.state == StepState::Healed ? WordOf(result.state)
                                                       : WordsOfCode(result.code);
   json["text"] = result.step->action == Action::Read ? std::string() : result.text;
-  json["start"] = result.start - runStart;
+  json["start"] = result.start - runStart_.value_or(result.start);
   json["milliseconds"] = result.milliseconds;
   json["remark"] = result.remark;
   json["explanation"] = result.explanation;
@@ -148,70 +199,15 @@ Json ResultToJson(const Recording& recording, const StepResult& result, double r
   }
   json["hasTarget"] = result.step->hasTarget;
   if (result.before) {
-    json["before"] = PictureBefore(result, pictures);
+    json["before"] = PictureBefore(result, pictures_.IndexOf(result.before->address));
   }
   if (result.picture) {
-    json["after"] = PictureAfter(recording, result, pictures);
+    json["after"] = PictureAfter(recording_, result, pictures_.IndexOf(result.picture->address));
   }
   if (result.screen) {
-    json["screen"] = PictureToJson(*result.screen, pictures);
+    json["screen"] = PictureToJson(*result.screen, pictures_.IndexOf(result.screen->address));
   }
   return json;
-}
-
-Json RunToJson(const Recording& recording, const Run& run, const DataRow& row, const Secrets& secrets,
-               Pictures& pictures) {
-  Json steps = Json::array();
-  const double start = run.steps.empty() ? 0 : run.steps.front().start;
-  for (const StepResult& result : run.steps) {
-    steps.push_back(ResultToJson(recording, result, start, pictures));
-  }
-  for (std::size_t i = run.from + run.steps.size(); i < recording.steps.size(); ++i) {
-    Json skipped = StepToJson(recording, i);
-    skipped["state"] = "not run";
-    steps.push_back(skipped);
-  }
-  Json values = Json::array();
-  for (const auto& [name, value] : row.values) {
-    values.push_back({name, secrets.Masked(value)});
-  }
-  return {{"name", run.name}, {"values", values}, {"steps", steps}};
-}
-
-// Nothing in the data may look like the end of the script element that holds it.
-std::string WithoutTags(const std::string& json) {
-  std::string safe;
-  for (const char character : json) {
-    safe += character == '<' ? std::string("\\u003c") : std::string(1, character);
-  }
-  return safe;
-}
-
-}  // namespace
-
-std::string WriteReport(const Recording& recording, const std::vector<DataRow>& rows, const Replayed& replayed,
-                        const ReplayOptions& options) {
-  Json windows = Json::array();
-  for (const WindowName& window : recording.windows) {
-    windows.push_back(Describe(window));
-  }
-  Json data = {{"file", options.file},
-               {"time", LocalTime()},
-               {"row", options.row == 0 ? std::string() : replayed.runs.front().name},
-               {"from", options.from + 1},
-               {"dryRun", options.run.dryRun},
-               {"milliseconds", replayed.milliseconds},
-               {"exitCode", static_cast<int>(replayed.code)},
-               {"facts", options.facts},
-               {"rowsLeft", replayed.rowsLeft},
-               {"windows", windows},
-               {"runs", Json::array()}};
-  Pictures pictures;
-  for (const Run& run : replayed.runs) {
-    data["runs"].push_back(RunToJson(recording, run, rows[run.row], options.run.secrets, pictures));
-  }
-  data["pictures"] = pictures.Addresses();
-  return kReportBeforeData + WithoutTags(data.dump(-1, ' ', false, Json::error_handler_t::replace)) + kReportAfterData;
 }
 
 }  // namespace host

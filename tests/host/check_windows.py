@@ -13,6 +13,7 @@ import sys
 import time
 import unittest
 
+import replays
 from program import CONFIRMATION, SCRIPT, VALUES, WINDOWS, scratch
 from repository import ROOT, run_windows
 from Xlib import display
@@ -85,11 +86,10 @@ class Windows(unittest.TestCase):
             out = self.runs(0, "replay", "order.json", *VALUES, "--log", "k.log", "--report", "r.html", folder=folder)
             self.assertIn(CONFIRMATION, out)
             self.assertIn("  11 steps: 11 ok, 0 healed, 0 failed, 0 not run, in ", out)
-        data = re.search(r'id="data">(.*?)</script>', (folder / "r.html").read_text(encoding="utf-8"), re.S)[1]
-        report = json.loads(data)
-        pictures = [step["before"] for step in report["runs"][0]["steps"]]
+        blocks = replays.blocks(folder / "r.html")
+        pictures = [block["step"]["before"] for block in blocks if "step" in block]
         self.assertEqual(11, len([picture for picture in pictures if "mark" in picture]))
-        for picture in report["pictures"]:
+        for picture in [block["picture"] for block in blocks if "picture" in block]:
             kind, _, content = picture.partition(",")
             content = base64.b64decode(content)
             self.assertEqual(("data:image/png;base64", b"\x89PNG"), (kind, content[:4]))
@@ -148,6 +148,8 @@ class Windows(unittest.TestCase):
             user.press("Lowe7pass\r")
             user.read_until("Status")
             self.assertNotIn("Lowe", user.before)
+            # Nothing that was done is lost, however the program ends.
+            self.assertEqual([1], [block["step"]["number"] for block in replays.blocks(folder / "r.html") if "step" in block])
             user.press("\x03")
             self.assertEqual(5, user.wait())
         self.assertIn("The program was told to end", (folder / "r.html").read_text(encoding="utf-8"))

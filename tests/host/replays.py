@@ -3,6 +3,7 @@
 import csv
 import json
 import os
+import re
 
 from program import korvane, scratch
 
@@ -53,6 +54,12 @@ def report(name, expected_code, *arguments, steps=STEPS, change=lambda recording
     code, out, err = korvane(*words, folder=folder, desktop=desktop)
     assert code == expected_code, f"{name}: exit code {code}\n{out}{err}"
     return page
+
+
+def blocks(page):
+    """The data of a report, in the order in which they were written."""
+    written = page.read_text(encoding="utf-8")
+    return [json.loads(block) for block in re.findall(r'<script type="application/json">(.*?)</script>', written, re.S)]
 
 
 def good():

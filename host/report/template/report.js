@@ -1,6 +1,31 @@
 "use strict";
-(() => {
-  const data = JSON.parse(document.getElementById("data").textContent);
+// The data come in blocks, written as the replay went on: how it began, then rows, pictures and steps as they came, and
+// how it ended. When the program was ended from outside, the last ones are missing, and one may be cut.
+function readBlocks() {
+  const data = { runs: [], pictures: [], ended: false };
+  for (const block of document.querySelectorAll('script[type="application/json"]')) {
+    let part;
+    try {
+      part = JSON.parse(block.textContent);
+    } catch {
+      continue;
+    }
+    if (part.begin) Object.assign(data, part.begin);
+    if (part.run) data.runs.push({ ...part.run, steps: [] });
+    if (part.picture) data.pictures.push(part.picture);
+    if (part.step) data.runs.at(-1).steps.push(part.step);
+    if (part.end) Object.assign(data, part.end, { ended: true });
+  }
+  for (const run of data.runs) {
+    for (const step of data.steps.slice(run.from + run.steps.length)) run.steps.push({ ...step, state: "not run" });
+  }
+  const last = data.runs.at(-1)?.steps.findLast((step) => step.milliseconds !== undefined);
+  data.milliseconds ??= last ? last.start + last.milliseconds : 0;
+  return data;
+}
+
+document.addEventListener("DOMContentLoaded", () => {
+  const data = readBlocks();
   const byId = (id) => document.getElementById(id);
   const search = byId("search");
   const state = byId("state");
@@ -41,12 +66,12 @@
   function drawHead() {
     const name = data.file.replace(/^.*[\\/]/, "");
     const cancelled = failed.some((entry) => entry.step.words === "cancelled");
-    const verdict = cancelled ? "cancelled" : failed.length ? plural(failed.length, "failure")
+    const verdict = !data.ended ? "ended from outside" : cancelled ? "cancelled" : failed.length ? plural(failed.length, "failure")
       : healed.length ? "passed, " + healed.length + " healed" : "all steps passed";
-    document.title = (cancelled ? "Cancelled: " : failed.length ? "Failed: " : healed.length ? "Healed: " : "Passed: ") + name;
+    document.title = (!data.ended ? "Ended: " : cancelled ? "Cancelled: " : failed.length ? "Failed: " : healed.length ? "Healed: " : "Passed: ") + name;
     byId("title").textContent = name;
     byId("verdict").textContent = verdict;
-    byId("verdict").classList.toggle("failed", failed.length > 0);
+    byId("verdict").classList.toggle("failed", failed.length > 0 || !data.ended);
     byId("verdict").classList.toggle("healed", failed.length === 0 && healed.length > 0);
     const bad = new Set(failed.map((entry) => entry.run)).size;
     byId("about").textContent = together([
@@ -61,7 +86,7 @@
       data.time,
     ]);
     const list = byId("facts").querySelector("dl");
-    for (const [what, which] of [...data.facts, ["Exit code", data.exitCode]]) {
+    for (const [what, which] of [...data.facts, ["Exit code", data.exitCode ?? "none: the program was ended from outside, and the report ends there"]]) {
       if (which !== "") list.append(make("dt", "", what), make("dd", "", which));
     }
   }
@@ -471,4 +496,4 @@
   apply();
   followLink();
   window.addEventListener("hashchange", followLink);
-})();
+});
