@@ -127,9 +127,9 @@ std::size_t Distance(const std::string& left, const std::string& right) {
     return Distance(word, left) < Distance(word, right);
   });
   constexpr std::size_t kMostChanges = 3;
-  const bool near = nearest != known.end() && Distance(word, *nearest) <= std::min(kMostChanges, word.size() / 2);
+  const bool similar = nearest != known.end() && Distance(word, *nearest) <= std::min(kMostChanges, word.size() / 2);
   throw Failure(ExitCode::Usage,
-                "\"" + Shortened(word, 60) + "\" is no " + what + (near ? "; did you mean \"" + *nearest + "\"?" : ""));
+                "\"" + Shortened(word, 60) + "\" is no " + what + (similar ? "; did you mean \"" + *nearest + "\"?" : ""));
 }
 
 // Unknown words are named with the nearest one that is known.
