@@ -31,6 +31,8 @@ struct Options {
   RecordOptions record;
   CheckOptions check;
   ReplayCommandOptions replay;
+  ExportOptions exported;
+  EditOptions edit;
   bool windowInJson = false;
   std::string log;
 };
@@ -94,6 +96,33 @@ void AddReplay(CLI::App& program, ReplayCommandOptions& options, ExitCode& code)
   command->add_flag("--keep-going", options.keepGoing, "After a failure go on with the next step, or the next row");
   command->add_flag("--json", options.json, "Answer in JSON on the standard output, tell the rest on the other one");
   command->callback([&] { code = RunReplay(options); });
+}
+
+void AddExport(CLI::App& program, ExportOptions& options, ExitCode& code) {
+  CLI::App* const command = program.add_subcommand("export", "Write a program that does what a recording says");
+  command->add_option("FILE", options.file, "The recording, which the program reads its targets from")->required();
+  command->add_option("--language", options.language, "What the program is written in")
+      ->required()
+      ->check(CLI::IsMember(ExportLanguages()));
+  command->add_option("--output", options.output, "The program's file (beside the recording, under its name)");
+  command->add_flag("--force", options.force, "Replace a program that is there");
+  command->callback([&] { code = Export(options); });
+}
+
+void AddEdit(CLI::App& program, EditOptions& options, ExitCode& code) {
+  CLI::App* const command = program.add_subcommand("edit", "List a recording's steps, or change one thing in them");
+  command->add_option("FILE", options.file, "The recording")->required();
+  CLI::Option_group* const change = command->add_option_group("change");
+  change->add_option("--delete", options.remove, "Take these steps out, as in 3,4")
+      ->delimiter(',')
+      ->allow_extra_args(false);
+  change->add_option("--move", options.move, "STEP PLACE: the step gets this number")->expected(2);
+  change->add_option("--rename", options.rename, "STEP NAME: the step gets this name")->expected(2);
+  CLI::Option* const repoint =
+      change->add_option("--repoint", options.repoint, "The step acts on what is at the point of --at");
+  change->require_option(0, 1);
+  command->add_option("--at", options.at, "The screen point X,Y")->delimiter(',')->expected(2)->needs(repoint);
+  command->callback([&] { code = Edit(options); });
 }
 
 void AddWindow(CLI::App& program, bool& json, ExitCode& code) {
@@ -185,6 +214,8 @@ int RunCommandLine(std::vector<std::string> words) {
   AddRecord(program, options.record, code);
   AddCheck(program, options.check, code);
   AddReplay(program, options.replay, code);
+  AddExport(program, options.exported, code);
+  AddEdit(program, options.edit, code);
   AddWindow(program, options.windowInJson, code);
   AddLog(program, options.log, code);
   CheckWords(program, words);

@@ -54,6 +54,28 @@ struct ReplayCommandOptions {
 };
 ExitCode RunReplay(const ReplayCommandOptions& options);
 
+struct ExportOptions {
+  std::string file;
+  std::string language;
+  std::string output;  // empty: beside the recording, under its name
+  bool force = false;
+};
+// Their names, for --language.
+std::vector<std::string> ExportLanguages();
+ExitCode Export(const ExportOptions& options);
+
+// Without a change it lists the steps.
+struct EditOptions {
+  std::string file;
+  // Steps by their numbers from 1, as the command line has them.
+  std::vector<std::string> remove;
+  std::vector<std::string> move;    // the step, and the number that it gets
+  std::vector<std::string> rename;  // the step, and its name
+  std::string repoint;
+  std::vector<int> at;  // where that one points from now on
+};
+ExitCode Edit(const EditOptions& options);
+
 ExitCode PickWindow(bool json);
 ExitCode ShowLog(const std::string& file);
 
