@@ -431,7 +431,7 @@ class Commands(unittest.TestCase):
         self.says(0, "replay", "new.json", *VALUES)
         told = re.findall(r"^  (\d)  (.*)$", self.says(0, "--help"), re.M)
         self.assertEqual(told, re.findall(r"^\| (\d) \| (.*) \|$", page, re.M))
-        for command in ("capture", "record", "replay"):
+        for command in ("capture", "edit", "export", "record", "replay"):
             for option in re.findall(r"--[a-z-]+", self.says(0, command, "--help")):
                 self.assertTrue(option == "--help" or option in page, option)
 

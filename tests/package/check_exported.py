@@ -28,14 +28,14 @@ def recording():
     assert made.returncode == 0, made.stdout + made.stderr
     recorded = json.loads((folder / "order.json").read_text(encoding="utf-8"))
     steps = {step["name"]: step for step in recorded["steps"]}
-    steps["Phone"].update(text="tel. ${SECRET_1}", replace=True)
+    steps["Note"].update(text="ring ${SECRET_1}", replace=True)
     steps["Street"]["replace"] = True
     steps["City"]["text"] = 'Port "Ellis" \\ 5?'
     place = recorded["steps"].index(steps["Submit"])
     recorded["steps"][place:place] = [
         {"name": "next field", "action": "shortcut", "keys": "Tab", "window": 1},
         {**steps["City"], "action": "check", "match": "equals"},
-        {**steps["Phone"], "action": "check", "text": "tel. ${SECRET_1}", "match": "equals"},
+        {**steps["Note"], "action": "check", "text": "ring ${SECRET_1}", "match": "equals"},
     ]
     for step in recorded["steps"]:
         if step["action"] in ("check", "wait", "read"):
@@ -166,7 +166,7 @@ class Exported(unittest.TestCase):
                                            seconds=SECONDS)
                 self.assertEqual((0, True), (code, output.endswith(CONFIRMED)), output)
             finally:
-                form.kill()
+                form.terminate()
                 form.wait()
 
     def test_refused(self):
