@@ -273,7 +273,7 @@ document.addEventListener("DOMContentLoaded", () => {
     const tries = make("div", "tries");
     step.earlier.forEach((each, index) => {
       const one = make("section");
-      one.append(make("h3", "", "Try " + (index + 1) + ": " + each.words + ", " + duration(each.milliseconds)),
+      one.append(make("h2", "", "Try " + (index + 1) + ": " + each.words + ", " + duration(each.milliseconds)),
         make("p", "remark", each.remark || each.explanation), drawLog(each.lines));
       tries.append(one);
     });
