@@ -157,8 +157,8 @@ std::size_t Distance(const std::string& left, const std::string& right) {
   });
   constexpr std::size_t kMostChanges = 3;
   const bool similar = nearest != known.end() && Distance(word, *nearest) <= std::min(kMostChanges, word.size() / 2);
-  throw Failure(ExitCode::Usage,
-                "\"" + Shortened(word, 60) + "\" is no " + what + (similar ? "; did you mean \"" + *nearest + "\"?" : ""));
+  throw Failure(ExitCode::Usage, "\"" + Shortened(word, 60) + "\" is no " + what +
+                                     (similar ? "; did you mean \"" + *nearest + "\"?" : ""));
 }
 
 // Unknown words are named with the nearest one that is known.

@@ -300,6 +300,10 @@ Identified Identify(const Sought& sought) {
   return identified;
 }
 
+std::string DifferenceFrom(const Sought& sought, const world::Element& element) {
+  return Difference(sought, element, Identification::TreePath);
+}
+
 TargetRecord FittedTo(const TargetRecord& record, const world::Element& window) {
   const std::size_t levels = LevelsOf(record);
   if (levels == 0 || TextOf(record.classNames[0]) == window.className) {

@@ -69,6 +69,8 @@ struct Identified {
 };
 Identified Identify(const Sought& sought);
 
+// How the element differs from the recorded one; empty: it does not.
+std::string DifferenceFrom(const Sought& sought, const world::Element& element);
 // The record's path as it leads from this window: an owned window stands below its owner on some desktops, so that a
 // path recorded from the owner has levels that are not in the window.
 TargetRecord FittedTo(const TargetRecord& record, const world::Element& window);

@@ -83,6 +83,10 @@ void StepRunner::Conceal(StepResult& result) const {
   for (std::string* const text : {&result.text, &result.remark, &result.healing}) {
     *text = secrets.Masked(std::move(*text));
   }
+  for (Candidate& candidate : result.candidates) {
+    candidate.what = secrets.Masked(std::move(candidate.what));
+    candidate.difference = secrets.Masked(std::move(candidate.difference));
+  }
   for (Attempt& attempt : result.attempts) {
     attempt.why = secrets.Masked(std::move(attempt.why));
   }
@@ -189,6 +193,10 @@ void StepRunner::IllustrateAfter(StepResult& result) {
   }
   if (failed && !actions_.ShowsAnySecret()) {
     result.screen = world::TakePictureOfScreen();
+  }
+  if (failed && result.window && result.step->hasTarget && !result.foundBy) {
+    const Step& step = *result.step;
+    result.candidates = NearestCandidates({step.target, step.label, recording_.windows[step.window], *result.window});
   }
   log_.NewLines();
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/engine/candidates.h"
 #include "host/engine/identify.h"
 #include "host/recording/recording.h"
 #include "host/world/world.h"
@@ -54,6 +55,7 @@ struct StepResult {
   // Afterwards, where no later step shows it: of a failure, and of the last step.
   std::optional<world::Picture> picture;
   std::optional<world::Picture> screen;  // of a failure: everything
+  std::vector<Candidate> candidates;     // of a target that was not found: what is there instead
 
   std::vector<StepResult> earlier;  // tries that failed before this one
 };

@@ -204,6 +204,13 @@ Json ReportWriter::ResultToJson(const StepResult& result) {
   if (result.picture) {
     json["after"] = PictureAfter(recording_, result, pictures_.IndexOf(result.picture->address));
   }
+  for (const Candidate& candidate : result.candidates) {
+    Json told = {{"what", candidate.what}, {"difference", candidate.difference}};
+    if (candidate.rect && result.picture) {
+      told["mark"] = MarkToJson(*candidate.rect, result.picture->area);
+    }
+    json["candidates"].push_back(std::move(told));
+  }
   if (result.screen) {
     json["screen"] = PictureToJson(*result.screen, pictures_.IndexOf(result.screen->address));
   }

@@ -161,6 +161,10 @@ std::vector<Element> Children(const Element& parent, int controlType, const Wide
   return FindAll(parent, TreeScope_Children, ConditionOf(controlType, className));
 }
 
+std::vector<Element> OfType(const Element& root, int controlType) {
+  return FindAll(root, TreeScope_Descendants, ConditionOf(controlType, {}));
+}
+
 std::vector<Element> WithAutomationId(const Element& root, const WideText& automationId) {
   return FindAll(root, TreeScope_Descendants, PropertyIs(UIA_AutomationIdPropertyId, Variant(automationId.c_str())));
 }

@@ -44,6 +44,8 @@ std::optional<Element> Parent(const Element& element);
 
 // Children in the platform's order, of that control type and that class; 0 and empty are not compared.
 std::vector<Element> Children(const Element& parent, int controlType, const WideText& className);
+// All below `root` of that control type.
+std::vector<Element> OfType(const Element& root, int controlType);
 // All below `root` that have it.
 std::vector<Element> WithAutomationId(const Element& root, const WideText& automationId);
 

@@ -115,6 +115,12 @@ class Report(unittest.TestCase):
         page.click("#in-order")
         self.assertEqual([("", number) for number in range(1, 9)], self.order())
 
+        candidates = page.run("return [...document.querySelectorAll('.candidates li')].map((each) => each.textContent)")
+        self.assertIn('field "102": its AutomationId is "102"', candidates[:3])
+        marked = page.run("""const [first] = document.querySelectorAll(".candidates button"); first.focus();
+          const seen = document.querySelectorAll(".candidate").length; first.blur();
+          return [seen, document.querySelectorAll(".candidate").length]""")
+        self.assertEqual([1, 0], marked)
         # Whoever was not there sees what else was.
         page.run("document.querySelector('.pictures details').open = true")
         (screen,) = [picture for picture in page.pictures() if picture["screen"]]

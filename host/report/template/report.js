@@ -269,6 +269,28 @@ document.addEventListener("DOMContentLoaded", () => {
     return list;
   }
 
+  // Each is marked in the picture while the mouse or the focus is on it.
+  function drawCandidates(step, pictures) {
+    const part = make("div", "candidates");
+    part.append(make("h2", "", "What is there of this kind, the nearest first"));
+    const list = make("ol");
+    for (const { what, difference, mark } of step.candidates) {
+      const item = make("li");
+      const button = make("button", "link", what);
+      button.type = "button";
+      const picture = pictures.querySelector(".picture");
+      const box = mark && picture && place("mark candidate", mark);
+      const show = () => { if (box) picture.append(box); };
+      const hide = () => box?.remove();
+      for (const event of ["mouseenter", "focus", "click"]) button.addEventListener(event, show);
+      for (const event of ["mouseleave", "blur"]) button.addEventListener(event, hide);
+      item.append(button, ": " + (difference || "as recorded"));
+      list.append(item);
+    }
+    part.append(list);
+    return part;
+  }
+
   function drawTries(step) {
     const tries = make("div", "tries");
     step.earlier.forEach((each, index) => {
@@ -311,6 +333,7 @@ document.addEventListener("DOMContentLoaded", () => {
     if (step.earlier) body.append(drawTries(step));
     const evidence = make("div", "evidence");
     const pictures = drawPictures(entry);
+    if (step.candidates) body.append(drawCandidates(step, pictures));
     if (pictures.childNodes.length) evidence.append(pictures);
     if (step.lines.length) evidence.append(drawLog(step.lines));
     body.append(evidence, make("p", "began", "code " + step.code + ", begun " + duration(step.start) + " into the run"));
