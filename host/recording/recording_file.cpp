@@ -237,6 +237,34 @@ ScriptStep ScriptedStep(const Json& json, const std::string& where) {
   return scripted;
 }
 
+constexpr std::size_t kLineColumns = 120;
+
+// On one line what fits there, so that a step is a few lines, and a change to it shows as one in a comparison.
+std::string Readable(const Json& json, std::size_t indent) {
+  if (!json.is_structured()) {
+    // Titles come from other programs; what is not text in them must not make the recording fail.
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+  }
+  constexpr std::size_t kStep = 2;
+  std::vector<std::string> items;
+  std::size_t columns = indent;
+  bool oneLine = true;
+  for (const auto& [name, value] : json.items()) {
+    const std::string field = json.is_object() ? Json(name).dump() + ": " : "";
+    items.push_back(field + Readable(value, indent + kStep));
+    columns += Columns(items.back()) + 2;
+    oneLine = oneLine && items.back().find('\n') == std::string::npos;
+  }
+  oneLine = oneLine && columns <= kLineColumns;
+  const std::string inner = oneLine ? "" : "\n" + std::string(indent + kStep, ' ');
+  std::string text(1, json.is_object() ? '{' : '[');
+  for (const std::string& item : items) {
+    text += (text.size() == 1 ? "" : oneLine ? ", " : ",") + inner + item;
+  }
+  text += oneLine ? "" : "\n" + std::string(indent, ' ');
+  return text + (json.is_object() ? '}' : ']');
+}
+
 }  // namespace
 
 std::string WriteRecording(const Recording& recording) {
@@ -252,8 +280,7 @@ std::string WriteRecording(const Recording& recording) {
   for (const Step& step : recording.steps) {
     json["steps"].push_back(StepToJson(step));
   }
-  // Titles come from other programs; what is not text in them must not make the recording fail.
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return Readable(json, 0) + "\n";
 }
 
 Recording ParseRecording(const std::string& file, const std::string& text) {

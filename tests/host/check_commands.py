@@ -51,6 +51,9 @@ class Commands(unittest.TestCase):
             **name["target"]))
         self.assertEqual([(50032, "OrderForm"), (50033, "OrderFormPanel"), (50004, "Edit")],
                          [(level["controlType"], level["className"]) for level in name["target"]["levels"]])
+        # A step is a few lines.
+        self.assertLess(recorded().count("\n"), 20 * len(recording["steps"]))
+        self.assertIn('\n          {"controlType": 50032, "className": "OrderForm", "childIndex": 1},\n', recorded())
         self.refuses(6, "order.json: is there already; --force replaces it", "record", "order.json", "--script", SCRIPT)
         self.says(0, "record", "order.json", "--script", SCRIPT, "--force")
         self.assertEqual(recorded(), (self.folder / "order.json").read_text(encoding="utf-8"))
