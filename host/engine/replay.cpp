@@ -60,7 +60,9 @@ StepResult RunStep(StepRunner& runner, std::size_t index, Variables& variables, 
 
 // Pictures and lines are for whoever is told of the step as it ends: kept, they would grow with the run.
 void ForgetEvidence(StepResult& result) {
-  result.before = result.picture = result.screen = std::nullopt;
+  result.before.reset();
+  result.picture.reset();
+  result.screen.reset();
   result.lines = {};
   for (StepResult& earlier : result.earlier) {
     ForgetEvidence(earlier);
