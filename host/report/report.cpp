@@ -47,15 +47,9 @@ std::optional<world::Rect> RecordedPlace(const WindowName& recorded, const StepR
   return known && inside ? std::optional(world::Rect{x, y, x, y}) : std::nullopt;
 }
 
-Json PictureToJson(const world::Picture& picture, std::size_t index) {
-  const world::Rect& area = picture.area;
-  return {{"index", index}, {"width", area.right - area.left}, {"height", area.bottom - area.top}};
-}
-
 // The target where it was when the picture was taken, and the point that the click was to go to.
-Json PictureBefore(const StepResult& result, std::size_t index) {
+Json WithTarget(Json json, const StepResult& result) {
   const world::Rect& area = result.before->area;
-  Json json = PictureToJson(*result.before, index);
   if (result.mark) {
     json["mark"] = MarkToJson(*result.mark, area);
   }
@@ -66,8 +60,7 @@ Json PictureBefore(const StepResult& result, std::size_t index) {
 }
 
 // Of a target that was not found, the place where it was recorded.
-Json PictureAfter(const Recording& recording, const StepResult& result, std::size_t index) {
-  Json json = PictureToJson(*result.picture, index);
+Json WithLostTarget(Json json, const Recording& recording, const StepResult& result) {
   if (result.before || !result.step->hasTarget) {
     return json;
   }
@@ -121,6 +114,17 @@ std::size_t ReportWriter::Pictures::IndexOf(const std::string& address) {
     file_.Append(Block("picture", address));
   }
   return place->second;
+}
+
+Json ReportWriter::Pictures::ToJson(const world::Picture& picture) {
+  const world::Rect& area = picture.area;
+  Json json = {
+      {"index", IndexOf(picture.address)}, {"width", area.right - area.left}, {"height", area.bottom - area.top}};
+  if (!picture.patch.empty()) {
+    json["patch"] = MarkToJson(picture.patchArea, area);
+    json["patch"]["index"] = IndexOf(picture.patch);
+  }
+  return json;
 }
 
 ReportWriter::ReportWriter(const std::string& file, const Recording& recording, const std::vector<DataRow>& rows)
@@ -199,10 +203,10 @@ Json ReportWriter::ResultToJson(const StepResult& result) {
   }
   json["hasTarget"] = result.step->hasTarget;
   if (result.before) {
-    json["before"] = PictureBefore(result, pictures_.IndexOf(result.before->address));
+    json["before"] = WithTarget(pictures_.ToJson(*result.before), result);
   }
   if (result.picture) {
-    json["after"] = PictureAfter(recording_, result, pictures_.IndexOf(result.picture->address));
+    json["after"] = WithLostTarget(pictures_.ToJson(*result.picture), recording_, result);
   }
   for (const Candidate& candidate : result.candidates) {
     Json told = {{"what", candidate.what}, {"difference", candidate.difference}};
@@ -212,7 +216,7 @@ Json ReportWriter::ResultToJson(const StepResult& result) {
     json["candidates"].push_back(std::move(told));
   }
   if (result.screen) {
-    json["screen"] = PictureToJson(*result.screen, pictures_.IndexOf(result.screen->address));
+    json["screen"] = pictures_.ToJson(*result.screen);
   }
   return json;
 }

@@ -31,9 +31,11 @@ class ReportWriter {
   class Pictures {
    public:
     explicit Pictures(GrowingFile& file) : file_(file) {}
-    std::size_t IndexOf(const std::string& address);
+    Json ToJson(const world::Picture& picture);
 
    private:
+    std::size_t IndexOf(const std::string& address);
+
     GrowingFile& file_;
     std::map<std::pair<std::size_t, std::size_t>, std::size_t> indices_;
   };

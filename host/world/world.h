@@ -75,6 +75,9 @@ double Now();  // milliseconds since some start
 struct Picture {
   std::string address;
   Rect area;
+  // What differs from it, and where on the screen; empty: nothing.
+  std::string patch{};
+  Rect patchArea{};
 };
 // Whether a window has time to draw what has just changed.
 enum class Settle { No, Yes };

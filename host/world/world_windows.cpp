@@ -107,30 +107,75 @@ void Append(void* bytes, void* data, int size) {
   static_cast<std::string*>(bytes)->append(static_cast<const char*>(data), static_cast<std::size_t>(size));
 }
 
-// Most steps begin with what the one before left: nothing costs as much here as to compress a picture.
-std::optional<Picture> PictureOf(Rect area) {
-  static std::vector<std::uint8_t> last;
-  static Picture picture;
-  const int width = area.right - area.left;
-  const int height = area.bottom - area.top;
-  if (width <= 0 || height <= 0) {
-    return std::nullopt;
-  }
-  std::vector<std::uint8_t> pixels = PixelsOf(area);
-  const bool isSameSize =
-      width == picture.area.right - picture.area.left && height == picture.area.bottom - picture.area.top;
-  if (pixels.empty() || (isSameSize && pixels == last)) {
-    return pixels.empty() ? std::nullopt : std::optional(Picture{picture.address, area});
-  }
+std::optional<std::string> Compressed(const std::uint8_t* pixels, int width, int height, int stride) {
   // Windows are made of even areas, which need no filter to become small: trying all of them takes most of the time.
   stbi_write_force_png_filter = 0;
   std::string png;
-  if (!stbi_write_png_to_func(Append, &png, width, height, 3, pixels.data(), width * 3)) {
+  if (!stbi_write_png_to_func(Append, &png, width, height, 3, pixels, stride)) {
     return std::nullopt;
   }
-  last = std::move(pixels);
-  picture = {"data:image/png;base64," + Base64(png), area};
-  return picture;
+  return "data:image/png;base64," + Base64(png);
+}
+
+// Where two pictures of one size differ; empty where they do not.
+Rect Difference(const std::vector<std::uint8_t>& left, const std::vector<std::uint8_t>& right, int width, int height) {
+  Rect box{width, height, 0, 0};
+  const auto stride = static_cast<std::size_t>(width) * 3;
+  for (int y = 0; y < height; ++y) {
+    const std::uint8_t* const a = left.data() + static_cast<std::size_t>(y) * stride;
+    const std::uint8_t* const b = right.data() + static_cast<std::size_t>(y) * stride;
+    if (std::equal(a, a + stride, b)) {
+      continue;
+    }
+    const auto first = std::mismatch(a, a + stride, b).first - a;
+    auto last = static_cast<std::ptrdiff_t>(stride);
+    while (a[last - 1] == b[last - 1]) {
+      --last;
+    }
+    box = {std::min(box.left, static_cast<int>(first / 3)), std::min(box.top, y),
+           std::max(box.right, static_cast<int>((last + 2) / 3)), y + 1};
+  }
+  return box.right > box.left ? box : Rect{};
+}
+
+// Nothing costs as much here as to compress a picture, and most steps change one field of the window that the step
+// before showed: of such a picture only that part is kept.
+std::optional<Picture> PictureOf(Rect area) {
+  static std::vector<std::uint8_t> whole;
+  static Picture wholePicture;
+  const int width = area.right - area.left;
+  const int height = area.bottom - area.top;
+  const std::vector<std::uint8_t> pixels = width > 0 && height > 0 ? PixelsOf(area) : std::vector<std::uint8_t>();
+  if (pixels.empty()) {
+    return std::nullopt;
+  }
+  const Rect& before = wholePicture.area;
+  if (width == before.right - before.left && height == before.bottom - before.top) {
+    const Rect box = Difference(whole, pixels, width, height);
+    const std::int64_t changed = std::int64_t{box.right - box.left} * (box.bottom - box.top);
+    if (changed == 0) {
+      return Picture{wholePicture.address, area};
+    }
+    if (changed < std::int64_t{width} * height / 2) {
+      const auto begin =
+          (static_cast<std::size_t>(box.top) * static_cast<std::size_t>(width) + static_cast<std::size_t>(box.left)) *
+          3;
+      const auto patch = Compressed(pixels.data() + begin, box.right - box.left, box.bottom - box.top, width * 3);
+      return patch ? std::optional(Picture{
+                         wholePicture.address,
+                         area,
+                         *patch,
+                         {area.left + box.left, area.top + box.top, area.left + box.right, area.top + box.bottom}})
+                   : std::nullopt;
+    }
+  }
+  const auto address = Compressed(pixels.data(), width, height, width * 3);
+  if (!address) {
+    return std::nullopt;
+  }
+  whole = pixels;
+  wholePicture = {*address, area};
+  return wholePicture;
 }
 
 HANDLE Input() {

@@ -30,7 +30,7 @@ return [...document.querySelectorAll("article.step")].map((card) => {
 """
 # Pictures with their marks, in the picture's own pixels.
 PICTURES = """
-const images = [...document.querySelectorAll("article.step img")];
+const images = [...document.querySelectorAll("article.step .picture > img:not(.patch)")];
 return Promise.all(images.map((image) => image.decode().catch(() => {}))).then(() => images.map((image) => {
   const outer = image.getBoundingClientRect();
   const mark = image.parentElement.querySelector(".mark");

@@ -89,12 +89,19 @@ class Windows(unittest.TestCase):
         blocks = replays.blocks(folder / "r.html")
         pictures = [block["step"]["before"] for block in blocks if "step" in block]
         self.assertEqual(11, len([picture for picture in pictures if "mark" in picture]))
+        kept = []
         for picture in [block["picture"] for block in blocks if "picture" in block]:
             kind, _, content = picture.partition(",")
-            content = base64.b64decode(content)
-            self.assertEqual(("data:image/png;base64", b"\x89PNG"), (kind, content[:4]))
-            # A screen that is black would be a few hundred bytes.
-            self.assertGreater(len(content), 3000)
+            kept.append(base64.b64decode(content))
+            self.assertEqual(("data:image/png;base64", b"\x89PNG"), (kind, kept[-1][:4]))
+        # A screen that is black would be a few hundred bytes.
+        self.assertGreater(len(kept[pictures[0]["index"]]), 3000)
+        # A step changes a field, and only that is kept of its picture.
+        patches = [picture["patch"] for picture in pictures if "patch" in picture]
+        self.assertGreater(len(patches), 4)
+        for patch in patches:
+            self.assertLess(patch["top"] + patch["height"], 100)
+            self.assertLess(len(kept[patch["index"]]), len(kept[0]))
         self.assertIn("11 steps, 0 failed", self.runs(0, "log", "k.log", folder=folder))
         self.assertIn("there is no window \"Order form\"", self.runs(4, "check", "order.json", "--timeout", "200", folder=folder))
 

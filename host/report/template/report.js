@@ -128,8 +128,7 @@ document.addEventListener("DOMContentLoaded", () => {
     const picture = entry?.step.before ?? entry?.step.after;
     byId("preview").hidden = !picture;
     if (!picture) return;
-    byId("preview").querySelector("img").src = data.pictures[picture.index];
-    byId("preview").querySelector("figcaption").textContent = entry.step.number + " " + entry.step.title;
+    byId("preview").replaceChildren(drawFrame(picture, ""), make("figcaption", "", entry.step.number + " " + entry.step.title));
   }
 
   // Runs share one scale, so that a slow one looks slow.
@@ -171,8 +170,8 @@ document.addEventListener("DOMContentLoaded", () => {
     return mark;
   }
 
-  function drawPicture(picture, alt, caption) {
-    const figure = make("figure");
+  // Of most pictures only what differs from one before is kept, and laid over that.
+  function drawFrame(picture, alt) {
     const frame = make("div", "picture");
     const image = make("img");
     image.src = data.pictures[picture.index];
@@ -180,6 +179,21 @@ document.addEventListener("DOMContentLoaded", () => {
     image.height = picture.height;
     image.alt = alt;
     frame.append(image);
+    if (picture.patch) {
+      const patch = make("img", "patch");
+      patch.src = data.pictures[picture.patch.index];
+      patch.alt = "";
+      for (const side of ["left", "top", "width", "height"]) patch.style[side] = picture.patch[side] + "%";
+      frame.append(patch);
+    }
+    return frame;
+  }
+
+  const looksLike = (left, right) => left?.index === right?.index && left?.patch?.index === right?.patch?.index;
+
+  function drawPicture(picture, alt, caption) {
+    const figure = make("figure");
+    const frame = drawFrame(picture, alt);
     if (picture.mark) frame.append(place("mark", picture.mark));
     if (picture.recorded) frame.append(place("mark recorded", picture.recorded));
     if (picture.aim) frame.append(place("aim", picture.aim));
@@ -197,13 +211,13 @@ document.addEventListener("DOMContentLoaded", () => {
     }
     // What a step led to is what the next one began with.
     const after = step.after ?? next?.before;
-    if (after && after.index !== before?.index) {
-      const { mark, recorded, index, width, height } = after;
+    if (after && !looksLike(after, before)) {
+      const { mark, recorded, index, width, height, patch } = after;
       const where = before || !step.hasTarget ? "."
         : mark ? ": the target is marked."
         : recorded ? ": the target was not found; the dashed ring is where it was recorded."
         : ": the target was not found, and its recorded place is outside this picture.";
-      pictures.append(drawPicture(step.after ?? { index, width, height }, "After: " + step.title,
+      pictures.append(drawPicture(step.after ?? { index, width, height, patch }, "After: " + step.title,
         (step.after ? "After the step" : "After the step, as the next one began") + where));
     } else if (after) {
       pictures.append(make("p", "same", "After the step it looked the same."));
