@@ -17,6 +17,8 @@ function(ship_program target description)
   set(SHIPPED_DESCRIPTION ${description})
   configure_file(${PROJECT_SOURCE_DIR}/cmake/program_version.rc.in ${target}_version.rc @ONLY)
   target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc)
+  # No _FORTIFY_SOURCE: none of the library's sources calls a function in a way that the headers of mingw then check, so
+  # that it would promise a protection that is not there.
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>)
   target_link_options(
     ${target}

@@ -196,6 +196,18 @@ class Bindings(unittest.TestCase):
         self.assertEqual(ORDERED, output["OrderForm"])
         self.describes("C#", output["Functions"])
 
+    def test_csharp_project(self):
+        """.NET: the sample's project refers to the package by its name, and to files that the zip has"""
+        folder = unpacked() / "examples/csharp"
+        project = ElementTree.parse(folder / "OrderForm.csproj")
+        with zipfile.ZipFile(packed("*.nupkg")) as package:
+            described = ElementTree.fromstring(package.read("korvane.nuspec"))
+        named = next(each.text for each in described.iter() if each.tag.endswith("}id") or each.tag == "id")
+        self.assertEqual([named], [each.get("Include") for each in project.iter("PackageReference")])
+        for each in project.iter("None"):
+            for name in each.get("Include").split(";"):
+                self.assertTrue((folder / name.replace("\\", "/")).is_file(), name)
+
     def test_assembly(self):
         """.NET: the assembly needs what .NET Standard 2.0 has, and documents every public member"""
         folder = scratch("assembly")
