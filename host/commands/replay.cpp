@@ -128,7 +128,7 @@ std::vector<std::pair<std::string, std::string>> FactsOf(const ReplayCommandOpti
 }
 
 // A report that is there already is replaced when the first step begins, and not before.
-Progress WithReport(Progress shown, ReportWriter& report, const ReplayOptions& options) {
+Progress WithReport(const Progress& shown, ReportWriter& report, const ReplayOptions& options) {
   Progress progress = shown;
   progress.runBegins = [shown, &report, &options, begun = false](const Run& run) mutable {
     if (!std::exchange(begun, true)) {
@@ -174,7 +174,7 @@ ExitCode ReplayAndTell(const ReplayCommandOptions& options, Json& answer) {
                              options.keepGoing};
   Progress progress = ShowProgress(recording, world::OutputIsTerminal() && !options.json);
   if (outputs.report) {
-    progress = WithReport(std::move(progress), *outputs.report, replay);
+    progress = WithReport(progress, *outputs.report, replay);
   }
   const Replayed replayed = Replay(recording, rows, log, replay, progress);
   answer.update(ReplayToJson(recording, rows, replayed));

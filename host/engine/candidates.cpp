@@ -43,6 +43,7 @@ std::vector<Candidate> NearestCandidates(const Sought& sought) {
   std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   found.resize(std::min(found.size(), kMost));
   std::vector<Candidate> candidates;
+  candidates.reserve(found.size());
   for (auto& [distance, candidate] : found) {
     candidates.push_back(std::move(candidate));
   }
