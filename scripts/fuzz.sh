@@ -8,7 +8,7 @@
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 source scripts/setup.sh
 
-SUBJECTS=(records texts calls files)
+SUBJECTS=(records texts calls files logs)
 export ASAN_OPTIONS="malloc_context_size=8" UBSAN_OPTIONS="print_stacktrace=1"
 
 # Runs one fuzzer and prints what it did; the output is kept.

@@ -8,7 +8,7 @@ namespace host {
 
 namespace {
 
-// How many lines a text that the library quotes may reach over: it is cut at a hundred characters.
+// Where a text that the library quotes is cut, in characters.
 constexpr std::size_t kLongestQuote = 100;
 // How much of a text getTargetText shows.
 constexpr std::size_t kShownText = 50;
@@ -155,16 +155,38 @@ class Reader {
     constexpr std::string_view kShown = " - Text: ";
     if (Take(line, kQuoted)) {
       PassOverQuote(line);
+    } else if (line.starts_with("[GetElementAtPoint] Found element with name: '")) {
+      PassOverName();
     } else if (const auto text = line.find(kShown);
                line.starts_with("getTargetText: SUCCESS with ") && text != std::string_view::npos) {
       PassOverShown(CharactersIn(line.substr(text + kShown.size())));
     }
   }
 
+  // The text may hold quotes at the ends of lines as well: of those within its length, the last counts.
   void PassOverQuote(std::string_view begin) {
-    const std::size_t last = std::min(at_ + kLongestQuote, lines_.size() - 1);
-    for (std::size_t end = at_; end <= last; ++end) {
+    constexpr std::string_view kEnd = "...\"";
+    std::optional<std::size_t> last;
+    std::size_t characters = CharactersIn(begin);
+    for (std::size_t end = at_; !last || characters <= kLongestQuote + kEnd.size();) {
       if ((end == at_ ? begin : std::string_view(lines_[end])).ends_with('"')) {
+        last = end;
+      }
+      if (++end == lines_.size() || end > at_ + kLongestQuote) {
+        break;
+      }
+      characters += 1 + CharactersIn(lines_[end]);
+    }
+    at_ = last.value_or(at_);
+  }
+
+  // A name is written whole, however long it is; the function that wrote it goes on at once, unless the log ends there.
+  void PassOverName() {
+    constexpr std::string_view kNext[] = {"[GetElementAtPoint] Element ", "[GetElementAtPoint] SUCCESS"};
+    for (std::size_t end = at_; end + 1 < lines_.size(); ++end) {
+      std::string_view next = lines_[end + 1];
+      if (lines_[end].ends_with('\'') && TakeForm(next, "00-00 00:00:00.000 ") &&
+          (next.starts_with(kNext[0]) || next.starts_with(kNext[1]))) {
         at_ = end;
         return;
       }
