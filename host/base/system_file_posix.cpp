@@ -77,7 +77,7 @@ void Save(const File& file) {
 }
 
 void Replace(const filesystem::path& replaced, const filesystem::path& by, std::error_code& problem) {
-  struct stat before {};
+  struct stat before{};
   if (stat(replaced.c_str(), &before) == 0) {
     // Another owner is kept where that is allowed; the mode after it, which it may change.
     [[maybe_unused]] const int owned = chown(by.c_str(), before.st_uid, before.st_gid);

@@ -28,7 +28,8 @@ void List(const Recording& recording) {
 
 // The place of a step that the command line numbers from 1.
 std::size_t PlaceOf(const EditOptions& options, const Recording& recording, const std::string& number) {
-  const bool digits = !number.empty() && number.size() < 7 && number.find_first_not_of("0123456789") == std::string::npos;
+  const bool digits =
+      !number.empty() && number.size() < 7 && number.find_first_not_of("0123456789") == std::string::npos;
   const std::size_t place = digits ? std::stoul(number) : 0;
   if (place < 1 || place > recording.steps.size()) {
     throw Failure(ExitCode::Usage, options.file + ": has no step " + Shortened(number, kNameColumns) + ", only 1 to " +

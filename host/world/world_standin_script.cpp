@@ -117,9 +117,7 @@ const std::map<std::string, Instruction>& Instructions() {
         }}},
       {"canvas",
        {0, "",
-        [](const Numbers&) {
-          AddToForm(TEXT("Canvas"), TEXT(""), 0, Behaviour::Window, {230, 385, 450, 416});
-        }}},
+        [](const Numbers&) { AddToForm(TEXT("Canvas"), TEXT(""), 0, Behaviour::Window, {230, 385, 450, 416}); }}},
       {"gone", {1, "ID", [](const Numbers& n) { TheDesktop().Windows().Destroy(ControlOf(n[0])); }}},
       {"id", {2, "ID,NEW", [](const Numbers& n) { Rename(n[0], n[1]); }}},
       {"rename", {3, "MS ID,NEW", [](const Numbers& n) { Later(n[0], [n] { Rename(n[1], n[2]); }); }}},
