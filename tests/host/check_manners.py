@@ -6,6 +6,7 @@ import os
 import pty
 import re
 import select
+import signal
 import subprocess
 import termios
 import unittest
@@ -17,6 +18,12 @@ from repository import run
 SETTINGS = {
     "dpiAware": "true/pm", "dpiAwareness": "PerMonitorV2, PerMonitor", "longPathAware": "true", "activeCodePage": "UTF-8",
 }
+
+
+def take_terminal():
+    """In a new program: its input is its terminal, whose Ctrl+C counts even when these checks run in the background."""
+    fcntl.ioctl(0, termios.TIOCSCTTY, 0)
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
 
 
 class Manners(unittest.TestCase):
@@ -88,7 +95,7 @@ class Manners(unittest.TestCase):
         for typed, expected in ("Lowe7pass\n", 0), ("Lowe\x03", 5), ("\x04", 5):
             ours, theirs = pty.openpty()
             process = subprocess.Popen([NATIVE, *words], cwd=self.folder, stdin=theirs, stdout=theirs, stderr=theirs,
-                                       start_new_session=True, preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0),
+                                       start_new_session=True, preexec_fn=take_terminal,
                                        env={**os.environ, "KORVANE_DESKTOP": "", "TERM": "dumb"})
             sent = b""
             while b"(is not shown): " not in sent:
