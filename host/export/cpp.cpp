@@ -200,67 +200,51 @@ std::string Milliseconds(int milliseconds) {
   return milliseconds == 0 ? "kTimeout" : "std::chrono::milliseconds(" + std::to_string(milliseconds) + ")";
 }
 
-std::vector<std::string> Statements(const ExportedProgram& program, std::size_t index) {
-  const Step& step = program.recording.steps[index];
-  const std::string name = UniqueName(program, index);
-  const std::string target = "Step(" + (name.empty() ? std::to_string(index + 1) : Wide(name)) + ")";
-  const bool plain = PartsOf(step.text).size() < 2;
-  const std::string text = Joined(step.text, plain ? Wide : Whole, Variable);
-  const std::string exact = step.match == Match::Equals ? "true" : "false";
-  std::vector<std::string> lines;
-  switch (step.action) {
-    case Action::Click:
-      return {"Must(" + target + ".Click(), \"click\");"};
-    case Action::DoubleClick:
-      return {"DoubleClick(" + target + ");"};
-    case Action::Paste:
-    case Action::Type: {
-      if (step.replace) {
-        lines.push_back("Empty(" + target + ");");
-      }
-      // Everybody can read the clipboard.
-      const bool typed = step.action == Action::Type || HasSecret(step.text);
-      if (!step.text.empty()) {
-        lines.push_back("Must(" + target + (typed ? ".Type(" : ".Paste(") + text +
-                        (typed ? "), \"type\");" : ", kTimeout), \"paste\");"));
-      }
-      if (step.replace && !HasSecret(step.text) && !step.text.empty()) {
-        lines.push_back("Expect(" + target + ", " + text + ", true, kTimeout);");
-      }
-      return lines;
-    }
-    case Action::Shortcut: {
-      const WindowName& window = program.recording.windows[step.window];
-      lines.push_back(step.hasTarget ? "Must(" + target + ".Click(), \"click\");"
-                                     : "Focus({" + Wide(window.title) + ", " + Wide(window.className) + ", " +
-                                           Wide(window.process) + "});");
-      const std::string sender = SenderOf(step.text);
-      lines.push_back(
-          "Must(korvane::" +
-          (sender.empty() ? "SendKey(" + std::to_string(KeyOf(step.text)) + ")" : "S" + sender.substr(1) + "()") +
-          ", " + Literal(step.text) + ");");
-      return lines;
-    }
-    case Action::Wait:
-      return {"Expect(" + target + ", " + text + ", " + exact + ", " + Milliseconds(step.timeoutMs) + ");"};
-    case Action::Check:
-      return {"Expect(" + target + ", " + text + ", " + exact + ", std::chrono::milliseconds(0));"};
-    case Action::Read:
-      break;
+class Cpp final : public Dialect {
+ public:
+  std::string Target(const std::string& name, std::size_t number) const override {
+    return "Step(" + (name.empty() ? std::to_string(number) : Wide(name)) + ")";
   }
-  return {Variable(step.text) + " = Read(" + target + ");",
-          "std::printf(\"%s = %s\\n\", " + Literal(step.text) + ", Utf8(" + Variable(step.text) + ").c_str());"};
-}
+  std::string Text(const std::string& text) const override {
+    return Joined(text, PartsOf(text).size() < 2 ? Wide : Whole, Variable);
+  }
+  std::string Click(const std::string& target) const override {
+    return "Must(" + target + ".Click(), \"click\");";
+  }
+  std::string DoubleClick(const std::string& target) const override {
+    return "DoubleClick(" + target + ");";
+  }
+  std::string Empty(const std::string& target) const override {
+    return "Empty(" + target + ");";
+  }
+  std::string Type(const std::string& target, const std::string& text) const override {
+    return "Must(" + target + ".Type(" + text + "), \"type\");";
+  }
+  std::string Paste(const std::string& target, const std::string& text) const override {
+    return "Must(" + target + ".Paste(" + text + ", kTimeout), \"paste\");";
+  }
+  std::string Expect(const std::string& target, const std::string& text, Match match,
+                     std::optional<int> timeoutMs) const override {
+    return "Expect(" + target + ", " + text + (match == Match::Equals ? ", true, " : ", false, ") +
+           (timeoutMs ? Milliseconds(*timeoutMs) : "std::chrono::milliseconds(0)") + ");";
+  }
+  std::string Focus(const WindowName& window) const override {
+    return "Focus({" + Wide(window.title) + ", " + Wide(window.className) + ", " + Wide(window.process) + "});";
+  }
+  std::string Send(const std::string& sender, int key, const std::string& keys) const override {
+    return "Must(korvane::" +
+           (sender.empty() ? "SendKey(" + std::to_string(key) + ")" : "S" + sender.substr(1) + "()") + ", " +
+           Literal(keys) + ");";
+  }
+  std::vector<std::string> Read(const std::string& target, const std::string& variable) const override {
+    return {Variable(variable) + " = Read(" + target + ");",
+            "std::printf(\"%s = %s\\n\", " + Literal(variable) + ", Utf8(" + Variable(variable) + ").c_str());"};
+  }
+};
 
 }  // namespace
 
 std::string ExportedCpp(const ExportedProgram& program) {
-  std::string steps;
-  for (std::size_t i = 0; i < program.recording.steps.size(); ++i) {
-    for (const std::string& line : Statements(program, i)) {
-      steps += "  " + line + "\n";
-    }
-  }
   std::string take;
   for (const std::string& name : program.secrets) {
     take += "  TakeSecret(" + Literal(name) + ");\n";
@@ -270,7 +254,7 @@ std::string ExportedCpp(const ExportedProgram& program) {
   return Filled(kProgram, {{"RECORDING", Literal(program.file)},
                            {"TAKE", take},
                            {"NEEDED", "std::initializer_list<const char*>{" + Listed(needed, Literal) + "}"},
-                           {"STEPS", steps}});
+                           {"STEPS", StepsIn(Cpp(), program, "  ")}});
 }
 
 }  // namespace host

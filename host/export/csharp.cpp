@@ -112,65 +112,54 @@ std::string WindowOf(const WindowName& window) {
          (window.process.empty() ? "" : "process: " + Quoted(window.process) + ", ") + "timeout: Timeout)";
 }
 
-std::vector<std::string> Statements(const ExportedProgram& program, std::size_t index) {
-  const Step& step = program.recording.steps[index];
-  const std::string name = UniqueName(program, index);
-  const std::string target = "session.Step(" + (name.empty() ? std::to_string(index + 1) : Quoted(name)) + ")";
-  const std::string text = Joined(step.text, Quoted, Variable);
-  const std::string exact = step.match == Match::Equals ? ", exact: true" : "";
-  std::vector<std::string> lines;
-  switch (step.action) {
-    case Action::Click:
-      return {target + ".Click();"};
-    case Action::DoubleClick:
-      return {"DoubleClick(" + target + ");"};
-    case Action::Paste:
-    case Action::Type: {
-      if (step.replace) {
-        lines.push_back("Empty(" + target + ");");
-      }
-      // Everybody can read the clipboard.
-      const bool typed = step.action == Action::Type || HasSecret(step.text);
-      if (!step.text.empty()) {
-        lines.push_back(target + (typed ? ".Type(" : ".Paste(") + text + (typed ? ");" : ", Timeout);"));
-      }
-      if (step.replace && !HasSecret(step.text) && !step.text.empty()) {
-        lines.push_back("Expect(" + target + ", " + text + ", exact: true, timeout: Timeout);");
-      }
-      return lines;
-    }
-    case Action::Shortcut: {
-      lines.push_back(step.hasTarget ? target + ".Click();"
-                                     : WindowOf(program.recording.windows[step.window]) + ".Focus();");
-      const std::string sender = SenderOf(step.text);
-      lines.push_back(sender.empty() ? "Automation.SendKey(" + std::to_string(KeyOf(step.text)) + "); // " + step.text
-                                     : "Automation.S" + sender.substr(1) + "();");
-      return lines;
-    }
-    case Action::Wait:
-      return {"Expect(" + target + ", " + text + exact + ", timeout: " + Seconds(step.timeoutMs) + ");"};
-    case Action::Check:
-      return {"Expect(" + target + ", " + text + exact + ");"};
-    case Action::Read:
-      break;
+class Csharp final : public Dialect {
+ public:
+  std::string Target(const std::string& name, std::size_t number) const override {
+    return "session.Step(" + (name.empty() ? std::to_string(number) : Quoted(name)) + ")";
   }
-  return {Variable(step.text) + " = Read(" + target + ");",
-          "Console.WriteLine(" + Quoted(step.text + " = ") + " + " + Variable(step.text) + ");"};
-}
+  std::string Text(const std::string& text) const override {
+    return Joined(text, Quoted, Variable);
+  }
+  std::string Click(const std::string& target) const override {
+    return target + ".Click();";
+  }
+  std::string DoubleClick(const std::string& target) const override {
+    return "DoubleClick(" + target + ");";
+  }
+  std::string Empty(const std::string& target) const override {
+    return "Empty(" + target + ");";
+  }
+  std::string Type(const std::string& target, const std::string& text) const override {
+    return target + ".Type(" + text + ");";
+  }
+  std::string Paste(const std::string& target, const std::string& text) const override {
+    return target + ".Paste(" + text + ", Timeout);";
+  }
+  std::string Expect(const std::string& target, const std::string& text, Match match,
+                     std::optional<int> timeoutMs) const override {
+    return "Expect(" + target + ", " + text + (match == Match::Equals ? ", exact: true" : "") +
+           (timeoutMs ? ", timeout: " + Seconds(*timeoutMs) : "") + ");";
+  }
+  std::string Focus(const WindowName& window) const override {
+    return WindowOf(window) + ".Focus();";
+  }
+  std::string Send(const std::string& sender, int key, const std::string& keys) const override {
+    return sender.empty() ? "Automation.SendKey(" + std::to_string(key) + "); // " + keys
+                          : "Automation.S" + sender.substr(1) + "();";
+  }
+  std::vector<std::string> Read(const std::string& target, const std::string& variable) const override {
+    return {Variable(variable) + " = Read(" + target + ");",
+            "Console.WriteLine(" + Quoted(variable + " = ") + " + " + Variable(variable) + ");"};
+  }
+};
 
 }  // namespace
 
 std::string ExportedCsharp(const ExportedProgram& program) {
-  std::string steps;
-  for (std::size_t i = 0; i < program.recording.steps.size(); ++i) {
-    for (const std::string& line : Statements(program, i)) {
-      steps += "        " + line + "\n";
-    }
-  }
   return Filled(kProgram, {{"RECORDING", Quoted(program.file)},
                            {"GIVEN", Listed(program.given, Quoted)},
                            {"SECRETS", Listed(program.secrets, Quoted)},
-                           {"STEPS", steps}});
+                           {"STEPS", StepsIn(Csharp(), program, "        ")}});
 }
 
 }  // namespace host

@@ -101,74 +101,58 @@ std::string WindowOf(const WindowName& window) {
          (window.process.empty() ? "" : "process: " + Quoted(window.process) + ", ") + "timeoutMs: TIMEOUT_MS })";
 }
 
-std::string Expected(const std::string& target, const std::string& text, bool exact, const std::string& timeout) {
-  std::string options = exact ? "exact: true" : "";
-  options += timeout.empty() ? "" : (options.empty() ? "timeoutMs: " : ", timeoutMs: ") + timeout;
-  return "await expect(" + target + ", " + text + (options.empty() ? ");" : ", { " + options + " });");
-}
-
-std::vector<std::string> Statements(const ExportedProgram& program, std::size_t index) {
-  const Step& step = program.recording.steps[index];
-  const std::string name = UniqueName(program, index);
-  const std::string target = "await step(" + (name.empty() ? std::to_string(index + 1) : Quoted(name)) + ")";
-  const std::string text = Joined(step.text, Quoted, Variable);
-  const bool exact = step.match == Match::Equals;
-  std::vector<std::string> lines;
-  switch (step.action) {
-    case Action::Click:
-      return {"await (" + target + ").click();"};
-    case Action::DoubleClick:
-      return {"await doubleClick(" + target + ");"};
-    case Action::Paste:
-    case Action::Type: {
-      if (step.replace) {
-        lines.push_back("await empty(" + target + ");");
-      }
-      // Everybody can read the clipboard.
-      const bool typed = step.action == Action::Type || HasSecret(step.text);
-      if (!step.text.empty()) {
-        lines.push_back("await (" + target + (typed ? ").type(" : ").paste(") + text +
-                        (typed ? ");" : ", { timeoutMs: TIMEOUT_MS });"));
-      }
-      if (step.replace && !HasSecret(step.text) && !step.text.empty()) {
-        lines.push_back(Expected(target, text, true, "TIMEOUT_MS"));
-      }
-      return lines;
-    }
-    case Action::Shortcut: {
-      lines.push_back(step.hasTarget
-                          ? "await (" + target + ").click();"
-                          : "await (await " + WindowOf(program.recording.windows[step.window]) + ").focus();");
-      const std::string sender = SenderOf(step.text);
-      lines.push_back(sender.empty()
-                          ? "await session.call('sendKey', " + std::to_string(KeyOf(step.text)) + "); // " + step.text
-                          : "await session.call('" + sender + "');");
-      return lines;
-    }
-    case Action::Wait:
-      return {Expected(target, text, exact, step.timeoutMs == 0 ? "TIMEOUT_MS" : std::to_string(step.timeoutMs))};
-    case Action::Check:
-      return {Expected(target, text, exact, "")};
-    case Action::Read:
-      break;
+class Node final : public Dialect {
+ public:
+  std::string Target(const std::string& name, std::size_t number) const override {
+    return "await step(" + (name.empty() ? std::to_string(number) : Quoted(name)) + ")";
   }
-  return {Variable(step.text) + " = await read(" + target + ");",
-          "console.log(" + Quoted(step.text + " =") + ", " + Variable(step.text) + ");"};
-}
+  std::string Text(const std::string& text) const override {
+    return Joined(text, Quoted, Variable);
+  }
+  std::string Click(const std::string& target) const override {
+    return "await (" + target + ").click();";
+  }
+  std::string DoubleClick(const std::string& target) const override {
+    return "await doubleClick(" + target + ");";
+  }
+  std::string Empty(const std::string& target) const override {
+    return "await empty(" + target + ");";
+  }
+  std::string Type(const std::string& target, const std::string& text) const override {
+    return "await (" + target + ").type(" + text + ");";
+  }
+  std::string Paste(const std::string& target, const std::string& text) const override {
+    return "await (" + target + ").paste(" + text + ", { timeoutMs: TIMEOUT_MS });";
+  }
+  std::string Expect(const std::string& target, const std::string& text, Match match,
+                     std::optional<int> timeoutMs) const override {
+    std::string options = match == Match::Equals ? "exact: true" : "";
+    if (timeoutMs) {
+      options += std::string(options.empty() ? "" : ", ") +
+                 "timeoutMs: " + (*timeoutMs == 0 ? "TIMEOUT_MS" : std::to_string(*timeoutMs));
+    }
+    return "await expect(" + target + ", " + text + (options.empty() ? ");" : ", { " + options + " });");
+  }
+  std::string Focus(const WindowName& window) const override {
+    return "await (await " + WindowOf(window) + ").focus();";
+  }
+  std::string Send(const std::string& sender, int key, const std::string& keys) const override {
+    return sender.empty() ? "await session.call('sendKey', " + std::to_string(key) + "); // " + keys
+                          : "await session.call('" + sender + "');";
+  }
+  std::vector<std::string> Read(const std::string& target, const std::string& variable) const override {
+    return {Variable(variable) + " = await read(" + target + ");",
+            "console.log(" + Quoted(variable + " =") + ", " + Variable(variable) + ");"};
+  }
+};
 
 }  // namespace
 
 std::string ExportedNode(const ExportedProgram& program) {
-  std::string steps;
-  for (std::size_t i = 0; i < program.recording.steps.size(); ++i) {
-    for (const std::string& line : Statements(program, i)) {
-      steps += "  " + line + "\n";
-    }
-  }
   return Filled(kProgram, {{"RECORDING", Quoted(program.file)},
                            {"GIVEN", Listed(program.given, Quoted)},
                            {"SECRETS", Listed(program.secrets, Quoted)},
-                           {"STEPS", steps}});
+                           {"STEPS", StepsIn(Node(), program, "  ")}});
 }
 
 }  // namespace host

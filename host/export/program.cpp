@@ -21,6 +21,14 @@ constexpr std::array<const char*, 18> kSenders = {
     "sendAltZ",  "sendCtrlA",       "sendCtrlAltN", "sendCtrlL",   "sendCtrlN", "sendCtrlQ",
     "sendCtrlS", "sendCtrlShiftF3", "sendShiftF2",  "sendShiftF4", "sendCtrlV", "sendShiftInsert"};
 
+// The export of the library that sends the shortcut; empty: it has none.
+std::string SenderOf(const std::string& keys) {
+  const std::string wanted = "send" + Replaced(keys, "+", "");
+  const auto* const known = std::find_if(kSenders.begin(), kSenders.end(),
+                                         [&](const char* each) { return EqualsIgnoringCase(each, wanted); });
+  return known == kSenders.end() ? std::string() : *known;
+}
+
 void CheckStep(const std::string& file, std::size_t index, const Step& step) {
   if (step.action == Action::Shortcut && SenderOf(step.text).empty() && FindShortcut(step.text)->size() > 1) {
     throw Failure(ExitCode::StepFailed, file + ": " + NameOf(index, step) + ": the library sends no " + step.text +
@@ -60,10 +68,73 @@ std::vector<TextPart> PartsOf(const std::string& text) {
   return parts;
 }
 
+namespace {
+
 bool HasSecret(const std::string& text) {
   const auto parts = PartsOf(text);
   return std::any_of(parts.begin(), parts.end(),
                      [](const TextPart& part) { return part.isVariable && IsSecretName(part.text); });
+}
+
+// What a step is known by to `target_of_step` and its kin: its name where that is the first of its kind, else empty,
+// and its number counts.
+std::string UniqueName(const ExportedProgram& program, std::size_t index) {
+  const auto& steps = program.recording.steps;
+  const auto first =
+      std::find_if(steps.begin(), steps.end(), [&](const Step& step) { return step.name == steps[index].name; });
+  return first == steps.begin() + static_cast<std::ptrdiff_t>(index) ? steps[index].name : std::string();
+}
+
+std::vector<std::string> Statements(const Dialect& dialect, const ExportedProgram& program, std::size_t index) {
+  const Step& step = program.recording.steps[index];
+  const std::string target = dialect.Target(UniqueName(program, index), index + 1);
+  const std::string text = dialect.Text(step.text);
+  switch (step.action) {
+    case Action::Click:
+      return {dialect.Click(target)};
+    case Action::DoubleClick:
+      return {dialect.DoubleClick(target)};
+    case Action::Paste:
+    case Action::Type: {
+      std::vector<std::string> lines;
+      if (step.replace) {
+        lines.push_back(dialect.Empty(target));
+      }
+      if (step.text.empty()) {
+        return lines;
+      }
+      // Everybody can read the clipboard, and a field for secrets does not tell them.
+      const bool secret = HasSecret(step.text);
+      const bool typed = step.action == Action::Type || secret;
+      lines.push_back(typed ? dialect.Type(target, text) : dialect.Paste(target, text));
+      if (step.replace && !secret) {
+        lines.push_back(dialect.Expect(target, text, Match::Equals, 0));
+      }
+      return lines;
+    }
+    case Action::Shortcut:
+      return {step.hasTarget ? dialect.Click(target) : dialect.Focus(program.recording.windows[step.window]),
+              dialect.Send(SenderOf(step.text), FindShortcut(step.text)->back(), step.text)};
+    case Action::Wait:
+      return {dialect.Expect(target, text, step.match, step.timeoutMs)};
+    case Action::Check:
+      return {dialect.Expect(target, text, step.match, std::nullopt)};
+    case Action::Read:
+      break;
+  }
+  return dialect.Read(target, step.text);
+}
+
+}  // namespace
+
+std::string StepsIn(const Dialect& dialect, const ExportedProgram& program, const std::string& indent) {
+  std::string steps;
+  for (std::size_t i = 0; i < program.recording.steps.size(); ++i) {
+    for (const std::string& line : Statements(dialect, program, i)) {
+      steps += indent + line + "\n";
+    }
+  }
+  return steps;
 }
 
 ExportedProgram ProgramOf(const std::string& file, const Recording& recording) {
@@ -83,24 +154,6 @@ ExportedProgram ProgramOf(const std::string& file, const Recording& recording) {
     }
   }
   return program;
-}
-
-std::string UniqueName(const ExportedProgram& program, std::size_t index) {
-  const auto& steps = program.recording.steps;
-  const auto first =
-      std::find_if(steps.begin(), steps.end(), [&](const Step& step) { return step.name == steps[index].name; });
-  return first == steps.begin() + static_cast<std::ptrdiff_t>(index) ? steps[index].name : std::string();
-}
-
-std::string SenderOf(const std::string& keys) {
-  const std::string wanted = "send" + Replaced(keys, "+", "");
-  const auto* const known = std::find_if(kSenders.begin(), kSenders.end(),
-                                         [&](const char* each) { return EqualsIgnoringCase(each, wanted); });
-  return known == kSenders.end() ? std::string() : *known;
-}
-
-int KeyOf(const std::string& keys) {
-  return FindShortcut(keys)->back();
 }
 
 std::string Joined(const std::string& text, std::string (*literal)(const std::string&),

@@ -123,65 +123,54 @@ std::string WindowOf(const WindowName& window) {
          (window.process.empty() ? "" : "process=" + Quoted(window.process) + ", ") + "timeout=TIMEOUT)";
 }
 
-std::vector<std::string> Statements(const ExportedProgram& program, std::size_t index) {
-  const Step& step = program.recording.steps[index];
-  const std::string name = UniqueName(program, index);
-  const std::string target = "step(" + (name.empty() ? std::to_string(index + 1) : Quoted(name)) + ")";
-  const std::string text = Joined(step.text, Quoted, Variable);
-  const std::string exact = step.match == Match::Equals ? ", exact=True" : "";
-  std::vector<std::string> lines;
-  switch (step.action) {
-    case Action::Click:
-      return {target + ".click()"};
-    case Action::DoubleClick:
-      return {"double_click(" + target + ")"};
-    case Action::Paste:
-    case Action::Type: {
-      if (step.replace) {
-        lines.push_back("empty(" + target + ")");
-      }
-      // Everybody can read the clipboard.
-      const bool typed = step.action == Action::Type || HasSecret(step.text);
-      if (!step.text.empty()) {
-        lines.push_back(target + (typed ? ".type(" : ".paste(") + text + (typed ? ")" : ", TIMEOUT)"));
-      }
-      if (step.replace && !HasSecret(step.text) && !step.text.empty()) {
-        lines.push_back("expect(" + target + ", " + text + ", exact=True, timeout=TIMEOUT)");
-      }
-      return lines;
-    }
-    case Action::Shortcut: {
-      lines.push_back(step.hasTarget ? target + ".click()"
-                                     : WindowOf(program.recording.windows[step.window]) + ".focus()");
-      const std::string sender = SenderOf(step.text);
-      lines.push_back(sender.empty() ? "functions.send_key(" + std::to_string(KeyOf(step.text)) + ")  # " + step.text
-                                     : "functions." + Underscored(sender) + "()");
-      return lines;
-    }
-    case Action::Wait:
-      return {"expect(" + target + ", " + text + exact + ", timeout=" + Seconds(step.timeoutMs) + ")"};
-    case Action::Check:
-      return {"expect(" + target + ", " + text + exact + ")"};
-    case Action::Read:
-      break;
+class Python final : public Dialect {
+ public:
+  std::string Target(const std::string& name, std::size_t number) const override {
+    return "step(" + (name.empty() ? std::to_string(number) : Quoted(name)) + ")";
   }
-  return {Variable(step.text) + " = read(" + target + ")",
-          "print(" + Quoted(step.text + " =") + ", " + Variable(step.text) + ")"};
-}
+  std::string Text(const std::string& text) const override {
+    return Joined(text, Quoted, Variable);
+  }
+  std::string Click(const std::string& target) const override {
+    return target + ".click()";
+  }
+  std::string DoubleClick(const std::string& target) const override {
+    return "double_click(" + target + ")";
+  }
+  std::string Empty(const std::string& target) const override {
+    return "empty(" + target + ")";
+  }
+  std::string Type(const std::string& target, const std::string& text) const override {
+    return target + ".type(" + text + ")";
+  }
+  std::string Paste(const std::string& target, const std::string& text) const override {
+    return target + ".paste(" + text + ", TIMEOUT)";
+  }
+  std::string Expect(const std::string& target, const std::string& text, Match match,
+                     std::optional<int> timeoutMs) const override {
+    return "expect(" + target + ", " + text + (match == Match::Equals ? ", exact=True" : "") +
+           (timeoutMs ? ", timeout=" + Seconds(*timeoutMs) : "") + ")";
+  }
+  std::string Focus(const WindowName& window) const override {
+    return WindowOf(window) + ".focus()";
+  }
+  std::string Send(const std::string& sender, int key, const std::string& keys) const override {
+    return sender.empty() ? "functions.send_key(" + std::to_string(key) + ")  # " + keys
+                          : "functions." + Underscored(sender) + "()";
+  }
+  std::vector<std::string> Read(const std::string& target, const std::string& variable) const override {
+    return {Variable(variable) + " = read(" + target + ")",
+            "print(" + Quoted(variable + " =") + ", " + Variable(variable) + ")"};
+  }
+};
 
 }  // namespace
 
 std::string ExportedPython(const ExportedProgram& program) {
-  std::string steps;
-  for (std::size_t i = 0; i < program.recording.steps.size(); ++i) {
-    for (const std::string& line : Statements(program, i)) {
-      steps += "    " + line + "\n";
-    }
-  }
   return Filled(kProgram, {{"RECORDING", Quoted(program.file)},
                            {"GIVEN", Listed(program.given, Quoted)},
                            {"SECRETS", Listed(program.secrets, Quoted)},
-                           {"STEPS", steps}});
+                           {"STEPS", StepsIn(Python(), program, "    ")}});
 }
 
 }  // namespace host
