@@ -37,7 +37,7 @@ StepResult Look(const Recording& recording, std::size_t index, const std::option
   const double start = world::Now();
   const Aim aim = TakeAim(sought, ClicksTarget(step), false);
   result.milliseconds = world::Now() - start;
-  TellFinding(aim, step, *window, sought.recorded, result);
+  TellFinding(aim, step, *window, result);
   result.remark = aim.refusal.empty() ? aim.remark : aim.refusal;
   result.code = aim.refusal.empty() ? KORVANE_OK : KORVANE_NOT_FOUND;
   result.state = !aim.refusal.empty()        ? StepState::Failed

@@ -36,8 +36,7 @@ TargetRecord Corrected(const Aim& aim, const Step& step, const world::Window& wi
 
 }  // namespace
 
-void TellFinding(const Aim& aim, const Step& step, const world::Window& window, const WindowName& /*recorded*/,
-                 StepResult& result) {
+void TellFinding(const Aim& aim, const Step& step, const world::Window& window, StepResult& result) {
   result.attempts = aim.identified.attempts;
   result.preferred = aim.identified.preferred;
   if (!aim.identified.element) {
@@ -156,7 +155,7 @@ bool StepRunner::AimAt(Turn& turn) const {
     const bool settled = !turn.aim.identified.IsHealed() || world::Now() - start >= kPreferredMs;
     return turn.aim.refusal.empty() && settled;
   });
-  TellFinding(turn.aim, turn.step, *result.window, name, result);
+  TellFinding(turn.aim, turn.step, *result.window, result);
   if (options_.pictures && turn.aim.identified.element) {
     result.mark = world::RectOf(*turn.aim.identified.element);
     result.aim = ClicksTarget(turn.step) ? turn.aim.point : std::nullopt;

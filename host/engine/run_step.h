@@ -49,7 +49,6 @@ class StepRunner {
 };
 
 // What Judge tells of a target that was found, also when nothing is done with it.
-void TellFinding(const Aim& aim, const Step& step, const world::Window& window, const WindowName& recorded,
-                 StepResult& result);
+void TellFinding(const Aim& aim, const Step& step, const world::Window& window, StepResult& result);
 
 }  // namespace host

@@ -9,6 +9,7 @@
 #include "host/engine/result_words.h"
 #include "host/recording/record_json.h"
 #include "host/report/fold_log.h"
+#include "host/report/result_json.h"
 #include "host/report/template.h"
 
 namespace host {
@@ -79,10 +80,6 @@ Json TryToJson(const StepResult& result) {
           {"remark", result.remark},
           {"explanation", result.explanation},
           {"lines", FoldLog(result.lines)}};
-}
-
-Json TextToJson(const std::optional<std::string>& text) {
-  return text ? Json(*text) : Json(nullptr);
 }
 
 Json StepToJson(const Recording& recording, std::size_t index) {

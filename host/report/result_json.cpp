@@ -15,11 +15,11 @@ void AddText(Json& json, const char* key, const std::string& text) {
   }
 }
 
+}  // namespace
+
 Json TextToJson(const std::optional<std::string>& text) {
   return text ? Json(*text) : Json(nullptr);
 }
-
-}  // namespace
 
 Json ResultToJson(const StepResult& result) {
   Json json = StepToJson(result.index, *result.step, result.state);
