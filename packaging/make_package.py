@@ -44,7 +44,7 @@ SOURCES = {
     "examples/stage/stage.h": "samples/stage/stage.h",
     "examples/session/order.steps.json": "samples/session/order.steps.json",
 }
-DOCUMENTS = ("abi", "bindings", "guide", "host", "linux", "log", "reference", "troubleshooting")
+DOCUMENTS = ("abi", "bindings", "guide", "host", "linux", "log", "recording", "reference", "troubleshooting")
 BUILT = {
     "bin/korvane.dll": "bin/korvane.dll",
     "bin/korvane.dll.debug": "bin/korvane.dll.debug",

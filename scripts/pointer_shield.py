@@ -16,6 +16,7 @@ try:
     size = root.get_geometry()
     pane = root.create_window(0, 0, size.width, size.height, 0, 0, X.InputOnly, override_redirect=True)
     root.change_attributes(event_mask=X.SubstructureNotifyMask)
+    pane.set_wm_name("pointer shield")
     pane.map()
     server.sync()
     print("ready", flush=True)

@@ -64,6 +64,7 @@ setup_needs() {
       # The browser's driver is a module of Debian's own Python.
       echo python3 /usr/bin/python3
       echo nsis makensis
+      echo xdotool xdotool
       echo chromium chromium
       echo chromium-driver chromedriver
       echo python3-selenium /usr/lib/python3/dist-packages/selenium/__init__.py

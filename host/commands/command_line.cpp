@@ -49,10 +49,19 @@ void AddCapture(CLI::App& program, CaptureOptions& options, ExitCode& code) {
 }
 
 void AddRecord(CLI::App& program, RecordOptions& options, ExitCode& code) {
-  CLI::App* const command = program.add_subcommand("record", "Record steps into a file, by pointing or from a script");
+  CLI::App* const command = program.add_subcommand("record", "Record what you do in other programs into a file");
   command->add_option("FILE", options.file, "The recording to write")->required();
-  command->add_option("--script", options.script, "Take the steps from this file instead of from somebody who points");
-  command->add_flag("--force", options.force, "Replace a recording that is there");
+  CLI::Option* const script = command->add_option("--script", options.script, "Take the steps from this file instead");
+  CLI::Option* const point =
+      command->add_flag("--point", options.point, "Point at elements and press keys here, without using them");
+  CLI::Option* const force = command->add_flag("--force", options.force, "Replace a recording that is there");
+  command->add_option("--from", options.from, "Do the steps up to this one, then record more behind it")
+      ->check(CLI::PositiveNumber)
+      ->excludes(script)
+      ->excludes(point)
+      ->excludes(force);
+  command->add_option("--hotkey", options.hotkeys, "Another hotkey, such as undo=Ctrl+F8")->excludes(script);
+  script->excludes(point);
   command->callback([&] { code = Record(options); });
 }
 

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "host/base/failure.h"
+#include "host/base/file.h"
+#include "host/recording/recording.h"
 
 namespace host {
 
@@ -18,10 +20,15 @@ ExitCode Capture(const CaptureOptions& options);
 
 struct RecordOptions {
   std::string file;
-  std::string script;  // empty: somebody points
+  std::string script;  // takes the steps from this file
+  bool point = false;  // somebody points at elements instead of using them
   bool force = false;
+  int from = 0;                      // goes on behind this step; 0: a new recording
+  std::vector<std::string> hotkeys;  // "undo=Ctrl+Shift+F8"
 };
 ExitCode Record(const RecordOptions& options);
+// While somebody works as always.
+Recording RecordByDoing(const RecordOptions& options, OutputFile& output);
 
 struct CheckOptions {
   std::string file;

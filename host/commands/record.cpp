@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include "host/base/file.h"
+#include "host/base/shortcut.h"
 #include "host/base/table.h"
 #include "host/base/text.h"
 #include "host/commands/commands.h"
@@ -8,7 +9,6 @@
 #include "host/engine/find_window.h"
 #include "host/engine/library_log.h"
 #include "host/recording/recording_file.h"
-#include "host/recording/shortcut.h"
 
 namespace host {
 
@@ -19,7 +19,7 @@ std::string PointText(world::Point point) {
 }
 
 // A recording as it grows.
-class Recorder {
+class PointedSteps {
  public:
   // Captures what is at the point as the step's target. Failure: StepFailed, beginning with `where`
   void AddTarget(Step& step, world::Point point, std::optional<int> method, const std::string& where) {
@@ -76,9 +76,10 @@ class Recorder {
 
 Recording RecordScript(const std::string& file) {
   const Script script = LoadScript(file);
+  const LibraryLog log("");
   constexpr int kWindowTimeoutMs = 3000;
   world::Point origin;
-  Recorder recorder;
+  PointedSteps recorder;
   if (script.window) {
     const auto window = AwaitWindow(*script.window, kWindowTimeoutMs, [] { return false; });
     if (!window) {
@@ -131,7 +132,7 @@ std::string AskForText(const ActionWords& words) {
   }
 }
 
-void RecordOne(Recorder& recorder, const ActionWords& words) {
+void RecordOne(PointedSteps& recorder, const ActionWords& words) {
   Step step;
   step.action = words.action;
   try {
@@ -152,7 +153,8 @@ void RecordOne(Recorder& recorder, const ActionWords& words) {
 // Each step is in the file as soon as it is recorded.
 Recording RecordByPointing(OutputFile& output) {
   std::cout << kInstructions;
-  Recorder recorder;
+  const LibraryLog log("");
+  PointedSteps recorder;
   for (;;) {
     const char key = world::WaitForKey();
     if (key == 'q') {
@@ -187,17 +189,19 @@ void Show(const Recording& recording, const std::string& file) {
 }  // namespace
 
 ExitCode Record(const RecordOptions& options) {
-  if (options.script.empty()) {
+  if (options.point) {
     if (const auto why = world::WhyNobodyCanPoint()) {
-      throw Failure(ExitCode::NotHere, "record needs somebody who points, but " + *why + "; use --script");
+      throw Failure(ExitCode::NotHere, "record --point needs somebody who points, but " + *why + "; use --script");
     }
   }
-  if (std::error_code ignored; !options.force && std::filesystem::exists(PathOf(options.file), ignored)) {
+  if (std::error_code ignored;
+      !options.force && options.from == 0 && std::filesystem::exists(PathOf(options.file), ignored)) {
     throw Failure(ExitCode::CannotWrite, options.file + ": is there already; --force replaces it");
   }
   OutputFile output(options.file);
-  const LibraryLog log("");
-  const Recording recording = options.script.empty() ? RecordByPointing(output) : RecordScript(options.script);
+  const Recording recording = !options.script.empty() ? RecordScript(options.script)
+                              : options.point         ? RecordByPointing(output)
+                                                      : RecordByDoing(options, output);
   if (recording.steps.empty()) {
     throw Failure(ExitCode::StepFailed, options.file + ": no step was recorded, so nothing is written");
   }

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "host/base/shortcut.h"
 #include "host/base/text.h"
 #include "host/engine/await.h"
 #include "host/engine/find_window.h"
-#include "host/recording/shortcut.h"
 
 namespace host {
 

@@ -7,9 +7,9 @@
 
 #include "host/base/failure.h"
 #include "host/base/file.h"
+#include "host/base/shortcut.h"
 #include "host/base/text.h"
 #include "host/recording/secrets.h"
-#include "host/recording/shortcut.h"
 
 namespace host {
 

@@ -2,10 +2,10 @@
 
 #include "host/base/failure.h"
 #include "host/base/file.h"
+#include "host/base/shortcut.h"
 #include "host/base/text.h"
 #include "host/recording/json_fields.h"
 #include "host/recording/parse_json.h"
-#include "host/recording/shortcut.h"
 
 namespace host {
 

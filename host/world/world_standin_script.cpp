@@ -8,6 +8,7 @@
 #include "host/base/failure.h"
 #include "host/base/text.h"
 #include "host/world/world.h"
+#include "host/world/world_standin_user.h"
 #include "standin/desktop/desktop.h"
 
 namespace host::world {
@@ -118,6 +119,9 @@ const std::map<std::string, Instruction>& Instructions() {
       {"canvas",
        {0, "",
         [](const Numbers&) { AddToForm(TEXT("Canvas"), TEXT(""), 0, Behaviour::Window, {230, 385, 450, 416}); }}},
+      {"password",
+       {0, "",
+        [](const Numbers&) { AddToForm(TEXT("PasswordEdit"), TEXT(""), 602, Behaviour::Edit, {10, 390, 110, 416}); }}},
       {"gone", {1, "ID", [](const Numbers& n) { TheDesktop().Windows().Destroy(ControlOf(n[0])); }}},
       {"id", {2, "ID,NEW", [](const Numbers& n) { Rename(n[0], n[1]); }}},
       {"rename", {3, "MS ID,NEW", [](const Numbers& n) { Later(n[0], [n] { Rename(n[1], n[2]); }); }}},
@@ -136,6 +140,9 @@ void Obey(const std::string& instruction) {
   std::string word;
   Numbers numbers;
   words >> word;
+  if (std::string act; word == "user" && std::getline(words, act) && AddUserAct(act)) {
+    return;
+  }
   for (int number = 0; words >> number;) {
     numbers.push_back(number);
     words >> std::ws;
@@ -158,6 +165,7 @@ Scene& TheScene() {
 }
 
 void SetScene(const std::string& instructions) {
+  ForgetUserActs();
   TheScene().form = std::make_unique<order_form::Twin>(40, 40);
   std::istringstream list(instructions);
   for (std::string instruction; std::getline(list, instruction, ';');) {
@@ -168,9 +176,9 @@ void SetScene(const std::string& instructions) {
 }
 
 std::string AllInstructions() {
-  std::string all;
+  std::string all = "\"user MS ACT\"";
   for (const auto& [word, instruction] : Instructions()) {
-    all += (all.empty() ? "\"" : ", \"") + word + (instruction.numbers == 0 ? "" : " ") + instruction.form + "\"";
+    all += ", \"" + word + (instruction.numbers == 0 ? "" : " ") + instruction.form + "\"";
   }
   return all;
 }

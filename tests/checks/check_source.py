@@ -16,7 +16,7 @@ FLOORS = [
     ["text"],
 ]
 HEIGHT = {room: height for height, rooms in enumerate(FLOORS) for room in rooms}
-HOST_FLOORS = ["base", "world", "recording", "engine", "export", "report", "commands"]
+HOST_FLOORS = ["base", "world", "recording", "engine", "recorder", "export", "report", "commands"]
 CODE = ["platform", "src", "include", "standin", "wine_automation", "samples", "tests", "host", "bindings", "examples",
         "fuzz", "benchmarks"]
 NATIVE = ROOT / "platform/native.h"

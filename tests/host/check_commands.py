@@ -403,8 +403,10 @@ class Commands(unittest.TestCase):
                       ("replay", "order.json", "--from", "x"), ("replay", "order.json", *VALUES, "--row", "1")):
             with self.subTest(words):
                 self.says(2, *words)
-        self.refuses(7, "record needs somebody who points, but the scripted desktop has no mouse to point with; use "
-                     "--script", "record", "new.json")
+        self.refuses(7, "record --point needs somebody who points, but the scripted desktop has no mouse to point with; use "
+                     "--script", "record", "new.json", "--point")
+        self.refuses(7, "nobody sits before the scripted desktop unless KORVANE_DESKTOP says \"user MS ACT\"; use --script",
+                     "record", "new.json")
 
     def test_bad_scripts(self):
         """commands: a script that leads nowhere leaves no recording"""

@@ -167,7 +167,7 @@ class Windows(unittest.TestCase):
         with form("40,40"):
             self.runs(0, "capture", "--at", "308,98", "--after", "1", folder=folder)
             run_windows(WINDOWS / "order_helper.exe", "click", "0", "308", "98", folder=folder)
-            user = Terminal("wine", KORVANE, "record", "pointed.json", folder=folder)
+            user = Terminal("wine", KORVANE, "record", "pointed.json", "--point", folder=folder)
             user.read_until("q write the file and end")
             for key, question, answer in (("p", "text:", "Ada Löwe"), ("c", None, None), ("k", "keys:", "Ctrl+A")):
                 user.press(key)

@@ -1,4 +1,4 @@
-#include "host/recording/shortcut.h"
+#include "host/base/shortcut.h"
 
 #include <algorithm>
 
@@ -44,6 +44,20 @@ std::optional<int> CodeOfKey(const std::string& name) {
   return CodeIn(kKeys, name);
 }
 
+std::optional<std::string> NameOfKey(int code) {
+  constexpr int kFirstFunctionKey = 0x70;
+  constexpr int kLastFunctionKey = 0x87;
+  if ((code >= '0' && code <= '9') || (code >= 'A' && code <= 'Z')) {
+    return std::string(1, static_cast<char>(code));
+  }
+  if (code >= kFirstFunctionKey && code <= kLastFunctionKey) {
+    return "F" + std::to_string(code - kFirstFunctionKey + 1);
+  }
+  const auto* const known =
+      std::find_if(std::begin(kKeys), std::end(kKeys), [code](const Key& key) { return key.code == code; });
+  return known == std::end(kKeys) ? std::nullopt : std::optional<std::string>(known->name);
+}
+
 }  // namespace
 
 std::optional<std::vector<int>> FindShortcut(const std::string& keys) {
@@ -63,6 +77,20 @@ std::optional<std::vector<int>> FindShortcut(const std::string& keys) {
   }
   codes.push_back(*key);
   return codes;
+}
+
+std::optional<std::string> NameOfShortcut(const std::vector<int>& codes) {
+  const auto key = codes.empty() ? std::nullopt : NameOfKey(codes.back());
+  if (!key) {
+    return std::nullopt;
+  }
+  std::string name;
+  for (const Key& modifier : kModifiers) {
+    if (std::find(codes.begin(), codes.end() - 1, modifier.code) != codes.end() - 1) {
+      name += std::string(modifier.name) + "+";
+    }
+  }
+  return name + *key;
 }
 
 std::string AllShortcuts() {

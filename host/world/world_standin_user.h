@@ -1,0 +1,13 @@
+// What the person in front of the scripted desktop is going to do.
+#pragma once
+
+#include <string>
+
+namespace host::world {
+
+// "MS click X,Y", "MS drag X,Y,X2,Y2", "MS type TEXT", "MS compose TEXT" (by an input method) or "MS keys Ctrl+S", the
+// time counting from the beginning of a watch. False: it is none of them.
+bool AddUserAct(const std::string& act);
+void ForgetUserActs();
+
+}  // namespace host::world
