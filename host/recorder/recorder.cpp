@@ -66,6 +66,7 @@ Recorder::Recorder(Recording recording, std::size_t after, std::vector<RecorderH
       handles_(recording_.windows.size()) {}
 
 void Recorder::Run(const std::function<bool()>& stop) {
+  LookAtFront();
   while (!ended_ && !stop()) {
     if (const auto input = watch_.Next(kIdleMs)) {
       Handle(*input);
@@ -194,8 +195,10 @@ void Recorder::AddAsked(const Captured& captured) {
 
 void Recorder::OnKey(const world::UserInput& key) {
   const auto focus = FocusAfterClick();
-  if (!focus) {
-    return;
+  if (!focus || focus->window != key.window) {
+    // The key has closed its window already.
+    FinishEntry();
+    return AddShortcut(key);
   }
   if (!entry_ || entry_->Control() != focus->control) {
     FollowFocus();
@@ -207,14 +210,15 @@ void Recorder::OnKey(const world::UserInput& key) {
     return entry_->Add(key);
   }
   FinishEntry();
-  AddShortcut(key, *focus);
+  AddShortcut(key);
 }
 
-void Recorder::AddShortcut(const world::UserInput& key, const world::KeyboardFocus& focus) {
-  const auto window = world::Describe(focus.window);
+void Recorder::AddShortcut(const world::UserInput& key) {
+  const auto window = front_ && front_->handle == key.window ? front_ : world::Describe(key.window);
   const auto name = NameOfShortcut(world::CodesOf(key.key));
   if (!window || !name) {
-    return listener_.told("a key without a name was pressed: it is no step");
+    return listener_.told(name ? *name + " was pressed in a window that had gone before it was known: it is no step"
+                               : "a key without a name was pressed: it is no step");
   }
   Step step;
   step.action = Action::Shortcut;
@@ -239,12 +243,21 @@ void Recorder::Idle() {
   if (paused_) {
     return;
   }
+  LookAtFront();
   const auto focus = world::FindKeyboardFocus();
   if (entry_ && focus && focus->control == entry_->Control()) {
     return entry_->Look();
   }
   if (!entry_ || !lastClick_ || world::Now() - lastClick_->time > kFocusMs + world::InputWatch::kLongestHoldMs) {
     FollowFocus();
+  }
+}
+
+// A window that a key closes cannot be described after it.
+void Recorder::LookAtFront() {
+  const HWND front = world::ForegroundWindow();
+  if (!front_ || front_->handle != front) {
+    front_ = world::Describe(front);
   }
 }
 

@@ -75,7 +75,8 @@ class Recorder {
   void FollowFocus();
   void BeginEntry(Captured field);
   void FinishEntry();
-  void AddShortcut(const world::UserInput& key, const world::KeyboardFocus& focus);
+  void AddShortcut(const world::UserInput& key);
+  void LookAtFront();
   void AddEntered(const TextEntry::Result& entered);
   void Add(const Captured& captured, Action action, const std::string& text, const std::vector<std::string>& warnings);
   void Insert(Step step, HWND field, const std::vector<std::string>& warnings);
@@ -99,9 +100,10 @@ class Recorder {
   std::optional<LastClick> lastClick_;  // of the last step, when that is a click
   // For each step that is recorded now: the field that it only clicks, or puts a text into.
   std::vector<HWND> fields_;
-  HWND followed_ = nullptr;         // the control that had the focus when it was last looked at
-  std::optional<Captured> field_;   // the one that has the focus
-  std::optional<TextEntry> entry_;  // into it
+  std::optional<world::Window> front_;  // the window in front when it was last looked at
+  HWND followed_ = nullptr;             // the control that had the focus when it was last looked at
+  std::optional<Captured> field_;       // the one that has the focus
+  std::optional<TextEntry> entry_;      // into it
   std::vector<double> delays_;
 };
 

@@ -46,6 +46,7 @@ struct UserInput {
   Point at;                // of presses and drags
   std::uint64_t held = 0;  // of a Press: names it for LetGo and Swallow
   KeyChord key;            // of Key
+  HWND window = nullptr;   // of Key: the one in front before the key; the key may close it
   std::string text;        // what the key types on the person's layout, in UTF-8; empty when nothing
   std::size_t hotkey = 0;  // index into the hotkeys that the watch was made with
 };

@@ -401,6 +401,7 @@ bool InputWatch::State::Key(bool down, const KBDLLHOOKSTRUCT& key) {
     return false;
   }
   raw.input.kind = UserInput::Kind::Key;
+  raw.input.window = front;
   Enqueue(raw);
   return false;
 }

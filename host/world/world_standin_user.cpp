@@ -50,8 +50,8 @@ std::vector<int> NumbersOf(const std::string& text) {
 // The watch that lives; what was scheduled for an earlier one is not done any more.
 std::uint64_t g_watch = 0;
 
-void Later(double milliseconds, const std::function<void()>& act) {
-  TheDesktop().Clock().After(milliseconds, [watch = g_watch, act] {
+void Later(double milliseconds, std::function<void()> act) {
+  TheDesktop().Clock().After(milliseconds, [watch = g_watch, act = std::move(act)] {
     if (watch == g_watch) {
       act();
     }
@@ -111,6 +111,7 @@ void InputWatch::State::Key(const std::vector<int>& codes, const std::string& te
   input.kind = UserInput::Kind::Key;
   input.time = Now();
   input.key = ChordOf(codes);
+  input.window = TheDesktop().Windows().Foreground();
   input.text = text;
   const auto hotkey = std::find(hotkeys.begin(), hotkeys.end(), input.key);
   if (hotkey != hotkeys.end()) {
@@ -123,8 +124,8 @@ void InputWatch::State::Key(const std::vector<int>& codes, const std::string& te
   for (const int code : codes) {
     TheDesktop().User().PressKey(code, true);
   }
-  for (auto code = codes.rbegin(); code != codes.rend(); ++code) {
-    TheDesktop().User().PressKey(*code, false);
+  for (const int code : codes) {
+    TheDesktop().User().PressKey(code, false);
   }
 }
 

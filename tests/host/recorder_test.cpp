@@ -20,6 +20,15 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
+HWND FindWindowOf(const std::string& title) {
+  for (const world::Window& window : world::Windows()) {
+    if (window.title == title) {
+      return window.handle;
+    }
+  }
+  return nullptr;
+}
+
 class RecorderTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -136,6 +145,13 @@ TEST_F(RecorderTest, AClickThatClosesItsWindow) {
   ASSERT_EQ(2U, recording_.windows.size());
   EXPECT_EQ("Confirm", recording_.windows[recording_.steps[1].window].title);
   EXPECT_EQ("Order form", recording_.windows[recording_.steps[2].window].title);
+}
+
+TEST_F(RecorderTest, AKeyThatClosesItsWindow) {
+  world::SetScene("dialog 0; user 100 click 200,142; user 300 type Yes; user 500 keys Enter; user 3000 keys Ctrl+Q");
+  TheDesktop().Clock().After(501, [] { TheDesktop().Windows().Destroy(FindWindowOf("Confirm")); });
+  EXPECT_THAT(RecordScene(), ElementsAre("paste Yes at 501", "shortcut Enter"));
+  EXPECT_EQ("Confirm", recording_.windows.at(recording_.steps[1].window).title);
 }
 
 TEST_F(RecorderTest, WhatCannotBeToldForSureIsSaid) {
