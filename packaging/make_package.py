@@ -32,6 +32,7 @@ SOURCES = {
     "NOTICES.txt": "NOTICES.txt",
     "README.md": "packaging/README.md",
     "demo.cmd": "packaging/demo.cmd",
+    "docs/images/recording.png": "docs/images/recording.png",
     "docs/images/report.png": "docs/images/report.png",
     "include/korvane/korvane.h": "include/korvane/korvane.h",
     "include/korvane/korvane.hpp": "bindings/cpp/korvane/korvane.hpp",

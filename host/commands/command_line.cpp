@@ -61,6 +61,7 @@ void AddRecord(CLI::App& program, RecordOptions& options, ExitCode& code) {
       ->excludes(point)
       ->excludes(force);
   command->add_option("--hotkey", options.hotkeys, "Another hotkey, such as undo=Ctrl+F8")->excludes(script);
+  command->add_flag("--no-frame", options.plain, "Show no frame around what the mouse points at");
   script->excludes(point);
   command->callback([&] { code = Record(options); });
 }

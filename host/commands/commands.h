@@ -24,6 +24,7 @@ struct RecordOptions {
   bool point = false;  // somebody points at elements instead of using them
   bool force = false;
   int from = 0;                      // goes on behind this step; 0: a new recording
+  bool plain = false;                // without a frame around what is pointed at
   std::vector<std::string> hotkeys;  // "undo=Ctrl+Shift+F8"
 };
 ExitCode Record(const RecordOptions& options);

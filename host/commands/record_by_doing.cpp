@@ -124,7 +124,7 @@ Recording RecordByDoing(const RecordOptions& options, OutputFile& output) {
     }
   };
   recorder.emplace(
-      std::move(begun), static_cast<std::size_t>(options.from), std::move(hotkeys),
+      std::move(begun), static_cast<std::size_t>(options.from), std::move(hotkeys), !options.plain,
       RecorderListener{[&](std::size_t index, const Step& step, const std::vector<std::string>& warnings) {
                          Tell(index, step, warnings);
                          keep();

@@ -15,6 +15,7 @@ namespace host {
 namespace {
 
 constexpr int kIdleMs = 40;
+constexpr double kRestMs = 120;
 // How long a click may take to give its field the focus.
 constexpr double kFocusMs = 150;
 constexpr int kLookAgainMs = 5;
@@ -55,7 +56,7 @@ std::vector<world::KeyChord> ChordsOf(const std::vector<RecorderHotkey>& hotkeys
 
 }  // namespace
 
-Recorder::Recorder(Recording recording, std::size_t after, std::vector<RecorderHotkey> hotkeys,
+Recorder::Recorder(Recording recording, std::size_t after, std::vector<RecorderHotkey> hotkeys, bool outlines,
                    RecorderListener listener)
     : recording_(std::move(recording)),
       first_(after),
@@ -63,7 +64,11 @@ Recorder::Recorder(Recording recording, std::size_t after, std::vector<RecorderH
       hotkeys_(std::move(hotkeys)),
       listener_(std::move(listener)),
       watch_(ChordsOf(hotkeys_)),
-      handles_(recording_.windows.size()) {}
+      handles_(recording_.windows.size()) {
+  if (outlines) {
+    outline_.emplace();
+  }
+}
 
 void Recorder::Run(const std::function<bool()>& stop) {
   LookAtFront();
@@ -105,6 +110,9 @@ void Recorder::Handle(const world::UserInput& input) {
 // ---- The mouse ----
 
 void Recorder::OnPress(const world::UserInput& press) {
+  if (outline_) {
+    outline_->Hide();
+  }
   std::vector<std::string> warnings;
   if (IsSecondOfDoubleClick(press)) {
     LetGo(press, warnings);
@@ -177,6 +185,41 @@ std::optional<Recorder::Captured> Recorder::Capture(world::Point point) {
   return captured;
 }
 
+// When the mouse has come to rest: on its way nobody looks, and each look costs the program under it some milliseconds.
+void Recorder::FramePointedAt() {
+  const world::Point at = world::Cursor();
+  if (!outline_ || at.x != pointed_.x || at.y != pointed_.y) {
+    pointed_ = at;
+    restsSince_ = world::Now();
+    if (outline_) {
+      outline_->Hide();
+    }
+    return;
+  }
+  if (!restsSince_ || world::Now() - *restsSince_ < kRestMs) {
+    return;
+  }
+  restsSince_.reset();
+  const auto window = world::WindowAt(at);
+  if (!window || world::IsOurWindow(window->handle)) {
+    return;
+  }
+  TargetRecord target{};
+  auto element = world::ElementUnder(at);
+  const auto rect = element ? world::RectOf(*element) : std::nullopt;
+  if (!rect || captureTargetAtPoint(&target, at.x, at.y) != KORVANE_OK) {
+    return;
+  }
+  const BestIdentification best = ChooseIdentification(target, *window);
+  const auto colour = best.by == Identification::AutomationId ? world::OutlineColour::Green
+                      : best.by == Identification::TreePath   ? world::OutlineColour::Yellow
+                                                              : world::OutlineColour::Red;
+  const world::Element described = world::Described(std::move(*element));
+  const std::string name = best.label.empty() ? Utf8(world::NameOf(described)) : best.label;
+  outline_->Show(*rect, colour,
+                 Shortened(NameOfType(described.controlType) + (name.empty() ? "" : " " + name), kNameColumns));
+}
+
 void Recorder::AddAsked(const Captured& captured) {
   const Action action = *asked_;
   asked_.reset();
@@ -244,6 +287,7 @@ void Recorder::Idle() {
     return;
   }
   LookAtFront();
+  FramePointedAt();
   const auto focus = world::FindKeyboardFocus();
   if (entry_ && focus && focus->control == entry_->Control()) {
     return entry_->Look();

@@ -10,6 +10,7 @@
 #include "host/recorder/text_entry.h"
 #include "host/recording/recording.h"
 #include "host/world/keyboard_focus.h"
+#include "host/world/outline.h"
 #include "host/world/user_input.h"
 
 namespace host {
@@ -34,7 +35,9 @@ struct RecorderListener {
 class Recorder {
  public:
   // Puts its steps behind the first `after` ones of the recording. Failure: NotHere, when nobody can be watched.
-  Recorder(Recording recording, std::size_t after, std::vector<RecorderHotkey> hotkeys, RecorderListener listener);
+  // `outlines`: what is pointed at is framed on the screen.
+  Recorder(Recording recording, std::size_t after, std::vector<RecorderHotkey> hotkeys, bool outlines,
+           RecorderListener listener);
 
   // Until the end's hotkey, or until `stop` says so, which is asked several times a second.
   void Run(const std::function<bool()>& stop);
@@ -77,6 +80,7 @@ class Recorder {
   void FinishEntry();
   void AddShortcut(const world::UserInput& key);
   void LookAtFront();
+  void FramePointedAt();
   void AddEntered(const TextEntry::Result& entered);
   void Add(const Captured& captured, Action action, const std::string& text, const std::vector<std::string>& warnings);
   void Insert(Step step, HWND field, const std::vector<std::string>& warnings);
@@ -94,6 +98,9 @@ class Recorder {
   world::InputWatch watch_;
   world::DoubleClick doubleClick_ = world::DoubleClickOfSystem();
   std::vector<HWND> handles_;  // of the recording's windows; null: not seen yet
+  std::optional<world::Outline> outline_;
+  world::Point pointed_;              // where the mouse was when it was last looked at
+  std::optional<double> restsSince_;  // nothing: what is there has been framed
   std::optional<Action> asked_;
   bool paused_ = false;
   bool ended_ = false;

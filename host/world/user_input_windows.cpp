@@ -10,6 +10,7 @@
 
 #include "host/base/failure.h"
 #include "host/base/text.h"
+#include "host/world/outline.h"
 #include "host/world/press_hold.h"
 
 namespace host::world {
@@ -50,12 +51,6 @@ struct HookRemover {
   }
 };
 using Hook = std::unique_ptr<HHOOK__, HookRemover>;
-
-bool IsOurs(HWND window) {
-  DWORD process = 0;
-  GetWindowThreadProcessId(window, &process);
-  return process == GetCurrentProcessId() || window == GetConsoleWindow();
-}
 
 // A terminal with tabs is a program of its own, and its window is not this console's.
 HWND TerminalWithTabs() {
@@ -211,6 +206,8 @@ bool InputWatch::State::SetHooks() {
 }
 
 void InputWatch::State::Run() {
+  // The whole desktop waits for the hooks.
+  SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_HIGHEST);
   hooked = SetHooks();
   SetEvent(ready.get());
   const HANDLE stopped = stop.get();
@@ -335,7 +332,7 @@ bool InputWatch::State::IsAboutUs(const UserInput& input) const {
     return false;
   }
   const HWND window = RootAt(input.at);
-  return window == nullptr || IsOurs(window) || window == terminal;
+  return window == nullptr || IsOurWindow(window) || window == terminal;
 }
 
 void InputWatch::State::FollowModifiers(DWORD virtualKey, bool down) {
@@ -397,7 +394,7 @@ bool InputWatch::State::Key(bool down, const KBDLLHOOKSTRUCT& key) {
     return true;
   }
   const HWND front = GetForegroundWindow();
-  if (front != nullptr && (IsOurs(front) || front == terminal)) {
+  if (front != nullptr && (IsOurWindow(front) || front == terminal)) {
     return false;
   }
   raw.input.kind = UserInput::Kind::Key;

@@ -10,6 +10,7 @@
 #include "host/base/shortcut.h"
 #include "host/base/text.h"
 #include "host/world/keyboard_focus.h"
+#include "host/world/outline.h"
 #include "host/world/press_hold.h"
 #include "host/world/user_input.h"
 #include "host/world/world_standin_script.h"
@@ -153,7 +154,9 @@ void InputWatch::State::Compose(const std::string& text) {
 
 void InputWatch::State::Perform(const Act& act) {
   const std::vector<int> numbers = NumbersOf(act.what);
-  if (act.verb == "click") {
+  if (act.verb == "point") {
+    TheDesktop().User().MoveCursor(numbers[0], numbers[1]);
+  } else if (act.verb == "click") {
     Press({numbers[0], numbers[1]});
     presses.Up({numbers[0], numbers[1]});
   } else if (act.verb == "drag") {
@@ -238,16 +241,50 @@ bool AddUserAct(const std::string& act) {
   words >> added.time >> added.verb >> std::ws;
   std::getline(words, added.what, '\0');
   const std::size_t numbers = NumbersOf(added.what).size();
-  const bool known = (added.verb == "click" && numbers == 2) || (added.verb == "drag" && numbers == 4) ||
-                     added.verb == "type" || added.verb == "compose" || added.verb == "unhooked" ||
-                     (added.verb == "keys" && FindShortcut(added.what));
+  const bool known = ((added.verb == "click" || added.verb == "point") && numbers == 2) ||
+                     (added.verb == "drag" && numbers == 4) || added.verb == "type" || added.verb == "compose" ||
+                     added.verb == "unhooked" || (added.verb == "keys" && FindShortcut(added.what));
   if (known) {
     Acts().push_back(std::move(added));
   }
   return known;
 }
 
+struct Outline::State {};
+
+namespace {
+
+std::vector<std::string> g_outlines;
+
+}  // namespace
+
+Outline::Outline() = default;
+Outline::~Outline() = default;
+
+void Outline::Show(const Rect& rect, OutlineColour colour, const std::string& text) {
+  static constexpr const char* kColours[] = {"green", "yellow", "red"};
+  std::ostringstream words;
+  words << kColours[static_cast<int>(colour)] << " " << rect.left << " " << rect.top << " " << rect.right << " "
+        << rect.bottom << " " << text;
+  g_outlines.push_back(words.str());
+}
+
+void Outline::Hide() {
+  if (!g_outlines.empty() && !g_outlines.back().empty()) {
+    g_outlines.emplace_back();
+  }
+}
+
+const std::vector<std::string>& OutlinesShown() {
+  return g_outlines;
+}
+
+bool IsOurWindow(HWND /*window*/) {
+  return false;
+}
+
 void ForgetUserActs() {
+  g_outlines.clear();
   Acts().clear();
 }
 

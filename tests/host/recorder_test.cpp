@@ -9,6 +9,7 @@
 #include "host/engine/library_log.h"
 #include "host/recording/variables.h"
 #include "host/world/world_standin_script.h"
+#include "host/world/world_standin_user.h"
 #include "samples/order_form/layout.h"
 #include "standin/desktop/desktop.h"
 
@@ -59,7 +60,7 @@ class RecorderTest : public testing::Test {
                                                                         {RecorderCommand::End, "Ctrl+Q"}}) {
       hotkeys.push_back({command, world::ChordOf(*FindShortcut(keys))});
     }
-    Recorder recorder({}, 0, hotkeys,
+    Recorder recorder({}, 0, hotkeys, true,
                       {[this](std::size_t, const Step&, const std::vector<std::string>& warnings) {
                          told_.insert(told_.end(), warnings.begin(), warnings.end());
                        },
@@ -166,6 +167,15 @@ TEST_F(RecorderTest, WhatCannotBeToldForSureIsSaid) {
   told_.clear();
   Record("user 100 drag 90,410,200,410; user 3000 keys Ctrl+Q");
   EXPECT_THAT(told_, testing::Contains(HasSubstr("dragging cannot be recorded")));
+}
+
+TEST_F(RecorderTest, WhatIsPointedAtIsFramed) {
+  Record(
+      "id 302,301; user 100 point 308,98; user 800 point 90,410; user 1500 point 46,60; user 2200 point 1900,1000; "
+      "user 3000 keys Ctrl+Q");
+  EXPECT_THAT(world::OutlinesShown(),
+              ElementsAre("green 153 86 463 110 field", "", "yellow 53 396 153 424 button Submit", "",
+                          testing::StartsWith("red 40 40 500 460 window"), ""));
 }
 
 TEST_F(RecorderTest, APressWaitsNoLongerThanItMay) {
