@@ -52,6 +52,9 @@ void AddRecord(CLI::App& program, RecordOptions& options, ExitCode& code) {
   CLI::App* const command = program.add_subcommand("record", "Record what you do in other programs into a file");
   command->add_option("FILE", options.file, "The recording to write")->required();
   CLI::Option* const script = command->add_option("--script", options.script, "Take the steps from this file instead");
+  command->add_flag("--do", options.act, "With --script: do each step, too")->needs(script);
+  CLI::Option* const start =
+      command->add_option("--start", options.start, "Start this program first, and whenever the recording is replayed");
   CLI::Option* const point =
       command->add_flag("--point", options.point, "Point at elements and press keys here, without using them");
   CLI::Option* const force = command->add_flag("--force", options.force, "Replace a recording that is there");
@@ -59,6 +62,7 @@ void AddRecord(CLI::App& program, RecordOptions& options, ExitCode& code) {
       ->check(CLI::PositiveNumber)
       ->excludes(script)
       ->excludes(point)
+      ->excludes(start)
       ->excludes(force);
   command->add_option("--hotkey", options.hotkeys, "Another hotkey, such as undo=Ctrl+F8")->excludes(script);
   command->add_flag("--no-frame", options.plain, "Show no frame around what the mouse points at");
@@ -103,6 +107,7 @@ void AddReplay(CLI::App& program, ReplayCommandOptions& options, ExitCode& code)
   command->add_option("--proposals", options.proposals, "Write the recording here, with what heals its steps");
   command->add_flag("--strict", options.strict, "A healed step is a failed one");
   command->add_flag("--dry-run", options.dryRun, "Find the targets, but do nothing");
+  command->add_flag("--close", options.close, "Close the program that the recording started, when all is done");
   command->add_flag("--keep-going", options.keepGoing, "After a failure go on with the next step, or the next row");
   command->add_flag("--json", options.json, "Answer in JSON on the standard output, tell the rest on the other one");
   command->callback([&] { code = RunReplay(options); });

@@ -23,6 +23,8 @@ struct RecordOptions {
   std::string script;  // takes the steps from this file
   bool point = false;  // somebody points at elements instead of using them
   bool force = false;
+  bool act = false;                  // with a script: each step is also done
+  std::string start;                 // the program to start first; empty: it is open
   int from = 0;                      // goes on behind this step; 0: a new recording
   bool plain = false;                // without a frame around what is pointed at
   std::vector<std::string> hotkeys;  // "undo=Ctrl+Shift+F8"
@@ -57,6 +59,7 @@ struct ReplayCommandOptions {
   int retries = 0;
   bool dryRun = false;
   bool keepGoing = false;
+  bool close = false;  // the program that was started
   bool strict = false;
   bool json = false;
 };

@@ -29,6 +29,9 @@ void TellDifferences(const Recording& recording) {
   if (labelled != 0) {
     std::cout << "  note: " << labelled << " steps have labels, which a replay compares and the program does not\n";
   }
+  if (!recording.start.empty()) {
+    std::cout << "  note: the program does not start " << recording.start << ": it has to be open\n";
+  }
 }
 
 }  // namespace

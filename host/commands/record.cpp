@@ -5,10 +5,15 @@
 #include "host/base/table.h"
 #include "host/base/text.h"
 #include "host/commands/commands.h"
+#include "host/engine/await.h"
 #include "host/engine/best_identification.h"
+#include "host/engine/explain.h"
 #include "host/engine/find_window.h"
 #include "host/engine/library_log.h"
+#include "host/engine/run_step.h"
 #include "host/recording/recording_file.h"
+
+#include "host/world/program.h"
 
 namespace host {
 
@@ -74,12 +79,42 @@ class PointedSteps {
   std::size_t lastWindow_ = 0;
 };
 
-Recording RecordScript(const std::string& file) {
+// Does the steps of a script as a replay would, so that the next one finds what they bring about.
+class ScriptedWork {
+ public:
+  ScriptedWork(const Recording& recording, const std::string& file, LibraryLog& log)
+      : file_(file), runner_(recording, log, {}) {}
+
+  // Failure: StepFailed, Cancelled
+  void Do(std::size_t index, const Step& step) {
+    const StepResult result = runner_.Run(index, variables_);
+    if (result.state == StepState::Failed) {
+      throw Failure(result.code == KORVANE_CANCELLED ? ExitCode::Cancelled : ExitCode::StepFailed,
+                    Explain(result, file_));
+    }
+    std::cout << "  " << index + 1 << "  " << Title(step) << "\n" << std::flush;
+    // The next page of a wizard may take a moment, and what is captured too early is of the page before.
+    constexpr int kSettleMs = 300;
+    Await(kSettleMs, [] { return false; });
+  }
+
+ private:
+  std::string file_;
+  StepRunner runner_;
+  Variables variables_;
+};
+
+Recording RecordScript(const RecordOptions& options) {
+  const std::string& file = options.script;
   const Script script = LoadScript(file);
-  const LibraryLog log("");
+  LibraryLog log("");
   constexpr int kWindowTimeoutMs = 3000;
   world::Point origin;
   PointedSteps recorder;
+  std::optional<ScriptedWork> work;
+  if (options.act) {
+    work.emplace(recorder.Result(), file, log);
+  }
   if (script.window) {
     const auto window = AwaitWindow(*script.window, kWindowTimeoutMs, [] { return false; });
     if (!window) {
@@ -98,6 +133,9 @@ Recording RecordScript(const std::string& file) {
       throw Failure(ExitCode::BadFile, where + "comes before any window is known: give the script a \"window\"");
     }
     recorder.Add(scripted.step);
+    if (work) {
+      work->Do(i, scripted.step);
+    }
   }
   return recorder.Result();
 }
@@ -199,12 +237,16 @@ ExitCode Record(const RecordOptions& options) {
     throw Failure(ExitCode::CannotWrite, options.file + ": is there already; --force replaces it");
   }
   OutputFile output(options.file);
-  const Recording recording = !options.script.empty() ? RecordScript(options.script)
-                              : options.point         ? RecordByPointing(output)
-                                                      : RecordByDoing(options, output);
+  if (!options.start.empty()) {
+    world::StartProgram(options.start);
+  }
+  Recording recording = !options.script.empty() ? RecordScript(options)
+                        : options.point         ? RecordByPointing(output)
+                                                : RecordByDoing(options, output);
   if (recording.steps.empty()) {
     throw Failure(ExitCode::StepFailed, options.file + ": no step was recorded, so nothing is written");
   }
+  recording.start = options.start.empty() ? recording.start : options.start;
   output.Write(WriteRecording(recording));
   Show(recording, options.file);
   return ExitCode::Ok;

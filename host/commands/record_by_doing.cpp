@@ -9,6 +9,7 @@
 #include "host/commands/progress.h"
 #include "host/engine/library_log.h"
 #include "host/engine/replay.h"
+#include "host/engine/start_program.h"
 #include "host/recorder/recorder.h"
 #include "host/recording/recording_file.h"
 #include "host/recording/variables.h"
@@ -96,6 +97,7 @@ Recording DoneUpTo(const RecordOptions& options) {
   AskForSecrets(first, rows);
   CheckVariables(first, options.file, 0, rows.front().values);
   LibraryLog log("");
+  StartIfNeeded(first, RunOptions().timeoutMs);
   ReplayOptions replay;
   replay.file = options.file;
   const Replayed replayed = Replay(first, rows, log, replay, ShowProgress(first, false));
@@ -114,6 +116,7 @@ Recording RecordByDoing(const RecordOptions& options, OutputFile& output) {
     hotkeys.push_back({kHotkeys[i].command, world::ChordOf(*FindShortcut(keys[i]))});
   }
   Recording begun = options.from == 0 ? Recording() : DoneUpTo(options);
+  begun.start = options.start.empty() ? begun.start : options.start;
   const LibraryLog log("");
   const world::InterruptionWatch interruption;
   std::optional<Recorder> recorder;

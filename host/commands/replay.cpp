@@ -13,6 +13,7 @@
 #include "host/commands/json_answer.h"
 #include "host/commands/progress.h"
 #include "host/engine/readiness.h"
+#include "host/engine/start_program.h"
 #include "host/recording/recording_file.h"
 #include "host/recording/secrets.h"
 #include "host/report/junit.h"
@@ -166,6 +167,7 @@ ExitCode ReplayAndTell(const ReplayCommandOptions& options, Json& answer) {
     secrets.AddFrom(row.values);
   }
   LibraryLog log(options.log, secrets);
+  const bool started = !options.dryRun && StartIfNeeded(recording, options.timeoutMs);
   for (const std::string& line : CheckReadiness(recording, options.file)) {
     std::cout << "  note: " << line << "\n";
   }
@@ -177,9 +179,13 @@ ExitCode ReplayAndTell(const ReplayCommandOptions& options, Json& answer) {
     progress = WithReport(progress, *outputs.report, replay);
   }
   const Replayed replayed = Replay(recording, rows, log, replay, progress);
+  const bool stays = started && options.close && !CloseStarted(recording, options.timeoutMs);
   answer.update(ReplayToJson(recording, rows, replayed));
   // What is told does not depend on what can be written.
   Tell(replayed, options);
+  if (stays) {
+    std::cout << "  note: the program that was started is still open: it may be asking something\n";
+  }
   if (outputs.report) {
     outputs.report->End(replayed);
     std::cout << "  report: " << options.report << "\n";

@@ -224,7 +224,7 @@ void Recorder::AddAsked(const Captured& captured) {
   const Action action = *asked_;
   asked_.reset();
   const auto shown = ShownBy(captured.target, handles_[captured.window]);
-  if (!shown) {
+  if (!shown || (shown->empty() && action != Action::Read)) {
     return listener_.told("it shows no text: there is nothing to check, wait for or read");
   }
   const std::string text = action == Action::Read ? NextVariable("VALUE_") : Literal(*shown);

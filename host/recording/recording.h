@@ -50,6 +50,7 @@ struct Step {
 
 struct Recording {
   std::optional<world::Screen> screen;  // that it was recorded on
+  std::string start;                    // the command line of the program to start; empty: it has to be open
   std::vector<WindowName> windows;
   std::vector<Step> steps;
 };

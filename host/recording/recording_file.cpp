@@ -272,6 +272,9 @@ std::string WriteRecording(const Recording& recording) {
   if (recording.screen) {
     json["screen"] = ScreenToJson(*recording.screen);
   }
+  if (!recording.start.empty()) {
+    json["start"] = recording.start;
+  }
   json["windows"] = Json::array();
   json["steps"] = Json::array();
   for (const WindowName& window : recording.windows) {
@@ -287,11 +290,12 @@ Recording ParseRecording(const std::string& file, const std::string& text) {
   const Json json = ParseJson(file, text);
   const JsonFields fields(json, file);
   CheckVersion(fields, file);
-  fields.AllowOnly({"korvane", "screen", "windows", "steps"});
+  fields.AllowOnly({"korvane", "screen", "start", "windows", "steps"});
   Recording recording;
   if (fields.Has("screen")) {
     recording.screen = ScreenFromJson(fields.At("screen"), file + ": screen");
   }
+  recording.start = fields.Text("start", "");
   for (const Json& window : fields.List("windows")) {
     recording.windows.push_back(
         WindowFromJson(window, file + ": window " + std::to_string(recording.windows.size() + 1)));

@@ -7,6 +7,7 @@
 
 #include "host/base/failure.h"
 #include "host/base/text.h"
+#include "host/world/program.h"
 #include "host/world/world.h"
 #include "host/world/world_standin_user.h"
 #include "standin/desktop/desktop.h"
@@ -172,6 +173,19 @@ void SetScene(const std::string& instructions) {
     if (const std::string trimmed = Trimmed(instruction); !trimmed.empty()) {
       Obey(trimmed);
     }
+  }
+}
+
+void StartProgram(const std::string& commandLine) {
+  if (commandLine != "order_form") {
+    throw Failure(ExitCode::NoWindow, "cannot start " + commandLine + ": there is no such program");
+  }
+  TheScene().form = std::make_unique<order_form::Twin>(40, 40);
+}
+
+void AskToClose(HWND window) {
+  if (window == Form()) {
+    TheScene().form.reset();
   }
 }
 

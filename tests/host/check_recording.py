@@ -12,7 +12,7 @@ END = "; user 9000 keys Ctrl+Shift+F10"
 WORK = "user 100 click 308,98; user 300 type Ada; user 600 click 90,410"
 
 
-def steps(recording):
+def steps_of(recording):
     """What each step does, in a few words."""
     return [" ".join([step["action"], step.get("text", step.get("keys", step.get("variable", ""))),
                       step.get("target", {}).get("automationId", "")]).replace("  ", " ").strip()
@@ -34,7 +34,7 @@ class Recording(unittest.TestCase):
         folder = scratch("recording")
         out = self.records(0, WORK + "; user 900 keys Ctrl+Shift+F5; user 1000 click 350,410" + END, folder=folder)
         self.assertRegex(out, r"\n  2  click Submit\n.*\n  3  check  \"Submitted: Ada / \"\n  clicks waited [\d.]+ ms until")
-        self.assertEqual(["paste Ada 101", "click 301", "check Submitted: Ada / 401"], steps(self.kept(folder)))
+        self.assertEqual(["paste Ada 101", "click 301", "check Submitted: Ada / 401"], steps_of(self.kept(folder)))
         first = (folder / "new.json").read_bytes()
         code, out, err = korvane("replay", "new.json", folder=folder, desktop="form 400,200")
         self.assertEqual(0, code, out + err)
@@ -42,13 +42,13 @@ class Recording(unittest.TestCase):
         self.assertEqual(first, (folder / "new.json").read_bytes())
         # What is done before is seen in what the user finds.
         self.records(0, "user 3000 keys Ctrl+F7; user 3200 click 308,98" + END, "--from", "1", "--hotkey", "read=Ctrl+F7", folder=folder)
-        self.assertEqual(["paste Ada 101", "read VALUE_1 101", "click 301", "check Submitted: Ada / 401"], steps(self.kept(folder)))
+        self.assertEqual(["paste Ada 101", "read VALUE_1 101", "click 301", "check Submitted: Ada / 401"], steps_of(self.kept(folder)))
 
     def test_ends(self):
         """recording: whatever ends it, its steps are kept; without one nothing is written"""
         folder = scratch("recording-ends")
         self.records(0, WORK + "; interrupt 2000", folder=folder)
-        self.assertEqual(["paste Ada 101", "click 301"], steps(self.kept(folder)))
+        self.assertEqual(["paste Ada 101", "click 301"], steps_of(self.kept(folder)))
         self.assertIn("gone without ending", self.records(7, WORK, "--force", folder=folder))
         self.assertEqual(2, len(self.kept(folder)["steps"]))
         self.assertIn("has 2 steps", self.records(2, WORK, "--from", "3", folder=folder))
@@ -59,6 +59,31 @@ class Recording(unittest.TestCase):
         for hotkey in ("undo", "undo=", "undo=Ctrl", "jump=F5", "undo=Ctrl+Shift+F9"):
             self.assertIn("--hotkey", self.records(2, WORK, "--hotkey", hotkey, folder=folder))
         self.assertFalse((folder / "new.json").exists())
+
+    def test_start(self):
+        """recording: the program that it names is started when its window is not there, and closed when told"""
+        folder = scratch("recording-start")
+        self.records(0, "no-form; " + WORK + END, "--start", "order_form", folder=folder)
+        self.assertEqual("order_form", self.kept(folder)["start"])
+        for desktop, words in (("no-form", ("--close",)), ("", ()), ("no-form", ("--dry-run",))):
+            code, out, err = korvane("replay", "new.json", *words, folder=folder, desktop=desktop)
+            self.assertEqual(0 if "--dry-run" not in words else 4, code, out + err)
+            self.assertNotIn("still open", out)
+        self.assertIn("no such program", self.records(4, "no-form; " + WORK, "--start", "nothing", "--force", folder=folder))
+
+    def test_script_that_acts(self):
+        """recording: a script that acts finds what its own steps bring about, and stops at the first that fails"""
+        folder = scratch("recording-script")
+        steps = [{"action": "paste", "text": "Ada", "at": [268, 58]}, {"action": "click", "at": [63, 370]},
+                 {"action": "check", "text": "Submitted: Ada / ", "match": "equals", "at": [310, 370]}]
+        script = folder / "script.json"
+        script.write_text(json.dumps({"korvane": 1, "window": {"title": "Order form"}, "steps": steps}), encoding="utf-8")
+        self.records(0, "", "--script", "script.json", "--do", folder=folder)
+        self.assertEqual(["paste Ada 101", "click 301", "check Submitted: Ada / 401"], steps_of(self.kept(folder)))
+        steps[2]["text"] = "Sent"
+        script.write_text(json.dumps({"korvane": 1, "window": {"title": "Order form"}, "steps": steps}), encoding="utf-8")
+        self.assertIn("Submitted: Ada", self.records(1, "", "--script", "script.json", "--do", "--force", folder=folder))
+        self.assertEqual("Submitted: Ada / ", self.kept(folder)["steps"][2]["text"])
 
     def test_windows(self):
         """Windows: somebody with mouse and keyboard is recorded; programs get all of it; a replay does the same elsewhere"""
@@ -90,7 +115,7 @@ class Recording(unittest.TestCase):
             self.assertEqual(0, terminal.wait())
         recording = self.kept(folder)
         self.assertEqual(["paste Ada Lowe 101", "shortcut Tab", "paste Hill 3 102", "type 1234567 203", "click 301",
-                          "check Submitted: Ada Lowe / 401"], steps(recording))
+                          "check Submitted: Ada Lowe / 401"], steps_of(recording))
         self.assertEqual(["Name", "Street", "Submit"], [recording["steps"][i]["name"] for i in (0, 2, 4)])
         with form("420,200"):
             code, out = run_windows(KORVANE, "replay", "new.json", folder=folder)
