@@ -40,6 +40,22 @@ std::optional<std::string> HeldBy(const world::Element& element) {
   return text;
 }
 
+// What the field holds when it has the whole text, or has stopped changing because it makes another one of it.
+std::optional<std::string> HeldWhenSettled(const world::Element& field, const std::string& expected) {
+  constexpr int kStillMs = 40;
+  auto held = HeldBy(field);
+  Await(kSettleMs, [&] {
+    if (held && held->find(expected) != std::string::npos) {
+      return true;
+    }
+    delay(kStillMs);
+    auto now = HeldBy(field);
+    std::swap(held, now);
+    return held == now;
+  });
+  return held;
+}
+
 // A text as a field that was given it would hold it.
 std::string AsHeld(const std::string& given) {
   std::string text = Utf8(Wide(given));
@@ -246,7 +262,7 @@ int StepActions::Type(Turn& turn) {
     return turn.step.replace && !secret ? now == expected : result.text.empty() || now != before;
   });
   result.expected = result.text;
-  result.received = HeldBy(field);
+  result.received = seen && !secret ? HeldWhenSettled(field, expected) : HeldBy(field);
   if (!seen) {
     result.remark = Shows(result.received);
     return Cancelled(KORVANE_FAILED);
