@@ -17,7 +17,8 @@ struct Language {
   const char* ending;
   std::string (*write)(const ExportedProgram&);
 };
-constexpr Language kLanguages[] = {{"cpp", ".cpp", ExportedCpp},
+constexpr Language kLanguages[] = {{"c", ".c", ExportedC},
+                                   {"cpp", ".cpp", ExportedCpp},
                                    {"csharp", ".cs", ExportedCsharp},
                                    {"node", ".js", ExportedNode},
                                    {"python", ".py", ExportedPython}};

@@ -1,5 +1,3 @@
-#include <cstdio>
-
 #include "host/export/program.h"
 
 namespace host {
@@ -166,25 +164,8 @@ int main(int count, char** arguments) {
 }
 )";
 
-// As C and C++ read it. Octal digits end after three, unlike hexadecimal ones.
-std::string Literal(const std::string& text) {
-  std::string quoted = "\"";
-  for (const char character : text) {
-    if (character == '"' || character == '\\' || character == '?') {
-      quoted += std::string("\\") + character;
-    } else if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) {
-      char escape[8];
-      std::snprintf(escape, sizeof escape, "\\%03o", static_cast<unsigned>(character));
-      quoted += escape;
-    } else {
-      quoted += character;
-    }
-  }
-  return quoted + "\"";
-}
-
 std::string Wide(const std::string& text) {
-  return "T(" + Literal(text) + ")";
+  return "T(" + LiteralOfC(text) + ")";
 }
 
 // Put together from whole texts: a literal alone could not be added to another one.
@@ -193,7 +174,7 @@ std::string Whole(const std::string& text) {
 }
 
 std::string Variable(const std::string& name) {
-  return "values[" + Literal(name) + "]";
+  return "values[" + LiteralOfC(name) + "]";
 }
 
 std::string Milliseconds(int milliseconds) {
@@ -234,11 +215,11 @@ class Cpp final : public Dialect {
   std::string Send(const std::string& sender, int key, const std::string& keys) const override {
     return "Must(korvane::" +
            (sender.empty() ? "SendKey(" + std::to_string(key) + ")" : "S" + sender.substr(1) + "()") + ", " +
-           Literal(keys) + ");";
+           LiteralOfC(keys) + ");";
   }
   std::vector<std::string> Read(const std::string& target, const std::string& variable) const override {
     return {Variable(variable) + " = Read(" + target + ");",
-            "std::printf(\"%s = %s\\n\", " + Literal(variable) + ", Utf8(" + Variable(variable) + ").c_str());"};
+            "std::printf(\"%s = %s\\n\", " + LiteralOfC(variable) + ", Utf8(" + Variable(variable) + ").c_str());"};
   }
 };
 
@@ -247,13 +228,13 @@ class Cpp final : public Dialect {
 std::string ExportedCpp(const ExportedProgram& program) {
   std::string take;
   for (const std::string& name : program.secrets) {
-    take += "  TakeSecret(" + Literal(name) + ");\n";
+    take += "  TakeSecret(" + LiteralOfC(name) + ");\n";
   }
   std::vector<std::string> needed = program.given;
   needed.insert(needed.end(), program.secrets.begin(), program.secrets.end());
-  return Filled(kProgram, {{"RECORDING", Literal(program.file)},
+  return Filled(kProgram, {{"RECORDING", LiteralOfC(program.file)},
                            {"TAKE", take},
-                           {"NEEDED", "std::initializer_list<const char*>{" + Listed(needed, Literal) + "}"},
+                           {"NEEDED", "std::initializer_list<const char*>{" + Listed(needed, LiteralOfC) + "}"},
                            {"STEPS", StepsIn(Cpp(), program, "  ")}});
 }
 

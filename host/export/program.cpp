@@ -181,6 +181,23 @@ std::string Quoted(const std::string& text) {
   return quoted + "\"";
 }
 
+// Octal digits end after three, unlike hexadecimal ones.
+std::string LiteralOfC(const std::string& text) {
+  std::string quoted = "\"";
+  for (const char character : text) {
+    if (character == '"' || character == '\\' || character == '?') {
+      quoted += std::string("\\") + character;
+    } else if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) {
+      char escape[8];
+      std::snprintf(escape, sizeof escape, "\\%03o", static_cast<unsigned>(character));
+      quoted += escape;
+    } else {
+      quoted += character;
+    }
+  }
+  return quoted + "\"";
+}
+
 std::string Filled(std::string text, const std::vector<std::pair<std::string, std::string>>& values) {
   // In one pass: a value may look like a place.
   std::string filled;

@@ -32,6 +32,8 @@ std::string Joined(const std::string& text, std::string (*literal)(const std::st
                    std::string (*variable)(const std::string&));
 // Between double quotes, as Python, JavaScript and C# read it.
 std::string Quoted(const std::string& text);
+// As C and C++ read it.
+std::string LiteralOfC(const std::string& text);
 // The text with `@NAME@` replaced by its value.
 std::string Filled(std::string text, const std::vector<std::pair<std::string, std::string>>& values);
 // How a language says what a step does. A target is what `Target` answered, a text what `Text` did.
@@ -70,6 +72,7 @@ std::string Listed(const std::vector<std::string>& names, std::string (*literal)
 // Each language's program as text.
 std::string ExportedPython(const ExportedProgram& program);
 std::string ExportedNode(const ExportedProgram& program);
+std::string ExportedC(const ExportedProgram& program);
 std::string ExportedCpp(const ExportedProgram& program);
 std::string ExportedCsharp(const ExportedProgram& program);
 

@@ -178,7 +178,9 @@ std::optional<Recorder::Captured> Recorder::Capture(world::Point point) {
   if (auto element = world::ElementUnder(point)) {
     captured.name = best.label.empty() ? Utf8(world::NameOf(*element)) : best.label;
     captured.control = world::WindowOf(*element);
-    if (HoldsText(world::Described(*element).controlType)) {
+    const int type = world::Described(*element).controlType;
+    captured.name = captured.name.empty() ? NameOfType(type) : captured.name;
+    if (HoldsText(type)) {
       captured.field = std::move(element);
     }
   }

@@ -33,7 +33,7 @@ class Recording(unittest.TestCase):
         """recording: what a user did is replayed elsewhere, is the same each time, and goes on behind a step"""
         folder = scratch("recording")
         out = self.records(0, WORK + "; user 900 keys Ctrl+Shift+F5; user 1000 click 350,410" + END, folder=folder)
-        self.assertRegex(out, r"\n  2  click Submit\n.*\n  3  check  \"Submitted: Ada / \"\n  clicks waited [\d.]+ ms until")
+        self.assertRegex(out, r"\n  2  click Submit\n.*\n  3  check field  \"Submitted: Ada / \"\n  clicks waited [\d.]+ ms until")
         self.assertEqual(["paste Ada 101", "click 301", "check Submitted: Ada / 401"], steps_of(self.kept(folder)))
         first = (folder / "new.json").read_bytes()
         code, out, err = korvane("replay", "new.json", folder=folder, desktop="form 400,200")
@@ -102,6 +102,10 @@ class Recording(unittest.TestCase):
             terminal.read_until("dragging cannot be recorded")
             user.click(308, 300)
             user.type("1234567")
+            user.click(308, 250)
+            user.type("ring")
+            user.press("Return")
+            user.type("twice")
             user.click(90, 410)
             terminal.read_until("click Submit")
             user.press("ctrl+shift+F5")
@@ -114,9 +118,11 @@ class Recording(unittest.TestCase):
             user.press("ctrl+shift+F10")
             self.assertEqual(0, terminal.wait())
         recording = self.kept(folder)
-        self.assertEqual(["paste Ada Lowe 101", "shortcut Tab", "paste Hill 3 102", "type 1234567 203", "click 301",
+        self.assertEqual(["paste Ada Lowe 101", "shortcut Tab", "paste Hill 3 102", "type 1234567 203",
+                          "paste ring\r\ntwice 202", "click 301",
                           "check Submitted: Ada Lowe / 401"], steps_of(recording))
-        self.assertEqual(["Name", "Street", "Submit"], [recording["steps"][i]["name"] for i in (0, 2, 4)])
+        self.assertEqual(["Name", "Street", "Submit"], [recording["steps"][i]["name"] for i in (0, 2, 5)])
+        self.assertEqual({"0"}, {step["target"]["hwnd"] for step in recording["steps"] if "target" in step})
         with form("420,200"):
             code, out = run_windows(KORVANE, "replay", "new.json", folder=folder)
             self.assertEqual(0, code, out)

